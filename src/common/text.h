@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QStringView>
+#include <algorithm>
+
+namespace tnv5::common {
+
+/// Part of a text: `count` characters from `index`, counted from 1. What lies outside the text is left out;
+/// an index below 1 counts as 1. Example: `Copy(u"01AR5", 4, 100)` is "R5".
+inline QStringView Copy(QStringView text, qsizetype index, qsizetype count)
+{
+    const qsizetype begin = std::max<qsizetype>(index, 1) - 1;
+    if (begin >= text.size() || count <= 0) {
+        return {};
+    }
+    return text.sliced(begin, std::min(count, text.size() - begin));
+}
+
+/// The rest of a text from `index`, counted from 1.
+inline QStringView CopyFrom(QStringView text, qsizetype index)
+{
+    return Copy(text, index, text.size());
+}
+
+/// Position of the first occurrence of `part`, counted from 1; 0 when there is none or `part` is empty.
+inline qsizetype Pos(QStringView part, QStringView text)
+{
+    return part.isEmpty() ? 0 : text.indexOf(part) + 1;
+}
+
+} // namespace tnv5::common

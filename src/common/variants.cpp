@@ -1,0 +1,28 @@
+#include "common/variants.h"
+
+#include "platform/errors.h"
+
+#include <cmath>
+#include <limits>
+
+namespace tnv5::common {
+
+int VariantToInteger(const QVariant& value)
+{
+    bool isNumber = false;
+    const double number = value.toDouble(&isNumber);
+    if (!isNumber || value.isNull() || !std::isfinite(number)) {
+        throw platform::EConvertError(
+            QStringLiteral("Could not convert variant of type (%1) into type (Integer)")
+                .arg(value.isValid() ? QString::fromLatin1(value.typeName()) : QStringLiteral("Null")));
+    }
+    const double rounded = std::nearbyint(number);
+    if (rounded < std::numeric_limits<int>::min() || rounded > std::numeric_limits<int>::max()) {
+        throw platform::EConvertError(
+            QStringLiteral("Overflow while converting variant of type (%1) into type (Integer)")
+                .arg(QString::fromLatin1(value.typeName())));
+    }
+    return static_cast<int>(rounded);
+}
+
+} // namespace tnv5::common

@@ -1,0 +1,102 @@
+#include "platform/com_port.h"
+
+#include "platform/com_data_packet.h"
+
+namespace tnv5::platform {
+
+TComPort::TComPort(QObject* AOwner) : TComponent(AOwner) {}
+
+TComPort::~TComPort() = default;
+
+void TComPort::SetBaudRate(int Value)
+{
+    FBaudRate = Value;
+    applySettings();
+}
+
+void TComPort::SetDataBits(int Value)
+{
+    FDataBits = Value;
+    applySettings();
+}
+
+void TComPort::SetParity(TParity Value)
+{
+    FParity = Value;
+    applySettings();
+}
+
+void TComPort::SetStopBits(TStopBits Value)
+{
+    FStopBits = Value;
+    applySettings();
+}
+
+void TComPort::SetConnected(bool Value)
+{
+    if (Value) {
+        Open();
+    } else {
+        Close();
+    }
+}
+
+void TComPort::Open()
+{
+    if (!Connected()) {
+        doOpen();
+    }
+}
+
+void TComPort::Close()
+{
+    doClose();
+}
+
+void TComPort::Write(const QByteArray& bytes)
+{
+    if (!Connected()) {
+        throw EComPort(QStringLiteral("Port %1 is not open").arg(FPort));
+    }
+    doWrite(bytes);
+}
+
+void TComPort::deliver(const QByteArray& bytes)
+{
+    FBytesRead += bytes.size();
+    FReads.push_back({bytes, FPackets});
+
+    // A handler may pump messages and so come here again with the next read: the reads still under way are
+    // then finished first, so that no splitter sees them out of order.
+    const QPointer<TComPort> self(this);
+    while (self && !FReads.empty()) {
+        TRead& read = FReads.front();
+        if (read.waiting.isEmpty()) {
+            FReads.pop_front();
+            continue;
+        }
+        const QByteArray piece = read.bytes;
+        const QPointer<TComDataPacket> packet = read.waiting.takeFirst();
+        if (packet && packet->ComPort() == this) {
+            packet->append(piece);
+        }
+    }
+}
+
+void TComPort::fireException(TComExceptionKind kind, const QString& message, qint64 osError,
+                             const QString& osText)
+{
+    Fire(OnException, kind, message, osError, osText);
+}
+
+void TComPort::attach(TComDataPacket* packet)
+{
+    FPackets.append(packet);
+}
+
+void TComPort::detach(TComDataPacket* packet)
+{
+    FPackets.removeIf([packet](const QPointer<TComDataPacket>& other) { return !other || other == packet; });
+}
+
+} // namespace tnv5::platform

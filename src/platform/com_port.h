@@ -1,0 +1,108 @@
+#pragma once
+
+#include "platform/component.h"
+
+#include <QByteArray>
+#include <QList>
+#include <deque>
+
+namespace tnv5::platform {
+
+class TComDataPacket;
+
+enum class TParity { None, Odd, Even, Mark, Space };
+enum class TStopBits { One, OneAndHalf, Two };
+
+/// What a port was doing when the operating system reported an error.
+enum class TComExceptionKind { Open, Close, Read, Write, Resource, Unknown };
+
+/// Error event of a port: what it was doing, a text of the port's own, and the operating system's error
+/// number (0 if there is none) and text.
+using TComportError =
+    std::function<void(TComponent* Sender, TComExceptionKind Kind, const QString& ComportMessage,
+                       qint64 WinError, const QString& WinMessage)>;
+
+/// A serial port. `TSerialPort` is a real one, `testing::TMemoryPort` one in memory.
+///
+/// What is read goes whole to the first attached packet splitter, then whole to the next, in order of
+/// attachment, also when a handler pumps messages and more is read meanwhile.
+class TComPort : public TComponent
+{
+    Q_OBJECT
+    Q_PROPERTY(QString Port READ Port WRITE SetPort)
+    Q_PROPERTY(int BaudRate READ BaudRate WRITE SetBaudRate)
+    Q_PROPERTY(int DataBits READ DataBits WRITE SetDataBits)
+    Q_PROPERTY(tnv5::platform::TParity Parity READ Parity WRITE SetParity)
+    Q_PROPERTY(tnv5::platform::TStopBits StopBits READ StopBits WRITE SetStopBits)
+    Q_PROPERTY(bool Connected READ Connected WRITE SetConnected)
+
+public:
+    explicit TComPort(QObject* AOwner = nullptr);
+    ~TComPort() override;
+
+    /// Name of the port, such as "/dev/ttyUSB0". The settings of an open port take effect at once, the name
+    /// when it is next opened.
+    QString Port() const { return FPort; }
+    void SetPort(const QString& Value) { FPort = Value; }
+
+    int BaudRate() const { return FBaudRate; }
+    void SetBaudRate(int Value);
+    int DataBits() const { return FDataBits; }
+    void SetDataBits(int Value);
+    TParity Parity() const { return FParity; }
+    void SetParity(TParity Value);
+    TStopBits StopBits() const { return FStopBits; }
+    void SetStopBits(TStopBits Value);
+
+    virtual bool Connected() const = 0;
+    void SetConnected(bool Value);
+
+    /// Opens the port; opening an open port does nothing. @throws EComPort
+    void Open();
+    /// Closes the port. @throws EComPort
+    void Close();
+    /// Writes bytes, as they are. @throws EComPort when the port is closed or the write fails.
+    void Write(const QByteArray& bytes);
+
+    /// Error reports of the operating system on an open port. One slot: the last one to set it has it.
+    TComportError OnException;
+
+    /// Bytes read since the port was created.
+    qint64 bytesRead() const { return FBytesRead; }
+
+protected:
+    virtual void doOpen() = 0;
+    virtual void doClose() = 0;
+    virtual void doWrite(const QByteArray& bytes) = 0;
+    /// The settings of an open port changed.
+    virtual void applySettings() {}
+
+    /// Hands one read to the splitters. What their handlers raise goes to the exception handler.
+    void deliver(const QByteArray& bytes);
+    /// Calls `OnException`; what it raises leaves this function.
+    void fireException(TComExceptionKind kind, const QString& message, qint64 osError, const QString& osText);
+
+private:
+    friend class TComDataPacket;
+    void attach(TComDataPacket* packet);
+    void detach(TComDataPacket* packet);
+
+    struct TRead
+    {
+        QByteArray bytes;
+        QList<QPointer<TComDataPacket>> waiting; // splitters that have not seen it yet
+    };
+
+    QString FPort;
+    int FBaudRate = 9600;
+    int FDataBits = 8;
+    TParity FParity = TParity::None;
+    TStopBits FStopBits = TStopBits::One;
+    qint64 FBytesRead = 0;
+    QList<QPointer<TComDataPacket>> FPackets;
+    std::deque<TRead> FReads;
+};
+
+} // namespace tnv5::platform
+
+Q_DECLARE_METATYPE(tnv5::platform::TComportError)

@@ -1,0 +1,212 @@
+#include "platform/serial_port.h"
+
+#include <QSerialPort>
+#include <cerrno>
+#include <system_error>
+
+namespace tnv5::platform {
+
+namespace {
+
+QSerialPort::Parity toQt(TParity parity)
+{
+    switch (parity) {
+    case TParity::None:
+        return QSerialPort::NoParity;
+    case TParity::Odd:
+        return QSerialPort::OddParity;
+    case TParity::Even:
+        return QSerialPort::EvenParity;
+    case TParity::Mark:
+        return QSerialPort::MarkParity;
+    case TParity::Space:
+        return QSerialPort::SpaceParity;
+    }
+    return QSerialPort::NoParity;
+}
+
+QSerialPort::StopBits toQt(TStopBits stopBits)
+{
+    switch (stopBits) {
+    case TStopBits::One:
+        return QSerialPort::OneStop;
+    case TStopBits::OneAndHalf:
+        return QSerialPort::OneAndHalfStop;
+    case TStopBits::Two:
+        return QSerialPort::TwoStop;
+    }
+    return QSerialPort::OneStop;
+}
+
+QSerialPort::DataBits toQtDataBits(int bits)
+{
+    return bits >= 5 && bits <= 8 ? static_cast<QSerialPort::DataBits>(bits) : QSerialPort::Data8;
+}
+
+// The serial library keeps its own error classes; hosts and installers want the operating system's number.
+int osErrorOf(QSerialPort::SerialPortError error)
+{
+    switch (error) {
+    case QSerialPort::NoError:
+        return 0;
+    case QSerialPort::DeviceNotFoundError:
+        return ENOENT;
+    case QSerialPort::PermissionError:
+        return EACCES;
+    case QSerialPort::OpenError:
+        return EBUSY;
+    case QSerialPort::NotOpenError:
+        return EBADF;
+    case QSerialPort::UnsupportedOperationError:
+        return ENOTSUP;
+    case QSerialPort::TimeoutError:
+        return ETIMEDOUT;
+    default:
+        return EIO;
+    }
+}
+
+TComExceptionKind kindOf(QSerialPort::SerialPortError error)
+{
+    switch (error) {
+    case QSerialPort::ResourceError:
+        return TComExceptionKind::Resource;
+    case QSerialPort::ReadError:
+        return TComExceptionKind::Read;
+    case QSerialPort::WriteError:
+        return TComExceptionKind::Write;
+    case QSerialPort::DeviceNotFoundError:
+    case QSerialPort::PermissionError:
+    case QSerialPort::OpenError:
+        return TComExceptionKind::Open;
+    default:
+        return TComExceptionKind::Unknown;
+    }
+}
+
+QString osTextOf(int osError)
+{
+    return QString::fromStdString(std::generic_category().message(osError));
+}
+
+} // namespace
+
+TSerialPort::TSerialPort(QObject* AOwner) : TComPort(AOwner) {}
+
+TSerialPort::~TSerialPort()
+{
+    dropPort();
+}
+
+bool TSerialPort::Connected() const
+{
+    return FSerial != nullptr && FSerial->isOpen();
+}
+
+void TSerialPort::doOpen()
+{
+    dropPort();
+    FSerial = new QSerialPort(this);
+    FSerial->setPortName(Port());
+    applySettings();
+    FCalling = true;
+    const bool opened = FSerial->open(QIODevice::ReadWrite);
+    FCalling = false;
+    if (!opened) {
+        const int osError = osErrorOf(FSerial->error());
+        const QString text = FSerial->errorString();
+        dropPort();
+        throw EComPort(QStringLiteral("Cannot open port %1: %2").arg(Port(), text), osError);
+    }
+    connect(FSerial, &QSerialPort::readyRead, this, &TSerialPort::onReadyRead);
+    connect(FSerial, &QSerialPort::errorOccurred, this, &TSerialPort::onError);
+}
+
+void TSerialPort::doClose()
+{
+    dropPort();
+}
+
+void TSerialPort::doWrite(const QByteArray& bytes)
+{
+    if (FSerial->bytesToWrite() + bytes.size() > kMaxUnsent) {
+        throw EComPort(QStringLiteral("Port %1 does not take any more data").arg(Port()), EAGAIN);
+    }
+    FCalling = true;
+    const bool accepted = FSerial->write(bytes) == bytes.size();
+    // sent at once: waiting for the next turn of the event loop would cost a person at the gate time
+    const bool sent = accepted && (FSerial->flush() || FSerial->error() == QSerialPort::NoError);
+    FCalling = false;
+    if (!sent) {
+        const int osError = osErrorOf(FSerial->error());
+        const QString text = FSerial->errorString();
+        FSerial->clearError();
+        throw EComPort(QStringLiteral("Cannot write to port %1: %2").arg(Port(), text), osError);
+    }
+}
+
+void TSerialPort::applySettings()
+{
+    if (FSerial != nullptr) {
+        FSerial->setBaudRate(BaudRate());
+        FSerial->setDataBits(toQtDataBits(DataBits()));
+        FSerial->setParity(toQt(Parity()));
+        FSerial->setStopBits(toQt(StopBits()));
+    }
+}
+
+void TSerialPort::onReadyRead()
+{
+    const QByteArray bytes = FSerial->readAll();
+    if (!bytes.isEmpty()) {
+        handle([&] { deliver(bytes); });
+    }
+}
+
+void TSerialPort::onError()
+{
+    const QSerialPort::SerialPortError error = FSerial->error();
+    if (error == QSerialPort::NoError || FCalling) {
+        return;
+    }
+    const QString text = FSerial->errorString();
+    const int osError = osErrorOf(error);
+    handle([&] {
+        if (error == QSerialPort::ResourceError) {
+            dropPort(); // the device is gone; the handler sees a closed port
+        } else {
+            FSerial->clearError();
+        }
+        fireException(kindOf(error), text, osError, osTextOf(osError));
+    });
+}
+
+template <class Body>
+void TSerialPort::handle(Body&& body)
+{
+    const QPointer<TSerialPort> self(this);
+    const bool outer = std::exchange(FHandling, true);
+    guarded(std::forward<Body>(body));
+    if (self) {
+        FHandling = outer;
+    }
+}
+
+void TSerialPort::dropPort()
+{
+    if (FSerial == nullptr) {
+        return;
+    }
+    QSerialPort* serial = std::exchange(FSerial, nullptr);
+    serial->disconnect(this);
+    serial->close();
+    if (FHandling) { // it is the sender of the signal being handled: it must live until the event loop is
+                     // reached
+        serial->setParent(nullptr);
+        serial->deleteLater();
+    } else {
+        delete serial;
+    }
+}
+
+} // namespace tnv5::platform

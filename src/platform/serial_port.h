@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/com_port.h"
+
+class QSerialPort;
+
+namespace tnv5::platform {
+
+/// A real serial port, or the device end of a pseudo-terminal.
+///
+/// A port that goes away (unplugged adapter) closes itself and then reports the error through `OnException`;
+/// it is not opened again unless someone calls `Open`.
+class TSerialPort final : public TComPort
+{
+    Q_OBJECT
+
+public:
+    /// Bytes that may wait to be sent; a write that would exceed this raises.
+    static constexpr qint64 kMaxUnsent = 65'536;
+
+    explicit TSerialPort(QObject* AOwner = nullptr);
+    ~TSerialPort() override;
+
+    bool Connected() const override;
+
+protected:
+    void doOpen() override;
+    void doClose() override;
+    void doWrite(const QByteArray& bytes) override;
+    void applySettings() override;
+
+private:
+    void onReadyRead();
+    void onError();
+    template <class Body>
+    void handle(Body&& body);
+    void dropPort();
+
+    QSerialPort* FSerial = nullptr;
+    bool FCalling = false;  // inside open or write, which report their failures by an exception
+    bool FHandling = false; // inside a signal of the serial library
+};
+
+} // namespace tnv5::platform

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "platform/clock.h"
+
+#include <set>
+#include <tuple>
+
+namespace tnv5::testing {
+
+/// A clock that a test holds in its hand. While it lives, the whole module takes its time and ticks from it.
+///
+///     TManualClock clock(TManualClock::at(12, 0));
+///     ...
+///     clock.advance(8'000); // fires the timers that fall due, earliest first, ties in order of creation
+class TManualClock final : public platform::TClock
+{
+public:
+    /// Starts at noon on 2026-01-05.
+    TManualClock() : TManualClock(at(12, 0)) {}
+    /// @param startMs milliseconds since 1899-12-30
+    explicit TManualClock(qint64 startMs);
+    ~TManualClock() override;
+    TManualClock(const TManualClock&) = delete;
+    TManualClock& operator=(const TManualClock&) = delete;
+
+    /// A time of day on 2026-01-05, for the constructor.
+    static constexpr qint64 at(int hour, int minute, int second = 0, int ms = 0)
+    {
+        return 46'027 * platform::kMsPerDay + ((hour * 60LL + minute) * 60 + second) * 1000 + ms;
+    }
+
+    qint64 nowMs() const override { return FNow; }
+    void arm(platform::TTimer& timer) override;
+    void disarm(platform::TTimer& timer) override;
+
+    /// Lets time pass; may be called from inside a tick.
+    void advance(qint64 ms);
+    /// Sets the time without firing anything; timers keep their remaining time.
+    void jumpTo(qint64 ms);
+
+private:
+    using TDue = std::tuple<qint64, quint64, platform::TTimer*>; // when, order of creation, which
+
+    qint64 FNow;
+    std::set<TDue> FDue;
+    platform::TClock* FPrevious;
+};
+
+} // namespace tnv5::testing

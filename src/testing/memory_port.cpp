@@ -1,0 +1,68 @@
+#include "testing/memory_port.h"
+
+#include <utility>
+
+namespace tnv5::testing {
+
+using platform::EComPort;
+
+namespace {
+
+void failIfOrdered(const std::optional<QString>& failure)
+{
+    if (failure) {
+        throw EComPort(*failure);
+    }
+}
+
+} // namespace
+
+TMemoryPort::TMemoryPort(QObject* AOwner) : TComPort(AOwner)
+{
+    SetPort(QStringLiteral("MEMORY"));
+}
+
+TMemoryPort::~TMemoryPort() = default;
+
+void TMemoryPort::feedInPieces(const QByteArray& bytes, qsizetype size)
+{
+    for (qsizetype at = 0; at < bytes.size(); at += size) {
+        feed(bytes.mid(at, size));
+    }
+}
+
+QByteArrayList TMemoryPort::takeWrites()
+{
+    return std::exchange(FWrites, {});
+}
+
+void TMemoryPort::raiseError(platform::TComExceptionKind kind, const QString& message, qint64 osError,
+                             const QString& osText)
+{
+    platform::guarded([&] { fireException(kind, message, osError, osText); });
+}
+
+void TMemoryPort::doOpen()
+{
+    failIfOrdered(OpenFailure);
+    FOpen = true;
+}
+
+void TMemoryPort::doClose()
+{
+    failIfOrdered(CloseFailure);
+    FOpen = false;
+}
+
+void TMemoryPort::doWrite(const QByteArray& bytes)
+{
+    failIfOrdered(WriteFailure);
+    if (KeepWrites) {
+        FWrites.append(bytes);
+    }
+    if (const auto handler = OnWritten) {
+        handler(bytes);
+    }
+}
+
+} // namespace tnv5::testing

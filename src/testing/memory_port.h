@@ -1,0 +1,63 @@
+#pragma once
+
+#include "platform/com_port.h"
+
+#include <QByteArrayList>
+#include <optional>
+
+namespace tnv5::testing {
+
+/// A serial port in memory: a test feeds bytes, reads what was written, and orders failures.
+///
+///     TMemoryPort port;
+///     gate.SetComport(&port);
+///     port.Open();
+///     port.feed("$01AR12345678\r");
+///     port.takeWritten(); // "$01A10366\r"
+class TMemoryPort final : public platform::TComPort
+{
+    Q_OBJECT
+
+public:
+    explicit TMemoryPort(QObject* AOwner = nullptr);
+    ~TMemoryPort() override;
+
+    bool Connected() const override { return FOpen; }
+
+    /// Hands bytes to the splitters as one read, whether the port is open or not.
+    void feed(const QByteArray& bytes) { deliver(bytes); }
+    /// Hands bytes over in pieces of `size`.
+    void feedInPieces(const QByteArray& bytes, qsizetype size);
+
+    /// Everything written since the last call, one entry a write.
+    QByteArrayList takeWrites();
+    /// The same as one byte string.
+    QByteArray takeWritten() { return takeWrites().join(); }
+
+    /// While set, opening, closing or writing raises `EComPort` with the text.
+    std::optional<QString> OpenFailure;
+    std::optional<QString> CloseFailure;
+    std::optional<QString> WriteFailure;
+
+    /// Called after each successful write, for example to answer it.
+    std::function<void(const QByteArray& bytes)> OnWritten;
+
+    /// Off: written bytes go to `OnWritten` only and are not kept. On by default.
+    bool KeepWrites = true;
+
+    /// Reports an error of the operating system, as a real port does from the event loop; what the error
+    /// handler raises goes to the exception handler.
+    void raiseError(platform::TComExceptionKind kind, const QString& message, qint64 osError,
+                    const QString& osText);
+
+protected:
+    void doOpen() override;
+    void doClose() override;
+    void doWrite(const QByteArray& bytes) override;
+
+private:
+    bool FOpen = false;
+    QByteArrayList FWrites;
+};
+
+} // namespace tnv5::testing

@@ -1,0 +1,301 @@
+#include "turnstile/turnstile_device.h"
+
+#include "common/messages.h"
+#include "common/text.h"
+#include "platform/code_page.h"
+#include "turnstile/command.h"
+#include "turnstile/line.h"
+#include "turnstile/turnstile_texts.h"
+
+namespace tnv5::turnstile {
+
+using platform::TComDataPacket;
+using platform::TTimer;
+
+namespace {
+
+constexpr int kStackIntervalMs = 100;
+
+std::unique_ptr<TComDataPacket> makePacket(const char* start)
+{
+    auto packet = std::make_unique<TComDataPacket>();
+    packet->SetStartString(start);
+    packet->SetStopString("\r");
+    return packet;
+}
+
+} // namespace
+
+TTurnStylerDevice::TTurnStylerDevice(QObject* AOwner) : TComponent(AOwner)
+{
+    if (Designing()) {
+        return;
+    }
+    ComDataPacket1 = makePacket("$");
+    ComDataPacket1->OnPacket = [this](TComDataPacket*, const QByteArray& body) { OnComData1(body); };
+    ComDataPacket2 = makePacket("#");
+    ComDataPacket2->OnPacket = [this](TComDataPacket*, const QByteArray& body) { OnComData2(body); };
+    StackTime = std::make_unique<TTimer>();
+    StackTime->SetInterval(kStackIntervalMs);
+    StackTime->OnTimer = [this](TTimer*) { OnTimer(); };
+}
+
+TTurnStylerDevice::~TTurnStylerDevice() = default;
+
+void TTurnStylerDevice::SetComport(platform::TComPort* Value)
+{
+    if (Value != FComport && !Designing()) {
+        ComDataPacket1->SetComPort(Value);
+        ComDataPacket2->SetComPort(Value);
+    }
+    FComport = Value;
+}
+
+void TTurnStylerDevice::OnComData1(const QByteArray& Str)
+{
+    p_hw_ProtocolIn(kEventStart + platform::fromWire(Str));
+}
+
+void TTurnStylerDevice::OnComData2(const QByteArray& Str)
+{
+    p_hw_ProtocolIn(kMessageStart + platform::fromWire(Str));
+}
+
+void TTurnStylerDevice::p_hw_ProtocolIn(const QString& AMess)
+{
+    Operation([this, line = AMess] {
+        log(common::kReadFromPort, line);
+        if (forwarded(line)) {
+            return;
+        }
+        if (line == kPollLine) {
+            p_hw_CheckStatusAll();
+            return;
+        }
+        if (line.startsWith(kEventStart)) {
+            handleEvent(line);
+        } else if (line.startsWith(kMessageStart)) {
+            handleMessage(line);
+        }
+        startStack();
+    });
+}
+
+bool TTurnStylerDevice::forwarded(const QString& AMess)
+{
+    if (FRemoutDevice != PodClient || !Connected()) {
+        return false;
+    }
+    try {
+        CallOut([&] { ForwardLine(AMess); });
+    } catch (const platform::TDestroyed&) {
+        throw;
+    } catch (...) {
+        reportError(kErrorForward, platform::exceptionMessage());
+    }
+    return true;
+}
+
+void TTurnStylerDevice::handleEvent(const QString& AMess)
+{
+    const TEventLine line = parseEvent(AMess);
+    const QString address = line.address.toString();
+    if (!FDeviceList.contains(address)) {
+        reportError(kErrorUnknownDevice, kDeviceNotFound + address);
+    }
+    if (line.command == kCardRead) {
+        const QString card = line.data.toString();
+        const QString status = p_hw_CheckStatus(address, card, kCardRead.toString());
+        report(common::kCome, address, card, status, status);
+    } else if (const PRFidInfo pass = findPass(address)) {
+        if (line.command == kPassage) {
+            if (isDoor(pass->Device)) {
+                pass->Status = common::kFinish;
+            }
+            if (isTurnstileChannel(pass->Device)) { // wins when the door letter is "A"
+                pass->Status = common::kProgress;
+            }
+        } else if (line.command == kPassed) {
+            pass->Status = common::kFinish;
+        } else if (line.command == kGaveUp) {
+            pass->Status = common::kTimeout;
+        } else {
+            return;
+        }
+        report(common::kCome, pass->Device, pass->CardNumber, pass->Status, pass->Status);
+    }
+}
+
+void TTurnStylerDevice::handleMessage(const QString& AMess)
+{
+    const TMessageLine line = parseMessage(AMess);
+    const QString address = line.address.toString();
+    const auto says = [&line](TMessageForm form) { return isMessage(line.text, form); };
+
+    if (says(TMessageForm::HardReset)) {
+        addDevice(address);
+    }
+    if (says(TMessageForm::WaitCard)) {
+        addDevice(address);
+    }
+    if (says(TMessageForm::Relay)) {
+        addDevice(address);
+        if (const PRFidInfo pass = findPass(address)) {
+            pass->StatusHard = kHardRelay;
+        }
+    }
+    if (says(TMessageForm::CrcError)) {
+        if (const PRFidInfo pass = findPass(address)) {
+            pass->StatusHard = common::kCrcError;
+        }
+    }
+    if (says(TMessageForm::GateOpen)) {
+        if (const PRFidInfo pass = findPass(address)) {
+            pass->StatusHard = kHardGateOpen;
+            if (isDoor(address)) {
+                pass->Status = common::kFinish;
+            }
+        }
+    }
+    if (says(TMessageForm::ButtonActive) && isDoor(address)) {
+        handleButton(address);
+    }
+    if (says(TMessageForm::InGateActive)) {
+        handleButton(address);
+    }
+    const QString text = line.text.toString();
+    report(common::kCome, address, common::kNoCardNumber, text, text);
+}
+
+void TTurnStylerDevice::handleButton(const QString& address)
+{
+    const PRFidInfo pass = findPass(address);
+    if (!pass) {
+        p_hw_CheckStatus(address, common::kCardButton, kCardRead.toString());
+    } else if (pass->Status == common::kNew) {
+        sendComCommand(pass, 1);
+        pass->Status = common::kOpen;
+    }
+}
+
+void TTurnStylerDevice::addDevice(const QString& address)
+{
+    if (!FDeviceList.contains(address) && FDeviceList.size() < kMaxDevices) {
+        FDeviceList.append(address);
+    }
+}
+
+void TTurnStylerDevice::startStack()
+{
+    if (StackTime && !StackTime->Enabled()) {
+        StackTime->SetEnabled(true);
+        p_hw_CallStackArray();
+    }
+}
+
+int TTurnStylerDevice::p_hw_FindDeviceByRelay(const QString& Device, const QString& Relay)
+{
+    const int index = StackArray.find(Device, Relay);
+    if (index >= 0) {
+        return index;
+    }
+    StackArray.add(Device, Relay);
+    return StackArray.size() - 1;
+}
+
+QString TTurnStylerDevice::p_hw_CheckStatus(const QString& Device, const QString& Cardnumber,
+                                            const QString& Status)
+{
+    return Operation(
+        [this, device = Device, card = Cardnumber, status = Status] {
+            QString result = common::kNew;
+            if (const PRFidInfo pass = findPass(device)) {
+                result = pass->Status;
+            } else {
+                const PRFidInfo added = StackArray.add(device, card);
+                Fire(FGetImg, device, added->Img);
+            }
+            report(common::kCheck, device, card, status, result);
+            return result;
+        },
+        QString());
+}
+
+bool TTurnStylerDevice::CheckCRC(const QString& AMess) const
+{
+    const QStringView last = common::CopyFrom(AMess, AMess.size() - 1);
+    return checksum(last) == last;
+}
+
+void TTurnStylerDevice::ShowinternalStatus(TComponent* Sender, const QString& AName, const QString& Device,
+                                           const QString& Cardnumber, const QString& Status1,
+                                           const QString& Status2)
+{
+    Operation([&] {
+        const auto handler = FCheckStatus;
+        if (!handler) {
+            return;
+        }
+        try {
+            CallOut([&] { handler(Sender, AName, Device, Cardnumber, Status1, Status2); });
+        } catch (const platform::TDestroyed&) {
+            throw;
+        } catch (...) {
+            reportError(kErrorStatusReport, platform::exceptionMessage());
+        }
+    });
+}
+
+void TTurnStylerDevice::ServerEcho(const QString& AMess)
+{
+    Q_UNUSED(AMess) // no client can be connected yet: the monitor sockets are to come
+}
+
+bool TTurnStylerDevice::Connected()
+{
+    // the remote modes are ready when their socket is; it is to come
+    return FRemoutDevice == podNone && FComport && FComport->Connected();
+}
+
+void TTurnStylerDevice::ForwardLine(const QString& AMess)
+{
+    throw platform::ESocketError(QStringLiteral("No link to the server for: ") + AMess);
+}
+
+void TTurnStylerDevice::report(const QString& name, const QString& device, const QString& card,
+                               const QString& status1, const QString& status2)
+{
+    // copies: the handler may change the record that the arguments stand in, the echo carries the same values
+    const QString values[] = {device, card, status1, status2};
+    ShowinternalStatus(this, name, values[0], values[1], values[2], values[3]);
+    if (FRemoutDevice == podServer) {
+        ServerEcho(common::StatusMessage({name, values[0], values[1], values[2], values[3]}));
+    }
+}
+
+void TTurnStylerDevice::reportError(QStringView code, const QString& text)
+{
+    if (FErrorEvent) {
+        Fire(FErrorEvent, code.toString() + text);
+    }
+}
+
+void TTurnStylerDevice::reportEchoedError(QStringView code, const QString& text)
+{
+    reportError(code, text);
+    if (FRemoutDevice == podServer) {
+        ServerEcho(common::ErrorMessage(code.toString() + text));
+    }
+}
+
+void TTurnStylerDevice::log(const QString& prefix, const QString& text)
+{
+    if (FLogEvent) {
+        Fire(FLogEvent, prefix + text);
+    }
+    if (FRemoutDevice == podServer) {
+        ServerEcho(common::LogMessage(prefix + text));
+    }
+}
+
+} // namespace tnv5::turnstile
