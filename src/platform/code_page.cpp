@@ -72,22 +72,39 @@ std::unique_ptr<TCodePage>& current()
     return page;
 }
 
-TTable tableOf(const QByteArray& name)
+QString decoded(const QByteArray& name, QByteArrayView bytes)
 {
     QStringDecoder decoder(name.constData(), QStringDecoder::Flag::Stateless);
     if (!decoder.isValid()) {
         throw EConvertError(QStringLiteral("Unknown code page \"%1\"").arg(QString::fromLatin1(name)));
     }
+    return decoder.decode(bytes);
+}
+
+// One byte may turn out to be half a character only when another one follows it.
+bool isSingleByte(const QByteArray& name, char byte)
+{
+    for (const char second : {'A', '\xa1'}) {
+        const char pair[] = {byte, second};
+        if (decoded(name, {pair, 2}).size() != 2) {
+            return false;
+        }
+    }
+    return true;
+}
+
+TTable tableOf(const QByteArray& name)
+{
     TTable table{};
     for (std::size_t i = 0; i < table.size(); ++i) {
         const char byte = static_cast<char>(i);
-        const QString text = decoder.decode(QByteArrayView(&byte, 1));
-        if (text.size() > 1 || (text.isEmpty() && i != 0)) {
+        if (!isSingleByte(name, byte)) {
             throw EConvertError(
                 QStringLiteral("\"%1\" is not a single-byte code page").arg(QString::fromLatin1(name)));
         }
-        const char16_t character = text.isEmpty() ? u'\0' : text.front().unicode();
-        table[i] = character == QChar::ReplacementCharacter ? static_cast<char16_t>(i) : character;
+        const QChar character = decoded(name, {&byte, 1}).front();
+        const bool unassigned = character == QChar::ReplacementCharacter;
+        table[i] = unassigned ? static_cast<char16_t>(i) : character.unicode();
     }
     return table;
 }

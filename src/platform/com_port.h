@@ -13,8 +13,8 @@ class TComDataPacket;
 enum class TParity { None, Odd, Even, Mark, Space };
 enum class TStopBits { One, OneAndHalf, Two };
 
-/// What a port was doing when the operating system reported an error.
-enum class TComExceptionKind { Open, Close, Read, Write, Resource, Unknown };
+/// What failed when the operating system reported an error; `Resource`: the device is gone.
+enum class TComExceptionKind { Open, Write, Resource, Unknown };
 
 /// Error event of a port: what it was doing, a text of the port's own, and the operating system's error
 /// number (0 if there is none) and text.

@@ -70,9 +70,8 @@ TComExceptionKind kindOf(QSerialPort::SerialPortError error)
 {
     switch (error) {
     case QSerialPort::ResourceError:
+    case QSerialPort::ReadError: // an unplugged device is reported as either
         return TComExceptionKind::Resource;
-    case QSerialPort::ReadError:
-        return TComExceptionKind::Read;
     case QSerialPort::WriteError:
         return TComExceptionKind::Write;
     case QSerialPort::DeviceNotFoundError:
@@ -172,7 +171,7 @@ void TSerialPort::onError()
     const QString text = FSerial->errorString();
     const int osError = osErrorOf(error);
     handle([&] {
-        if (error == QSerialPort::ResourceError) {
+        if (kindOf(error) == TComExceptionKind::Resource) {
             dropPort(); // the device is gone; the handler sees a closed port
         } else {
             FSerial->clearError();

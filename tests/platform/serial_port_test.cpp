@@ -1,0 +1,195 @@
+#include "platform/serial_port.h"
+
+#include "platform/com_data_packet.h"
+#include "support/text_printers.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <cerrno>
+#include <gtest/gtest.h>
+#include <pty.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace tnv5::platform;
+
+/// Runs the event loop until `done` or ten seconds have passed.
+template <class Done>
+bool waitFor(Done done)
+{
+    QElapsedTimer limit;
+    limit.start();
+    while (!done() && limit.elapsed() < 10'000) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    }
+    return done();
+}
+
+class SerialPortTest : public testing::Test
+{
+protected:
+    SerialPortTest()
+    {
+        char name[256] = {};
+        termios raw{};
+        cfmakeraw(&raw);
+        EXPECT_EQ(openpty(&master, &slave, name, &raw, nullptr), 0);
+        port.SetPort(QString::fromLocal8Bit(name));
+        packet.SetStartString("$");
+        packet.SetStopString("\r");
+        packet.OnPacket = [this](TComDataPacket*, const QByteArray& body) { packets << body; };
+        packet.SetComPort(&port);
+    }
+    ~SerialPortTest() override { unplug(); }
+
+    void unplug()
+    {
+        for (int* end : {&slave, &master}) {
+            if (*end >= 0) {
+                ::close(std::exchange(*end, -1));
+            }
+        }
+    }
+
+    void send(const QByteArray& bytes) { EXPECT_EQ(::write(master, bytes.constData(), bytes.size()), bytes.size()); }
+
+    QByteArray receive(qsizetype size)
+    {
+        QByteArray bytes;
+        while (bytes.size() < size) {
+            char buffer[256];
+            const auto count = ::read(master, buffer, sizeof buffer);
+            if (count <= 0) {
+                break;
+            }
+            bytes.append(buffer, count);
+        }
+        return bytes;
+    }
+
+    int master = -1;
+    int slave = -1;
+    TSerialPort port;
+    TComDataPacket packet;
+    QByteArrayList packets;
+};
+
+TEST_F(SerialPortTest, ReadsAndWritesARealLine)
+{
+    port.Open();
+    EXPECT_TRUE(port.Connected());
+    send("$01AR1\r$02");
+    EXPECT_TRUE(waitFor([&] { return packets.size() == 1; }));
+    send("A\r");
+    EXPECT_TRUE(waitFor([&] { return packets.size() == 2; }));
+    EXPECT_EQ(packets, QByteArrayList({"01AR1", "02A"}));
+    port.Write("$01A10366\r");
+    EXPECT_EQ(receive(10), "$01A10366\r") << "written at once, without a turn of the event loop";
+}
+
+TEST_F(SerialPortTest, PassesEveryByteValue)
+{
+    port.Open();
+    QByteArray all;
+    for (int byte = 0; byte < 256; ++byte) {
+        all += static_cast<char>(byte);
+    }
+    port.Write(all);
+    EXPECT_EQ(receive(256), all);
+}
+
+TEST_F(SerialPortTest, CanBeClosedAndOpenedAgain)
+{
+    port.Open();
+    port.Close();
+    EXPECT_FALSE(port.Connected());
+    port.Open();
+    send("$1\r");
+    EXPECT_TRUE(waitFor([&] { return packets.size() == 1; }));
+}
+
+TEST_F(SerialPortTest, SettingsReachAnOpenPort)
+{
+    port.Open();
+    port.SetBaudRate(4800);
+    port.SetStopBits(TStopBits::Two);
+    termios now{};
+    ASSERT_EQ(tcgetattr(slave, &now), 0);
+    EXPECT_EQ(cfgetospeed(&now), static_cast<speed_t>(B4800));
+    EXPECT_TRUE((now.c_cflag & CSTOPB) != 0);
+}
+
+TEST_F(SerialPortTest, AMissingDeviceSaysSo)
+{
+    port.SetPort(QStringLiteral("/dev/no-such-port"));
+    try {
+        port.Open();
+        FAIL() << "opened";
+    } catch (const EComPort& error) {
+        EXPECT_EQ(error.osError(), ENOENT);
+        EXPECT_TRUE(error.message().startsWith(QStringLiteral("Cannot open port /dev/no-such-port: ")));
+    }
+    EXPECT_FALSE(port.Connected());
+}
+
+TEST_F(SerialPortTest, APortThatGoesAwayClosesAndReports)
+{
+    port.Open();
+    int reports = 0;
+    bool wasConnected = true;
+    port.OnException = [&](TComponent*, TComExceptionKind kind, const QString&, qint64 number, const QString& text) {
+        ++reports;
+        wasConnected = port.Connected();
+        EXPECT_EQ(kind, TComExceptionKind::Resource);
+        EXPECT_EQ(number, EIO);
+        EXPECT_FALSE(text.isEmpty());
+    };
+    unplug();
+    EXPECT_TRUE(waitFor([&] { return reports > 0; }));
+    EXPECT_FALSE(wasConnected);
+    EXPECT_FALSE(port.Connected());
+    EXPECT_EQ(reports, 1);
+    EXPECT_THROW(port.Write("x"), EComPort);
+}
+
+TEST_F(SerialPortTest, ALineThatIsNotReadDoesNotGrowMemory)
+{
+    port.Open();
+    const QByteArray block(4'096, 'x');
+    EXPECT_THROW(
+        {
+            for (int i = 0; i < 1'000; ++i) {
+                port.Write(block);
+            }
+        },
+        EComPort);
+    EXPECT_TRUE(port.Connected());
+}
+
+TEST_F(SerialPortTest, AHandlerMayCloseOrDestroyThePort)
+{
+    auto* doomed = new TSerialPort;
+    doomed->SetPort(port.Port());
+    packet.SetComPort(doomed);
+    packet.OnPacket = [&](TComDataPacket*, const QByteArray& body) {
+        packets << body;
+        if (body == "close") {
+            doomed->Close();
+        } else {
+            delete std::exchange(doomed, nullptr);
+        }
+    };
+    doomed->Open();
+    send("$close\r");
+    EXPECT_TRUE(waitFor([&] { return packets.size() == 1; }));
+    EXPECT_FALSE(doomed->Connected());
+    doomed->Open();
+    send("$delete\r");
+    EXPECT_TRUE(waitFor([&] { return packets.size() == 2; }));
+    EXPECT_EQ(doomed, nullptr);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+} // namespace
