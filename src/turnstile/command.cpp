@@ -43,7 +43,8 @@ QString refuseCommand(QStringView address, int relay)
 QString relayCommand(QStringView address, QStringView relay, bool on)
 {
     const bool door = on && !isTurnstileChannel(address);
-    return kEventStart + address.toString() + relay.toString() + (door ? QStringLiteral("20") : QStringLiteral("00"));
+    return kEventStart + address.toString() + relay.toString() +
+           (door ? QStringLiteral("20") : QStringLiteral("00"));
 }
 
 QString checksum(QStringView command)

@@ -50,7 +50,8 @@ TEST(WholeSeconds, ExceedsThirtyTwoBits)
 
 TEST(WholeSeconds, SurvivesWhatIsNoTime)
 {
-    EXPECT_EQ(WholeSeconds(std::numeric_limits<double>::quiet_NaN(), 0.0), std::numeric_limits<qint64>::max());
+    EXPECT_EQ(WholeSeconds(std::numeric_limits<double>::quiet_NaN(), 0.0),
+              std::numeric_limits<qint64>::max());
     EXPECT_EQ(WholeSeconds(1e300, 0.0), std::numeric_limits<qint64>::max());
 }
 

@@ -18,7 +18,8 @@ class PacketTest : public testing::Test
 protected:
     PacketTest()
     {
-        FPrevious = setExceptionHandler([this](const QString& text, const std::exception_ptr&) { escaped << text; });
+        FPrevious =
+            setExceptionHandler([this](const QString& text, const std::exception_ptr&) { escaped << text; });
         port.Open();
         packet = make("$", "\r");
     }
@@ -239,7 +240,8 @@ TEST_F(PacketTest, AnEndlessPacketDoesNotGrowTheBuffer)
 
 TEST_F(PacketTest, OverlongPacketsComeOutTheSameHoweverTheStreamIsCut)
 {
-    const QByteArray stream = "$" + QByteArray(70'000, 'x') + "$in\r$1\r" + "$" + QByteArray(200'000, 'y') + "\r$2\r";
+    const QByteArray stream =
+        "$" + QByteArray(70'000, 'x') + "$in\r$1\r" + "$" + QByteArray(200'000, 'y') + "\r$2\r";
     const QByteArrayList whole = feed(stream);
     EXPECT_EQ(whole, L({"in", "1", "2"}));
     for (const qsizetype size : {1, 7, 4'096, 65'535, 65'536, 65'537}) {
@@ -283,7 +285,8 @@ TEST_F(PacketTest, AnyStreamInAnyCutGivesTheSamePackets)
     }
 }
 
-// --- custom positions -------------------------------------------------------------------------------------------
+// --- custom positions
+// -------------------------------------------------------------------------------------------
 
 TEST_F(PacketTest, CustomPositionsCountFromOneAndIncludeTheEnd)
 {
@@ -354,7 +357,9 @@ TEST_F(PacketTest, StartByPositionAndStopByStringKeepsTheFirstByte)
 
 TEST_F(PacketTest, StartByStringAndStopByPositionKeepsTheStartString)
 {
-    packet->OnCustomStop = [](TComDataPacket*, const QByteArray& buffer, qsizetype& pos) { pos = buffer.size(); };
+    packet->OnCustomStop = [](TComDataPacket*, const QByteArray& buffer, qsizetype& pos) {
+        pos = buffer.size();
+    };
     EXPECT_EQ(feed("x$1\r"), L({"$1\r"}));
 }
 

@@ -53,7 +53,10 @@ protected:
         }
     }
 
-    void send(const QByteArray& bytes) { EXPECT_EQ(::write(master, bytes.constData(), bytes.size()), bytes.size()); }
+    void send(const QByteArray& bytes)
+    {
+        EXPECT_EQ(::write(master, bytes.constData(), bytes.size()), bytes.size());
+    }
 
     QByteArray receive(qsizetype size)
     {
@@ -139,7 +142,8 @@ TEST_F(SerialPortTest, APortThatGoesAwayClosesAndReports)
     port.Open();
     int reports = 0;
     bool wasConnected = true;
-    port.OnException = [&](TComponent*, TComExceptionKind kind, const QString&, qint64 number, const QString& text) {
+    port.OnException = [&](TComponent*, TComExceptionKind kind, const QString&, qint64 number,
+                           const QString& text) {
         ++reports;
         wasConnected = port.Connected();
         EXPECT_EQ(kind, TComExceptionKind::Resource);

@@ -1,0 +1,24 @@
+// Built against the installed package: the smallest host that tests its card decision.
+
+#include <cstdio>
+#include <tnv5/testing/manual_clock.h>
+#include <tnv5/testing/memory_port.h>
+#include <tnv5/turnstile/turnstile_device.h>
+
+using namespace tnv5;
+
+int main()
+{
+    testing::TManualClock clock;
+    testing::TMemoryPort port;
+    turnstile::TTurnStylerDevice gate;
+    gate.SetComport(&port);
+    gate.SetOnCheckSQL([](turnstile::TComponent*, const QVariant&, const QVariant& card, const QVariant&,
+                          QImage&, const QVariant&,
+                          QVariant& result) { result = card.toString() == "12345678" ? 1 : 0; });
+    port.Open();
+    port.feed("$01AR12345678\r");
+    const bool opened = port.takeWritten() == "$01A10366\r";
+    std::puts(opened ? "installed package: the gate opens" : "installed package: the gate stays shut");
+    return opened ? 0 : 1;
+}
