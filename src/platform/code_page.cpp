@@ -123,11 +123,12 @@ QByteArray codePage()
     return current()->name();
 }
 
-QString fromWire(QByteArrayView bytes)
+QString fromWire(QByteArrayView bytes, QStringView before)
 {
     const TCodePage& page = *current();
-    QString text(bytes.size(), Qt::Uninitialized);
-    std::transform(bytes.begin(), bytes.end(), text.begin(),
+    QString text(before.size() + bytes.size(), Qt::Uninitialized);
+    const auto rest = std::copy(before.begin(), before.end(), text.begin());
+    std::transform(bytes.begin(), bytes.end(), rest,
                    [&page](char byte) { return QChar(page.character(static_cast<uchar>(byte))); });
     return text;
 }

@@ -15,8 +15,8 @@ void setCodePage(const QByteArray& name);
 /// Name of the code page in use.
 QByteArray codePage();
 
-/// Text of bytes that came from a port or socket. Every byte gives one character.
-QString fromWire(QByteArrayView bytes);
+/// Text of bytes that came from a port or socket, with `before` in front. Every byte gives one character.
+QString fromWire(QByteArrayView bytes, QStringView before = {});
 
 /// Bytes of a text that goes to a port or socket; a character that the code page lacks becomes "?".
 QByteArray toWire(QStringView text);

@@ -64,19 +64,19 @@ void TComPort::Write(const QByteArray& bytes)
 void TComPort::deliver(const QByteArray& bytes)
 {
     FBytesRead += bytes.size();
-    FReads.push_back({bytes, FPackets});
+    FReads.push_back({bytes, FPackets, 0});
 
     // A handler may pump messages and so come here again with the next read: the reads still under way are
     // then finished first, so that no splitter sees them out of order.
     const QPointer<TComPort> self(this);
     while (self && !FReads.empty()) {
         TRead& read = FReads.front();
-        if (read.waiting.isEmpty()) {
+        if (read.next == read.packets.size()) {
             FReads.pop_front();
             continue;
         }
         const QByteArray piece = read.bytes;
-        const QPointer<TComDataPacket> packet = read.waiting.takeFirst();
+        const QPointer<TComDataPacket> packet = read.packets.at(read.next++);
         if (packet && packet->ComPort() == this) {
             packet->append(piece);
         }

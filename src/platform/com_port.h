@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QPointer>
 #include <deque>
 
 namespace tnv5::platform {
@@ -90,7 +91,8 @@ private:
     struct TRead
     {
         QByteArray bytes;
-        QList<QPointer<TComDataPacket>> waiting; // splitters that have not seen it yet
+        QList<QPointer<TComDataPacket>> packets; // the splitters attached when it came
+        qsizetype next;                          // the first one that has not seen it yet
     };
 
     QString FPort;

@@ -16,7 +16,12 @@ bool isDesigning(const QObject* owner)
 
 TComponent::TComponent(QObject* AOwner) : QObject(AOwner), FDesigning(isDesigning(AOwner)) {}
 
-TComponent::~TComponent() = default;
+TComponent::~TComponent()
+{
+    if (FDestroyed != nullptr) {
+        *FDestroyed = true;
+    }
+}
 
 TDesignScope::TDesignScope()
 {

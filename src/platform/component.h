@@ -3,7 +3,6 @@
 #include "platform/errors.h"
 
 #include <QObject>
-#include <QPointer>
 #include <functional>
 #include <type_traits>
 #include <utility>
@@ -56,7 +55,8 @@ protected:
 
 private:
     bool FDesigning;
-    int FDepth = 0; // operations under way since the host was last called
+    int FDepth = 0;             // operations under way since the host was last called
+    bool* FDestroyed = nullptr; // where the innermost call to the host wants to know that the component is gone
 };
 
 /// While one exists, new components are in the form designer. Used by the designer's plug-in and by tests.
@@ -72,21 +72,31 @@ public:
 template <class Body>
 void TComponent::CallOut(Body&& body)
 {
-    const QPointer<TComponent> self(this);
+    bool destroyed = false;
+    bool* const outer = std::exchange(FDestroyed, &destroyed);
     const int depth = std::exchange(FDepth, 0);
+    const auto tell = [outer] {
+        if (outer != nullptr) {
+            *outer = true;
+        }
+    };
     try {
         std::forward<Body>(body)();
     } catch (...) {
-        if (self) {
-            FDepth = depth;
-            throw;
+        if (destroyed) {
+            tell();
+            reportException();
+            throw TDestroyed();
         }
-        reportException();
+        FDestroyed = outer;
+        FDepth = depth;
+        throw;
+    }
+    if (destroyed) {
+        tell();
         throw TDestroyed();
     }
-    if (!self) {
-        throw TDestroyed();
-    }
+    FDestroyed = outer;
     FDepth = depth;
 }
 

@@ -55,7 +55,9 @@ QString checksum(QStringView command)
     for (const qsizetype index : {5, 6, 7}) {
         value ^= digitAt(command, index);
     }
-    return QStringLiteral("%1").arg(value, 2, 16, QLatin1Char('0')).toUpper();
+    constexpr char16_t kHex[] = u"0123456789ABCDEF";
+    const QChar digits[] = {kHex[value >> 4], kHex[value & 0xF]}; // every term above is at most 255
+    return QString(digits, 2);
 }
 
 } // namespace tnv5::turnstile

@@ -53,12 +53,12 @@ void TTurnStylerDevice::SetComport(platform::TComPort* Value)
 
 void TTurnStylerDevice::OnComData1(const QByteArray& Str)
 {
-    p_hw_ProtocolIn(kEventStart + platform::fromWire(Str));
+    p_hw_ProtocolIn(platform::fromWire(Str, {&kEventStart, 1}));
 }
 
 void TTurnStylerDevice::OnComData2(const QByteArray& Str)
 {
-    p_hw_ProtocolIn(kMessageStart + platform::fromWire(Str));
+    p_hw_ProtocolIn(platform::fromWire(Str, {&kMessageStart, 1}));
 }
 
 void TTurnStylerDevice::p_hw_ProtocolIn(const QString& AMess)
@@ -265,6 +265,9 @@ void TTurnStylerDevice::ForwardLine(const QString& AMess)
 void TTurnStylerDevice::report(const QString& name, const QString& device, const QString& card,
                                const QString& status1, const QString& status2)
 {
+    if (!FCheckStatus && FRemoutDevice != podServer) {
+        return;
+    }
     // copies: the handler may change the record that the arguments stand in, the echo carries the same values
     const QString values[] = {device, card, status1, status2};
     ShowinternalStatus(this, name, values[0], values[1], values[2], values[3]);

@@ -1,0 +1,160 @@
+#include "host/club.h"
+
+#include "common/messages.h"
+
+#include <QTime>
+#include <array>
+#include <cmath>
+#include <utility>
+
+namespace tnv5::host {
+
+namespace {
+
+template <class Enum>
+using TWord = std::pair<Enum, QStringView>;
+
+constexpr std::array kDirections = {
+    TWord<TDirection>{TDirection::In, u"in"},
+    TWord<TDirection>{TDirection::Out, u"out"},
+    TWord<TDirection>{TDirection::Inner, u"inner"},
+};
+
+constexpr std::array kRefusals = {
+    TWord<TRefusal>{TRefusal::None, u""},
+    TWord<TRefusal>{TRefusal::UnknownGate, u"unknown gate"},
+    TWord<TRefusal>{TRefusal::UnknownCard, u"unknown card"},
+    TWord<TRefusal>{TRefusal::Suspended, u"suspended"},
+    TWord<TRefusal>{TRefusal::NoMembership, u"no membership"},
+    TWord<TRefusal>{TRefusal::NotYetValid, u"not yet valid"},
+    TWord<TRefusal>{TRefusal::Expired, u"expired"},
+    TWord<TRefusal>{TRefusal::WrongZone, u"wrong zone"},
+    TWord<TRefusal>{TRefusal::AlreadyInside, u"already inside"},
+    TWord<TRefusal>{TRefusal::HostFault, u"host fault"},
+};
+
+constexpr std::array kEndings = {
+    TWord<TEnding>{TEnding::None, u""},
+    TWord<TEnding>{TEnding::Passed, u"passed"},
+    TWord<TEnding>{TEnding::TimedOut, u"timed out"},
+    TWord<TEnding>{TEnding::Unanswered, u"unanswered"},
+    TWord<TEnding>{TEnding::Interrupted, u"interrupted"},
+};
+
+template <class Words, class Enum>
+QString wordOf(const Words& words, Enum value)
+{
+    for (const auto& [known, word] : words) {
+        if (known == value) {
+            return word.toString();
+        }
+    }
+    return {};
+}
+
+template <class Enum, class Words>
+std::optional<Enum> valueOf(const Words& words, QStringView text)
+{
+    for (const auto& [value, word] : words) {
+        if (word == text) {
+            return value;
+        }
+    }
+    return std::nullopt;
+}
+
+const QDate kFirstDay(1899, 12, 30);
+const QString kDayFormat = QStringLiteral("yyyy-MM-dd");
+const QString kTimeFormat = QStringLiteral("HH:mm:ss.zzz");
+
+qint64 toMs(platform::TDateTime time)
+{
+    return std::llround(time * static_cast<double>(platform::kMsPerDay));
+}
+
+QTime timeOf(platform::TDateTime time)
+{
+    return QTime::fromMSecsSinceStartOfDay(static_cast<int>(toMs(time) % platform::kMsPerDay));
+}
+
+QString whoOf(const TPass& pass)
+{
+    if (pass.card == common::kCardButton) {
+        return QStringLiteral("exit button");
+    }
+    if (pass.card == common::kCardManual) {
+        return QStringLiteral("opened by hand");
+    }
+    return QStringLiteral("%1 (%2)").arg(pass.name.isEmpty() ? QStringLiteral("card") : pass.name, pass.card);
+}
+
+QString whatOf(const TPass& pass)
+{
+    if (!pass.opened()) {
+        return QStringLiteral("refused: ") + toText(pass.refusal);
+    }
+    return pass.underWay() ? QStringLiteral("opened") : toText(pass.ending);
+}
+
+} // namespace
+
+QString toText(TDirection direction)
+{
+    return wordOf(kDirections, direction);
+}
+
+QString toText(TRefusal refusal)
+{
+    return wordOf(kRefusals, refusal);
+}
+
+QString toText(TEnding ending)
+{
+    return wordOf(kEndings, ending);
+}
+
+std::optional<TDirection> toDirection(QStringView text)
+{
+    return valueOf<TDirection>(kDirections, text);
+}
+
+std::optional<TRefusal> toRefusal(QStringView text)
+{
+    return valueOf<TRefusal>(kRefusals, text);
+}
+
+std::optional<TEnding> toEnding(QStringView text)
+{
+    return valueOf<TEnding>(kEndings, text);
+}
+
+QDate dayOf(platform::TDateTime time)
+{
+    return kFirstDay.addDays(toMs(time) / platform::kMsPerDay);
+}
+
+QString toText(platform::TDateTime time)
+{
+    return time == 0 ? QString()
+                     : dayOf(time).toString(kDayFormat) + u' ' + timeOf(time).toString(kTimeFormat);
+}
+
+platform::TDateTime toDateTime(const QString& text)
+{
+    const QDate day = QDate::fromString(text.left(10), kDayFormat);
+    const QTime time = QTime::fromString(text.mid(11), kTimeFormat);
+    if (!day.isValid() || !time.isValid()) {
+        return 0;
+    }
+    const qint64 ms = kFirstDay.daysTo(day) * platform::kMsPerDay + time.msecsSinceStartOfDay();
+    return static_cast<double>(ms) / static_cast<double>(platform::kMsPerDay);
+}
+
+QString logLine(const TPass& pass)
+{
+    const platform::TDateTime when = pass.ended != 0 ? pass.ended : pass.began;
+    return QStringLiteral("%1  %2  %3  %4")
+        .arg(timeOf(when).toString(kTimeFormat), pass.gate, whoOf(pass), whatOf(pass));
+}
+
+} // namespace tnv5::host

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "platform/clock.h"
+
+#include <QDate>
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <memory>
+#include <optional>
+
+/// What the reference host knows of its club: members, memberships, gates and passes.
+namespace tnv5::host {
+
+/// Which way a gate leads. `Inner` is a door inside the club: it neither asks nor changes who is inside.
+enum class TDirection { In, Out, Inner };
+
+/// A channel of a controller: its three-character address and the zone that it leads into or out of.
+struct TGate
+{
+    QString address;
+    QString zone;
+    TDirection direction = TDirection::In;
+};
+
+struct TMember
+{
+    qint64 id = 0;
+    QString name;
+    bool suspended = false;
+    bool inside = false;
+};
+
+/// A right to enter zones, from the first to the last day, both included.
+struct TMembership
+{
+    QDate from;
+    QDate to;
+    QStringList zones;
+};
+
+/// Whom a card belongs to.
+struct THolder
+{
+    TMember member;
+    QList<TMembership> memberships;
+};
+
+/// Why a card is refused; `None`: it is not.
+enum class TRefusal {
+    None,
+    UnknownGate,
+    UnknownCard,
+    Suspended,
+    NoMembership,
+    NotYetValid,
+    Expired,
+    WrongZone,
+    AlreadyInside,
+    HostFault, ///< the host could not find out, for example because the database failed
+};
+
+/// How an opened pass ended; `None`: it was refused or is still under way. `Interrupted`: the host was shut
+/// down meanwhile.
+enum class TEnding { None, Passed, TimedOut, Unanswered, Interrupted };
+
+/// One pass, a row of the journal.
+struct TPass
+{
+    qint64 id = 0; ///< row of the journal, 0: not written yet
+    platform::TDateTime began = 0;
+    platform::TDateTime ended = 0; ///< 0: under way
+    QString card;                  ///< card number, or the pseudo card of a button or of an opening by hand
+    qint64 member = 0;             ///< 0: none
+    QString name;                  ///< of the member; not kept in the journal
+    QString gate;
+    std::optional<TDirection> direction; ///< of the gate, if it is known; not kept in the journal
+    TRefusal refusal = TRefusal::None;   ///< none: it was opened
+    TEnding ending = TEnding::None;
+
+    bool opened() const { return refusal == TRefusal::None; }
+    bool underWay() const { return opened() && ending == TEnding::None; }
+};
+
+using PPass = std::shared_ptr<TPass>;
+
+// The words below are those of the journal, the gate table and the log.
+QString toText(TDirection direction);
+QString toText(TRefusal refusal);
+QString toText(TEnding ending);
+std::optional<TDirection> toDirection(QStringView text);
+std::optional<TRefusal> toRefusal(QStringView text);
+std::optional<TEnding> toEnding(QStringView text);
+
+/// The day of a date-time.
+QDate dayOf(platform::TDateTime time);
+/// Example: "2026-01-05 12:00:00.250". Empty for 0.
+QString toText(platform::TDateTime time);
+/// The other way round; 0 when the text is no date and time.
+platform::TDateTime toDateTime(const QString& text);
+
+/// One line of log about a pass: when, where, who, what and why.
+/// Example: "12:00:00.250  01A  Anna Berg (12345678)  refused: expired".
+QString logLine(const TPass& pass);
+
+} // namespace tnv5::host

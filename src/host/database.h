@@ -1,0 +1,63 @@
+#pragma once
+
+#include "host/club.h"
+#include "host/statement.h"
+
+namespace tnv5::host {
+
+/// The club's database: one SQLite file, made when it is not there, brought up to date when it is older.
+///
+/// Reading never waits for another program that writes (write-ahead log). A write that finds the file locked
+/// waits `kBusyMs` at most, because a person may be standing at a gate meanwhile, and then raises.
+/// A crash of the program loses nothing that was written; a power cut may lose the last moments.
+///
+///     TDatabase club("club.sqlite");
+///     const qint64 anna = club.addMember("Anna Berg");
+///     club.addCard("12345678", anna);
+///     club.addMembership(anna, {QDate(2026, 1, 1), QDate(2026, 12, 31), {"hall"}});
+///     club.setGate({"01A", "hall", TDirection::In});
+class TDatabase
+{
+public:
+    static constexpr int kBusyMs = 50;
+
+    /// @param file path of the file; ":memory:" keeps everything in memory. @throws EDatabase
+    explicit TDatabase(const QString& file);
+    ~TDatabase();
+    TDatabase(const TDatabase&) = delete;
+    TDatabase& operator=(const TDatabase&) = delete;
+
+    // All of these throw EDatabase when the database fails or forbids what is asked.
+
+    qint64 addMember(const QString& name);
+    void setSuspended(qint64 member, bool suspended);
+    void setInside(qint64 member, bool inside);
+    void addCard(const QString& card, qint64 member);
+    /// Zones that are not there yet are made.
+    void addMembership(qint64 member, const TMembership& membership);
+    /// Adds a gate or changes the one at its address; the zone is made when it is not there yet.
+    void setGate(const TGate& gate);
+
+    std::optional<THolder> holderOf(const QString& card);
+    std::optional<TGate> gateAt(const QString& address);
+    QList<TGate> gates();
+
+    /// Writes passes in one transaction: new ones are added and get their `id`, the others changed. A pass
+    /// that was made puts its member inside or outside in the same transaction.
+    void writePasses(const QList<PPass>& passes);
+    /// Passes of the journal after a row, oldest first, `limit` at most.
+    QList<TPass> passesAfter(qint64 id, int limit);
+    /// The last row of the journal, 0 when it is empty.
+    qint64 lastPass();
+
+    /// How long a write waits for another program, in milliseconds.
+    void setBusyTimeout(int ms);
+
+private:
+    struct TParts;
+    void writePass(const TPass& pass, qint64& id);
+
+    std::unique_ptr<TParts> F;
+};
+
+} // namespace tnv5::host

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "host/port_list.h"
+
+#include <optional>
+
+namespace tnv5::host {
+
+/// A program that has a port open.
+struct TPortUser
+{
+    qint64 pid = 0;
+    QString program;
+};
+
+/// What can be found out about a port that cannot be opened.
+struct TPortFacts
+{
+    QString name;
+    bool exists = false;
+    bool isTerminal = false;       ///< a character device, as a serial port must be
+    bool permitted = false;        ///< this user may read and write it
+    QString group;                 ///< that owns the device
+    QString user;                  ///< who asks
+    QList<TPortUser> users;        ///< as far as this user may look into other programs
+    bool lookedEverywhere = false; ///< every program could be looked into
+    QList<TPortEntry> ports;       ///< the ports that are there
+};
+
+/// Finds out. Takes some milliseconds: it looks into every program that runs.
+TPortFacts portFacts(const QString& name);
+
+/// Why the port cannot be opened and what to do about it, line by line, for the person at the keyboard.
+QStringList explainPort(const TPortFacts& facts);
+
+} // namespace tnv5::host

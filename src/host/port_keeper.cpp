@@ -1,0 +1,108 @@
+#include "host/port_keeper.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tnv5::host {
+
+namespace {
+
+template <class... Args>
+void tell(const std::function<void(Args...)>& event, const Args&... args)
+{
+    if (event) {
+        platform::guarded([&] { event(args...); });
+    }
+}
+
+} // namespace
+
+TPortKeeper::TPortKeeper(platform::TComPort& port) : FPort(port)
+{
+    FTimer.OnTimer = [this](platform::TTimer*) { look(); };
+    FPort.OnException = [this](platform::TComponent*, platform::TComExceptionKind, const QString& message,
+                               qint64, const QString&) {
+        FWhyLost = message;
+        if (!FPort.Connected() && FTimer.Enabled()) {
+            wait(1); // not from here: the port is in the middle of going away
+        }
+    };
+}
+
+TPortKeeper::~TPortKeeper()
+{
+    FPort.OnException = {};
+}
+
+bool TPortKeeper::start()
+{
+    wait(kWatchMs);
+    look();
+    return FOpen;
+}
+
+void TPortKeeper::stop()
+{
+    FTimer.SetEnabled(false);
+}
+
+void TPortKeeper::look()
+{
+    const bool connected = FPort.Connected();
+    if (connected && FOpen) {
+        FOpenForMs += FTimer.Interval();
+        if (FOpenForMs >= kSteadyMs) {
+            FPauseMs = kFirstPauseMs;
+        }
+    } else if (connected) {
+        opened(); // by someone else
+    } else if (FOpen) {
+        lost();
+    } else {
+        tryOpen();
+    }
+}
+
+void TPortKeeper::tryOpen()
+{
+    try {
+        FPort.Open();
+    } catch (...) {
+        wait(FPauseMs);
+        FPauseMs = std::min(FPauseMs * 2, kLongestPauseMs);
+        const QString why = platform::exceptionMessage();
+        if (std::exchange(FWhyNot, why) != why) {
+            tell(OnCannotOpen, why);
+        }
+        return;
+    }
+    opened();
+}
+
+void TPortKeeper::opened()
+{
+    FOpen = true;
+    FOpenForMs = 0;
+    ++FOpenings;
+    FWhyNot.clear();
+    FWhyLost.clear();
+    wait(kWatchMs);
+    tell(OnOpened);
+}
+
+void TPortKeeper::lost()
+{
+    FOpen = false;
+    wait(FPauseMs);
+    FPauseMs = std::min(FPauseMs * 2, kLongestPauseMs);
+    tell(OnLost, FWhyLost.isEmpty() ? QStringLiteral("the port was closed") : std::exchange(FWhyLost, {}));
+}
+
+void TPortKeeper::wait(int ms)
+{
+    FTimer.SetEnabled(false);
+    FTimer.SetInterval(ms);
+    FTimer.SetEnabled(true);
+}
+
+} // namespace tnv5::host

@@ -1,0 +1,90 @@
+#include "host/schema.h"
+
+#include "host/statement.h"
+
+namespace tnv5::host {
+
+namespace {
+
+const QStringList kVersion1 = {
+    QStringLiteral("CREATE TABLE zone (name TEXT PRIMARY KEY) WITHOUT ROWID"),
+    QStringLiteral("CREATE TABLE gate ("
+                   " address TEXT PRIMARY KEY,"
+                   " zone TEXT NOT NULL REFERENCES zone(name),"
+                   " direction TEXT NOT NULL CHECK (direction IN ('in', 'out', 'inner'))"
+                   ") WITHOUT ROWID"),
+    QStringLiteral("CREATE TABLE member ("
+                   " id INTEGER PRIMARY KEY,"
+                   " name TEXT NOT NULL,"
+                   " suspended INTEGER NOT NULL DEFAULT 0 CHECK (suspended IN (0, 1)),"
+                   " inside INTEGER NOT NULL DEFAULT 0 CHECK (inside IN (0, 1)))"),
+    QStringLiteral("CREATE TABLE card ("
+                   " number TEXT PRIMARY KEY,"
+                   " member INTEGER NOT NULL REFERENCES member(id) ON DELETE CASCADE"
+                   ") WITHOUT ROWID"),
+    QStringLiteral("CREATE INDEX card_member ON card(member)"),
+    QStringLiteral("CREATE TABLE membership ("
+                   " id INTEGER PRIMARY KEY,"
+                   " member INTEGER NOT NULL REFERENCES member(id) ON DELETE CASCADE,"
+                   " valid_from TEXT NOT NULL,"
+                   " valid_to TEXT NOT NULL,"
+                   " CHECK (valid_from <= valid_to))"),
+    QStringLiteral("CREATE INDEX membership_member ON membership(member)"),
+    QStringLiteral("CREATE TABLE membership_zone ("
+                   " membership INTEGER NOT NULL REFERENCES membership(id) ON DELETE CASCADE,"
+                   " zone TEXT NOT NULL REFERENCES zone(name),"
+                   " PRIMARY KEY (membership, zone)"
+                   ") WITHOUT ROWID"),
+    // The gate is kept as it was read: a line may name one that nobody has entered.
+    QStringLiteral("CREATE TABLE pass ("
+                   " id INTEGER PRIMARY KEY,"
+                   " began TEXT NOT NULL,"
+                   " ended TEXT NOT NULL DEFAULT '',"
+                   " card TEXT NOT NULL,"
+                   " member INTEGER REFERENCES member(id) ON DELETE SET NULL,"
+                   " gate TEXT NOT NULL,"
+                   " result TEXT NOT NULL CHECK (result IN ('opened', 'refused')),"
+                   " reason TEXT NOT NULL DEFAULT '',"
+                   " ending TEXT NOT NULL DEFAULT '')"),
+    QStringLiteral("CREATE INDEX pass_began ON pass(began)"),
+    QStringLiteral("CREATE INDEX pass_member ON pass(member)"),
+};
+
+int versionOf(QSqlDatabase& database)
+{
+    TStatement version(database, QStringLiteral("PRAGMA user_version"));
+    TRows rows = version.run();
+    return rows.next() ? rows.value(0).toInt() : 0;
+}
+
+} // namespace
+
+const QList<QStringList>& schemaSteps()
+{
+    static const QList<QStringList> steps = {kVersion1};
+    return steps;
+}
+
+void migrate(QSqlDatabase& database, const QList<QStringList>& steps)
+{
+    const auto target = static_cast<int>(steps.size());
+    if (versionOf(database) == target) {
+        return; // without a lock: the usual case must not wait for another host
+    }
+    TWriteTransaction transaction(database);
+    const int version = versionOf(database); // again: another host may have been first
+    if (version > target) {
+        throw EDatabase(QStringLiteral("the database has version %1, this program knows version %2 at most")
+                            .arg(version)
+                            .arg(target));
+    }
+    for (int step = version; step < target; ++step) {
+        for (const QString& statement : steps[step]) {
+            execute(database, statement);
+        }
+    }
+    execute(database, QStringLiteral("PRAGMA user_version = %1").arg(target)); // takes no bound values
+    transaction.commit();
+}
+
+} // namespace tnv5::host
