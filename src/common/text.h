@@ -22,6 +22,19 @@ inline QStringView CopyFrom(QStringView text, qsizetype index)
     return Copy(text, index, text.size());
 }
 
+/// A text without the characters 0 to 32 at both ends; other white space stays.
+inline QStringView Trim(QStringView text)
+{
+    const auto isBlank = [](QChar character) { return character <= u' '; };
+    while (!text.isEmpty() && isBlank(text.front())) {
+        text = text.sliced(1);
+    }
+    while (!text.isEmpty() && isBlank(text.back())) {
+        text.chop(1);
+    }
+    return text;
+}
+
 /// Position of the first occurrence of `part`, counted from 1; 0 when there is none or `part` is empty.
 inline qsizetype Pos(QStringView part, QStringView text)
 {

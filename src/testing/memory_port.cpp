@@ -8,8 +8,11 @@ using platform::EComPort;
 
 namespace {
 
-void failIfOrdered(const std::optional<QString>& failure)
+void failIfOrdered(const std::function<void()>& before, const std::optional<QString>& failure)
 {
+    if (const auto handler = before) {
+        handler();
+    }
     if (failure) {
         throw EComPort(*failure);
     }
@@ -44,19 +47,19 @@ void TMemoryPort::raiseError(platform::TComExceptionKind kind, const QString& me
 
 void TMemoryPort::doOpen()
 {
-    failIfOrdered(OpenFailure);
+    failIfOrdered(OnOpening, OpenFailure);
     FOpen = true;
 }
 
 void TMemoryPort::doClose()
 {
-    failIfOrdered(CloseFailure);
+    failIfOrdered(OnClosing, CloseFailure);
     FOpen = false;
 }
 
 void TMemoryPort::doWrite(const QByteArray& bytes)
 {
-    failIfOrdered(WriteFailure);
+    failIfOrdered(OnWriting, WriteFailure);
     if (KeepWrites) {
         FWrites.append(bytes);
     }

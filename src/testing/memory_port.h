@@ -39,6 +39,12 @@ public:
     std::optional<QString> CloseFailure;
     std::optional<QString> WriteFailure;
 
+    /// Called inside opening, closing and writing, before they take effect; what they raise leaves the
+    /// operation.
+    std::function<void()> OnOpening;
+    std::function<void()> OnClosing;
+    std::function<void()> OnWriting;
+
     /// Called after each successful write, for example to answer it.
     std::function<void(const QByteArray& bytes)> OnWritten;
 
@@ -49,6 +55,13 @@ public:
     /// handler raises goes to the exception handler.
     void raiseError(platform::TComExceptionKind kind, const QString& message, qint64 osError,
                     const QString& osText);
+    /// The same from inside an operation (see `OnOpening`): what the error handler raises leaves this
+    /// function.
+    void raiseErrorInside(platform::TComExceptionKind kind, const QString& message, qint64 osError,
+                          const QString& osText)
+    {
+        fireException(kind, message, osError, osText);
+    }
 
 protected:
     void doOpen() override;

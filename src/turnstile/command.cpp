@@ -1,5 +1,6 @@
 #include "turnstile/command.h"
 
+#include "common/crc8.h"
 #include "common/text.h"
 #include "platform/code_page.h"
 #include "platform/errors.h"
@@ -55,9 +56,7 @@ QString checksum(QStringView command)
     for (const qsizetype index : {5, 6, 7}) {
         value ^= digitAt(command, index);
     }
-    constexpr char16_t kHex[] = u"0123456789ABCDEF";
-    const QChar digits[] = {kHex[value >> 4], kHex[value & 0xF]}; // every term above is at most 255
-    return QString(digits, 2);
+    return common::HexByte(static_cast<quint8>(value)); // every term above is at most 255
 }
 
 } // namespace tnv5::turnstile

@@ -13,11 +13,15 @@ namespace tnv5::turnstile {
 using platform::TComponent;
 using platform::TLogEvent;
 
+Q_NAMESPACE
+
 /// Remote mode of a controller component. The capital P of the third value is intended.
 enum TConState { podNone, podServer, PodClient };
+Q_ENUM_NS(TConState)
 
 /// Kinds of message; declared for hosts and scripts. The capital P of the third value is intended.
 enum TDevEventType { podlog, podError, PodState };
+Q_ENUM_NS(TDevEventType)
 
 /// What a handler of `OnCheckSQL` is asked about a pass.
 enum TCheckMode {

@@ -1,0 +1,301 @@
+#include "connector/device_connector.h"
+
+#include "common/convert.h"
+#include "common/crc8.h"
+#include "common/text.h"
+#include "connector/board_command.h"
+#include "connector/connector_texts.h"
+#include "platform/code_page.h"
+
+namespace tnv5::connector {
+
+using common::Copy;
+using common::CopyFrom;
+using common::Crc8Digits;
+using common::Pos;
+using platform::TComDataPacket;
+using platform::TDestroyed;
+
+namespace {
+
+const QString kSerialLink = QStringLiteral("0.0.0.0");
+
+std::unique_ptr<TComDataPacket> makePacket(const char* start)
+{
+    auto packet = std::make_unique<TComDataPacket>();
+    packet->SetStartString(start);
+    packet->SetStopString("\r");
+    return packet;
+}
+
+QStringView sideOf(QStringView line)
+{
+    return Copy(line, 5, 1);
+}
+
+QString withChecksum(const QString& line)
+{
+    return line + Crc8Digits(line);
+}
+
+// The width of "xGX" values: "N" has no display, "n020x4" is 20 characters wide.
+int displayWidth(const QString& gx)
+{
+    if (gx == u"N") {
+        return 0;
+    }
+    const QStringView beforeX = Copy(gx, 1, Pos(u"x", gx) - 1);
+    return common::StrToInt(Copy(beforeX, 2, 3));
+}
+
+} // namespace
+
+TDeviceConnector::TDeviceConnector(QObject* AOwner) : TComponent(AOwner)
+{
+    if (Designing()) {
+        return;
+    }
+    ComDataPacket1 = makePacket("$");
+    ComDataPacket1->OnPacket = [this](TComDataPacket*, const QByteArray& body) { OnComData(u"$", body); };
+    ComDataPacket2 = makePacket("#");
+    ComDataPacket2->OnPacket = [this](TComDataPacket*, const QByteArray& body) { OnComData(u"#", body); };
+}
+
+TDeviceConnector::~TDeviceConnector()
+{
+    if (FComport && !Designing()) {
+        FComport->OnException = nullptr;
+    }
+}
+
+void TDeviceConnector::SetComport(platform::TComPort* Value)
+{
+    const QPointer<platform::TComPort> old = FComport;
+    FComport = Value;
+    if (Value == old || Designing()) {
+        return;
+    }
+    installErrorHandler();
+    if (old) {
+        old->OnException = nullptr;
+    }
+    ComDataPacket1->SetComPort(Value);
+    ComDataPacket2->SetComPort(Value);
+}
+
+void TDeviceConnector::installErrorHandler()
+{
+    if (FComport) {
+        FComport->OnException = [this](TComponent*, platform::TComExceptionKind, const QString& message,
+                                       qint64 winError,
+                                       const QString&) { ComPortException(message, winError); };
+    }
+}
+
+void TDeviceConnector::ComPortException(const QString& message, qint64 winError)
+{
+    if (winError == 0) {
+        return;
+    }
+    Operation([&] { reportError(kErrorPort, message); });
+    throw platform::EAbort();
+}
+
+void TDeviceConnector::reportError(QStringView code, const QString& text)
+{
+    if (FErrorEvent) {
+        Fire(FErrorEvent, code.toString() + text);
+    }
+}
+
+bool TDeviceConnector::GetConnected()
+{
+    return Operation(
+        [this] {
+            if (!usesPort()) {
+                return false;
+            }
+            if (FComport->Connected()) {
+                return true;
+            }
+            try {
+                CallOut([&] { FComport->Open(); });
+                return true;
+            } catch (const TDestroyed&) {
+                throw;
+            } catch (...) {
+                reportError(kErrorOpenClose, platform::exceptionMessage());
+                return false;
+            }
+        },
+        false);
+}
+
+void TDeviceConnector::SetConnected(bool Value)
+{
+    if (Value) {
+        GetConnected();
+        return;
+    }
+    Operation([this] {
+        if (!usesPort()) {
+            return;
+        }
+        try {
+            CallOut([&] { FComport->Close(); });
+        } catch (const TDestroyed&) {
+            throw;
+        } catch (...) {
+            reportError(kErrorOpenClose, platform::exceptionMessage());
+        }
+    });
+}
+
+void TDeviceConnector::GetCommand(const QString& AMess)
+{
+    Operation([&] { Fire(FOnGetData, QString(AMess)); });
+}
+
+void TDeviceConnector::SendDirectCommand(const QString& IP, const QString& AMess)
+{
+    Q_UNUSED(IP) // one serial port carries every board
+    Operation([&] {
+        if (!usesPort() || !GetConnected() || !FComport) {
+            return;
+        }
+        const QString line = withChecksum(AMess);
+        CallOut([&] { FComport->Write(platform::toWire(line)); });
+        Fire(FLogEvent, line);
+    });
+}
+
+QString TDeviceConnector::SendCommand(const QString& AMess)
+{
+    return Operation(
+        [this, text = AMess] {
+            const TBoardCommand command = parseCommand(text);
+            if (isDisplayCommand(command)) {
+                sendDisplay(text);
+                return QString();
+            }
+            const auto line = boardLine(command);
+            if (!line) {
+                return QString();
+            }
+            SendDirectCommand(command.ip.toString(), *line);
+            return Crc8Digits(withChecksum(*line)); // over the line and its checksum; intended
+        },
+        QString());
+}
+
+void TDeviceConnector::sendDisplay(const QString& text)
+{
+    const TBoardCommand command = parseCommand(text);
+    const QString ip = command.ip.toString();
+    const DeviceInfo board = GetDeviceFromList(ip, command.address.toString());
+    const QStringList lines = displayLines(command, board->DisplayLine);
+    for (const QString& line : lines) {
+        SendDirectCommand(ip, line);
+    }
+    if (FLogEvent) {
+        Fire(FLogEvent, kLinesSent + (lines.isEmpty() ? QString() : withChecksum(lines.last())));
+    }
+}
+
+QString TDeviceConnector::GetDiagnosticValue(const QString& AMess, const QString& Key)
+{
+    const qsizetype at = Pos(Key, AMess);
+    if (at == 0) {
+        return {};
+    }
+    const QStringView fromKey = Copy(AMess, at, 1000);
+    const QStringView piece = Copy(fromKey, 1, Pos(u"/", fromKey) - 1);
+    return Copy(piece, Pos(u"=", piece) + 1, 100).toString();
+}
+
+void TDeviceConnector::OnComData(QStringView start, const QByteArray& Str)
+{
+    const QString packet = platform::fromWire(Str);
+    const QStringView body = common::Trim(packet);
+    if (!body.isEmpty() && FComport && FComport->Connected()) {
+        ProcessDataToDevice(kSerialLink, start.toString() + body.toString());
+    }
+}
+
+void TDeviceConnector::ProcessDataToDevice(const QString& IP, const QString& AMess)
+{
+    Operation([this, ip = IP, line = AMess] {
+        const DeviceInfo board = GetDeviceFromList(ip, Copy(line, 2, 4).toString());
+        board->LastPing = platform::Now();
+        if (line.startsWith(u'#')) {
+            handleReply(ip, line, board);
+        } else if (line.startsWith(u'$')) {
+            handleEvent(ip, line, board);
+        }
+    });
+}
+
+// The order of the tests matters: each looks anywhere in the line, the address included.
+void TDeviceConnector::handleReply(const QString& ip, const QString& line, DeviceInfo board)
+{
+    if (line.contains(u"BT")) {
+        passOnChecked(ip, board->Device + QStringLiteral("BTPH"));
+    } else if (line.contains(u"ET")) {
+        passOn(u"$", ip, CopyFrom(line, 2)); // "#" becomes "$"; intended
+    } else if (line.contains(u"HW")) {
+        handleHardware(ip, line, board);
+    } else if (line.contains(u"GO")) {
+        passOnChecked(ip, board->Device + QStringLiteral("CROSS"));
+    }
+}
+
+void TDeviceConnector::handleEvent(const QString& ip, const QString& line, DeviceInfo board)
+{
+    const QString& address = board->Device;
+    if (line.contains(u"PING")) {
+        SendDirectCommand(ip, u'$' + address + QStringLiteral("ECHO"));
+        passOnChecked(ip, address + QStringLiteral("PING"));
+        if (board->DisplayLine == -1) {
+            SendDirectCommand(ip, u'$' + address + QStringLiteral("HW"));
+            const QString group = u'$' + groupOf(address).toString();
+            if (sideOf(line) == u"A") {
+                SendDirectCommand(ip, group + QStringLiteral("BHW"));
+            } else if (sideOf(line) == u"B") {
+                SendDirectCommand(ip, group + QStringLiteral("AHW"));
+            }
+        }
+        return;
+    }
+    if (line.contains(u"ET")) {
+        passOnChecked(ip, address + QStringLiteral("PING")); // a board that reports an event is alive
+    }
+    passOn(u"$", ip, CopyFrom(line, 2));
+}
+
+void TDeviceConnector::handleHardware(const QString& ip, const QString& line, DeviceInfo board)
+{
+    board->DisplayLine = displayWidth(GetDiagnosticValue(line, QStringLiteral("GX")));
+    const QString relays = GetDiagnosticValue(line, QStringLiteral("GR"));
+    // the relays of side B are numbered on from those of side A; intended
+    const QStringView side = sideOf(line);
+    const QStringView numbers = side == u"A"   ? QStringView(u"12")
+                                : side == u"B" ? QStringView(u"345")
+                                               : QStringView();
+    for (qsizetype i = 0; i < numbers.size(); ++i) {
+        const QChar state = Copy(relays, i + 1, 1) == u"N" ? u'N' : u'Y';
+        passOnChecked(ip, board->Device + QStringLiteral("RELAY") + numbers.at(i) + state);
+    }
+    passOn(u"#", ip, CopyFrom(line, 2));
+}
+
+void TDeviceConnector::passOn(QStringView start, const QString& ip, QStringView rest)
+{
+    GetCommand(start.toString() + ip + u':' + rest.toString());
+}
+
+void TDeviceConnector::passOnChecked(const QString& ip, const QString& rest)
+{
+    GetCommand(withChecksum(u'#' + ip + u':' + rest));
+}
+
+} // namespace tnv5::connector
