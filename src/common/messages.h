@@ -11,6 +11,7 @@ inline const QString kReadFromPort = QStringLiteral("%Считано с порт
 inline const QString kSentToPort = QStringLiteral("%Отправлено на порт% ");
 
 // errors
+inline const QString kPassTableFull = QStringLiteral("The pass table is full");
 inline const QString kPortNotOpen = QStringLiteral("Порт не открыт или не назначен");
 
 // names of status reports

@@ -14,7 +14,6 @@ using common::CopyFrom;
 using common::Crc8Digits;
 using common::Pos;
 using platform::TComDataPacket;
-using platform::TDestroyed;
 
 namespace {
 
@@ -118,15 +117,13 @@ bool TDeviceConnector::GetConnected()
             if (FComport->Connected()) {
                 return true;
             }
-            try {
-                CallOut([&] { FComport->Open(); });
-                return true;
-            } catch (const TDestroyed&) {
-                throw;
-            } catch (...) {
-                reportError(kErrorOpenClose, platform::exceptionMessage());
-                return false;
-            }
+            bool opened = true;
+            Attempt([&] { FComport->Open(); },
+                    [&](const QString& message) {
+                        opened = false;
+                        reportError(kErrorOpenClose, message);
+                    });
+            return opened;
         },
         false);
 }
@@ -138,15 +135,9 @@ void TDeviceConnector::SetConnected(bool Value)
         return;
     }
     Operation([this] {
-        if (!usesPort()) {
-            return;
-        }
-        try {
-            CallOut([&] { FComport->Close(); });
-        } catch (const TDestroyed&) {
-            throw;
-        } catch (...) {
-            reportError(kErrorOpenClose, platform::exceptionMessage());
+        if (usesPort()) {
+            Attempt([&] { FComport->Close(); },
+                    [&](const QString& message) { reportError(kErrorOpenClose, message); });
         }
     });
 }

@@ -2,6 +2,7 @@
 
 #include "common/messages.h"
 
+#include <QRegularExpression>
 #include <QTime>
 #include <array>
 #include <cmath>
@@ -126,6 +127,17 @@ std::optional<TRefusal> toRefusal(QStringView text)
 std::optional<TEnding> toEnding(QStringView text)
 {
     return valueOf<TEnding>(kEndings, text);
+}
+
+std::optional<TGate> toGate(const QString& text)
+{
+    static const QRegularExpression kAddress(QStringLiteral("^[0-9]{2}[A-Za-z]$"));
+    const QStringList parts = text.split(u':');
+    if (parts.size() != 3 || !kAddress.match(parts[0]).hasMatch() || parts[1].isEmpty()) {
+        return std::nullopt;
+    }
+    const std::optional<TDirection> direction = toDirection(parts[2]);
+    return direction ? std::optional(TGate{parts[0], parts[1], *direction}) : std::nullopt;
 }
 
 QDate dayOf(platform::TDateTime time)

@@ -92,6 +92,9 @@ std::optional<TDirection> toDirection(QStringView text);
 std::optional<TRefusal> toRefusal(QStringView text);
 std::optional<TEnding> toEnding(QStringView text);
 
+/// Reads a gate written as address:zone:direction, such as "01A:hall:in". Nothing when it is none.
+std::optional<TGate> toGate(const QString& text);
+
 /// The day of a date-time.
 QDate dayOf(platform::TDateTime time);
 /// Example: "2026-01-05 12:00:00.250". Empty for 0.

@@ -42,6 +42,7 @@ TClubHost::TClubHost(TTurnStylerDevice& device, TDatabase& database)
         }
     }
     device.SetDeviceList(addresses);
+    device.SetTimerInterval(kPassIntervalMs);
 
     device.SetOnCheckSQL([this](platform::TComponent*, const QVariant& address, const QVariant& card,
                                 const QVariant&, QImage&, const QVariant& mode, QVariant& result) {

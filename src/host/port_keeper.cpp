@@ -7,8 +7,8 @@ namespace tnv5::host {
 
 namespace {
 
-template <class... Args>
-void tell(const std::function<void(Args...)>& event, const Args&... args)
+template <class Event, class... Args>
+void tell(const Event& event, const Args&... args)
 {
     if (event) {
         platform::guarded([&] { event(args...); });

@@ -41,6 +41,12 @@ protected:
     template <class Body>
     void CallOut(Body&& body);
 
+    /// Runs code of the host's and hands the text of an exception in it to `failed`, which may raise in its
+    /// turn.
+    /// @throws TDestroyed when the component was destroyed meanwhile; else what `failed` throws.
+    template <class Body, class Failed>
+    void Attempt(Body&& body, Failed&& failed);
+
     /// Calls an event handler, if one is assigned, with this component as sender.
     /// @throws what CallOut throws.
     template <class... Params, class... Args>
@@ -55,8 +61,9 @@ protected:
 
 private:
     bool FDesigning;
-    int FDepth = 0;             // operations under way since the host was last called
-    bool* FDestroyed = nullptr; // where the innermost call to the host wants to know that the component is gone
+    int FDepth = 0; // operations under way since the host was last called
+    bool* FDestroyed =
+        nullptr; // where the innermost call to the host wants to know that the component is gone
 };
 
 /// While one exists, new components are in the form designer. Used by the designer's plug-in and by tests.
@@ -98,6 +105,18 @@ void TComponent::CallOut(Body&& body)
     }
     FDestroyed = outer;
     FDepth = depth;
+}
+
+template <class Body, class Failed>
+void TComponent::Attempt(Body&& body, Failed&& failed)
+{
+    try {
+        CallOut(std::forward<Body>(body));
+    } catch (const TDestroyed&) {
+        throw;
+    } catch (...) {
+        std::forward<Failed>(failed)(exceptionMessage());
+    }
 }
 
 template <class... Params, class... Args>

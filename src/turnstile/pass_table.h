@@ -1,26 +1,18 @@
 #pragma once
 
+#include "common/record_table.h"
 #include "turnstile/turnstile_types.h"
 
 #include <QStringView>
-#include <vector>
 
 namespace tnv5::turnstile {
 
 /// Passes under way, in order of creation. Lines from the controllers create a record only for an address
 /// that has none.
-class TPassTable
+class TPassTable : public common::TRecordTable<TRFidInfo>
 {
 public:
-    /// Noise on a line can invent addresses, and a host may never retire a pass: more records than this are
-    /// refused.
-    static constexpr std::size_t kMaxPasses = 65'536;
-
-    int size() const { return static_cast<int>(FPasses.size()); }
-    bool isEmpty() const { return FPasses.empty(); }
-
-    /// The record at `index`; none when there is no such index.
-    PRFidInfo at(int index) const;
+    static constexpr std::size_t kMaxPasses = kMaxRecords;
 
     /// Index of the first record of an address, exact and case-sensitive; -1 when there is none.
     int find(QStringView device) const;
@@ -29,11 +21,6 @@ public:
 
     /// Appends a "NEW" record that starts now. @throws platform::Exception when the table is full.
     PRFidInfo add(const QString& device, const QString& card);
-
-    void remove(int index);
-
-private:
-    std::vector<PRFidInfo> FPasses;
 };
 
 } // namespace tnv5::turnstile

@@ -86,13 +86,8 @@ bool TTurnStylerDevice::forwarded(const QString& AMess)
     if (FRemoutDevice != PodClient || !Connected()) {
         return false;
     }
-    try {
-        CallOut([&] { ForwardLine(AMess); });
-    } catch (const platform::TDestroyed&) {
-        throw;
-    } catch (...) {
-        reportError(kErrorForward, platform::exceptionMessage());
-    }
+    Attempt([&] { ForwardLine(AMess); },
+            [&](const QString& message) { reportError(kErrorForward, message); });
     return true;
 }
 
@@ -236,13 +231,8 @@ void TTurnStylerDevice::ShowinternalStatus(TComponent* Sender, const QString& AN
         if (!handler) {
             return;
         }
-        try {
-            CallOut([&] { handler(Sender, AName, Device, Cardnumber, Status1, Status2); });
-        } catch (const platform::TDestroyed&) {
-            throw;
-        } catch (...) {
-            reportError(kErrorStatusReport, platform::exceptionMessage());
-        }
+        Attempt([&] { handler(Sender, AName, Device, Cardnumber, Status1, Status2); },
+                [&](const QString& message) { reportError(kErrorStatusReport, message); });
     });
 }
 

@@ -178,7 +178,6 @@ private:
     void startStack();
 
     // the pass over the table
-    class TBusy;
     enum class TVerdict { Keep, Remove };
     void OnTimer();
     TVerdict passOne(const PRFidInfo& pass);

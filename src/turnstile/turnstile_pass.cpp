@@ -1,5 +1,6 @@
 // The deciding half of the component: the pass over the table, the host's check, and the commands.
 
+#include "common/busy_scope.h"
 #include "common/elapsed.h"
 #include "common/messages.h"
 #include "common/variants.h"
@@ -19,24 +20,6 @@ constexpr int kOpenGrace = 2;      // seconds added to the time-out of an open t
 constexpr int kProgressGrace = 10; // seconds added while a passage is under way
 
 } // namespace
-
-/// Marks the component as busy for the length of a pass, whichever way it ends.
-class TTurnStylerDevice::TBusy
-{
-public:
-    explicit TBusy(TTurnStylerDevice* owner) : FOwner(owner) { owner->IDBusy = true; }
-    ~TBusy()
-    {
-        if (FOwner) {
-            FOwner->IDBusy = false;
-        }
-    }
-    TBusy(const TBusy&) = delete;
-    TBusy& operator=(const TBusy&) = delete;
-
-private:
-    QPointer<TTurnStylerDevice> FOwner;
-};
 
 void TTurnStylerDevice::OnTimer()
 {
@@ -62,7 +45,7 @@ void TTurnStylerDevice::p_hw_CallStackArray()
             return;
         }
         {
-            const TBusy busy(this);
+            const common::TBusyScope busy(*this, IDBusy);
             const int count = StackArray.size(); // what handlers add meanwhile waits for the next pass
             for (int index = 0; index < count; ++index) {
                 if (passOne(StackArray.at(index)) == TVerdict::Remove) {
@@ -205,17 +188,15 @@ int TTurnStylerDevice::askHost(const PRFidInfo& pass, int mode, int withoutAnswe
     if (!handler) {
         return withoutAnswer;
     }
-    QVariant result = -1;
-    try {
-        CallOut(
-            [&] { handler(this, pass->Device, pass->CardNumber, pass->Status, pass->Img, mode, result); });
-        return common::VariantToInteger(result);
-    } catch (const platform::TDestroyed&) {
-        throw;
-    } catch (...) {
-        reportError(kErrorCheckHandler, platform::exceptionMessage());
-        return withoutAnswer;
-    }
+    int answer = withoutAnswer;
+    Attempt(
+        [&] {
+            QVariant result = -1;
+            handler(this, pass->Device, pass->CardNumber, pass->Status, pass->Img, mode, result);
+            answer = common::VariantToInteger(result);
+        },
+        [&](const QString& message) { reportError(kErrorCheckHandler, message); });
+    return answer;
 }
 
 void TTurnStylerDevice::p_hw_SendComCommand(int AIndex, int yesnot)
@@ -252,14 +233,8 @@ void TTurnStylerDevice::sendCommand(const QString& command, QStringView writeErr
         reportEchoedError(kErrorCommand, common::kPortNotOpen);
         return;
     }
-    try {
-        const QByteArray line = platform::toWire(command + checksum(command)) + '\r';
-        CallOut([&] { FComport->Write(line); });
-    } catch (const platform::TDestroyed&) {
-        throw;
-    } catch (...) {
-        reportEchoedError(writeErrorCode, platform::exceptionMessage());
-    }
+    Attempt([&] { FComport->Write(platform::toWire(command + checksum(command)) + '\r'); },
+            [&](const QString& message) { reportEchoedError(writeErrorCode, message); });
     log(common::kSentToPort, command); // also after a failed write; intended
 }
 

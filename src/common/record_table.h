@@ -1,0 +1,56 @@
+#pragma once
+
+#include "platform/errors.h"
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+namespace tnv5::common {
+
+/// Records in order of creation. They are shared, so that a record stays valid for code that holds it while a
+/// host handler runs, which may remove it.
+template <class Record>
+class TRecordTable
+{
+public:
+    using PRecord = std::shared_ptr<Record>;
+
+    /// Noise on a line can invent addresses, and a host may never retire a record: more than this are
+    /// refused.
+    static constexpr std::size_t kMaxRecords = 65'536;
+
+    int size() const { return static_cast<int>(FRecords.size()); }
+    bool isEmpty() const { return FRecords.empty(); }
+
+    /// The record at `index`; none when there is no such index.
+    PRecord at(int index) const
+    {
+        return index >= 0 && index < size() ? FRecords[static_cast<std::size_t>(index)] : nullptr;
+    }
+
+    /// Index of the first record that matches; -1 when there is none.
+    template <class Matches>
+    int indexOf(Matches matches) const
+    {
+        const auto found = std::find_if(FRecords.begin(), FRecords.end(),
+                                        [&](const PRecord& record) { return matches(*record); });
+        return found == FRecords.end() ? -1 : static_cast<int>(found - FRecords.begin());
+    }
+
+    /// Appends an empty record. @throws platform::Exception with `whenFull` when the table is full.
+    PRecord append(const QString& whenFull)
+    {
+        if (FRecords.size() >= kMaxRecords) {
+            throw platform::Exception(whenFull);
+        }
+        return FRecords.emplace_back(std::make_shared<Record>());
+    }
+
+    void remove(int index) { FRecords.erase(FRecords.begin() + index); }
+
+private:
+    std::vector<PRecord> FRecords;
+};
+
+} // namespace tnv5::common
