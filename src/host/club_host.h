@@ -29,7 +29,7 @@ class TClubHost
 public:
     /// Interval that the component's passes get, in milliseconds. At its own 100 a card that is read while
     /// another gate is busy would wait up to that long for its turn.
-    static constexpr int kPassIntervalMs = 10;
+    static constexpr int kPassIntervalMs = 2;
 
     TClubHost(turnstile::TTurnStylerDevice& device, TDatabase& database);
     /// Closes the host when that has not been done.

@@ -106,5 +106,3 @@ private:
 };
 
 } // namespace tnv5::platform
-
-Q_DECLARE_METATYPE(tnv5::platform::TComportError)

@@ -160,5 +160,3 @@ void TComponent::Operation(Body&& body)
 }
 
 } // namespace tnv5::platform
-
-Q_DECLARE_METATYPE(tnv5::platform::TLogEvent)

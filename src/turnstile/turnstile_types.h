@@ -62,7 +62,3 @@ struct TRFidInfo
 using PRFidInfo = std::shared_ptr<TRFidInfo>;
 
 } // namespace tnv5::turnstile
-
-Q_DECLARE_METATYPE(tnv5::turnstile::TCheckStatusDevice)
-Q_DECLARE_METATYPE(tnv5::turnstile::TCheckSQLDevice)
-Q_DECLARE_METATYPE(tnv5::turnstile::TGetImg)

@@ -1,0 +1,53 @@
+#include "d24/d24_tables.h"
+
+#include "common/messages.h"
+
+namespace tnv5::d24 {
+
+int TPassTable::findDevice(QStringView device) const
+{
+    return indexOf([device](const TRFidInfo& pass) { return pass.Device == device; });
+}
+
+int TPassTable::findIP(QStringView ip) const
+{
+    return indexOf([ip](const TRFidInfo& pass) { return pass.IP == ip; });
+}
+
+int TPassTable::findCard(QStringView device, QStringView card) const
+{
+    return indexOf([&](const TRFidInfo& pass) { return pass.Device == device && pass.CardNumber == card; });
+}
+
+PRFidInfo TPassTable::add(const QString& ip, const QString& device, const QString& deviceType,
+                          const QString& card)
+{
+    const PRFidInfo pass = append(common::kPassTableFull);
+    pass->IP = ip;
+    pass->Device = device;
+    pass->DeviceType = deviceType;
+    pass->CardNumber = card;
+    pass->Status = common::kNew;
+    pass->Starttime = platform::TimeOfDay();
+    return pass;
+}
+
+int TLivenessTable::find(QStringView ip, QStringView device) const
+{
+    for (int index = size() - 1; index >= 0; --index) {
+        const PDevicelist entry = at(index);
+        if (entry->IP == ip && entry->Device == device) {
+            return index;
+        }
+    }
+    return -1;
+}
+
+PDevicelist TLivenessTable::add(const QString& ip, const QString& device, const QString& deviceType)
+{
+    const PDevicelist entry = append(QStringLiteral("The table of controllers is full"));
+    *entry = {ip, device, deviceType, platform::Now()};
+    return entry;
+}
+
+} // namespace tnv5::d24

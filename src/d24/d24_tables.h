@@ -1,0 +1,37 @@
+#pragma once
+
+#include "common/record_table.h"
+#include "d24/d24_types.h"
+
+#include <QStringView>
+
+namespace tnv5::d24 {
+
+/// Pending passes, in order of creation.
+class TPassTable : public common::TRecordTable<TRFidInfo>
+{
+public:
+    /// Index of the first pass of a controller, whatever its link; intended. -1 when there is none.
+    int findDevice(QStringView device) const;
+    /// Index of the first pass of a link; -1 when there is none.
+    int findIP(QStringView ip) const;
+    /// Index of the first pass of a controller and card, whatever its link; -1 when there is none.
+    int findCard(QStringView device, QStringView card) const;
+
+    /// Appends a "NEW" record that starts now. @throws platform::Exception when the table is full.
+    PRFidInfo add(const QString& ip, const QString& device, const QString& deviceType, const QString& card);
+};
+
+/// Controllers that have pinged, in order of their first ping.
+class TLivenessTable : public common::TRecordTable<TDevicelist>
+{
+public:
+    /// Index of the last entry of a link and controller; -1 when there is none.
+    int find(QStringView ip, QStringView device) const;
+
+    /// Appends an entry that was heard now. Its time is a full date-time, unlike that of every later refresh,
+    /// so that a controller counts as silent from its first ping to its next line; intended.
+    PDevicelist add(const QString& ip, const QString& device, const QString& deviceType);
+};
+
+} // namespace tnv5::d24
