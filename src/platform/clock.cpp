@@ -2,6 +2,8 @@
 
 #include "platform/timer.h"
 
+#include <QCoreApplication>
+#include <QTimer>
 #include <ctime>
 #include <utility>
 
@@ -10,7 +12,8 @@ namespace tnv5::platform {
 namespace {
 
 constexpr qint64 kUnixEpochMs = 25'569 * kMsPerDay; // 1970-01-01 as days since 1899-12-30
-constexpr qint64 kMsPerQuarter = 900'000;           // time zones change their offset on a quarter hour
+constexpr int kWaitMs = 50;
+constexpr qint64 kMsPerQuarter = 900'000; // time zones change their offset on a quarter hour
 
 class TSystemClock final : public TClock
 {
@@ -25,6 +28,13 @@ public:
 
     void arm(TTimer& timer) override { timer.startSystemTicks(); }
     void disarm(TTimer& timer) override { timer.stopSystemTicks(); }
+
+    void waitForMessages() override
+    {
+        QTimer wakeUp;
+        wakeUp.start(kWaitMs);
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
 
 private:
     // localtime_r takes longer than everything else that happens for a card, so it is asked once a quarter

@@ -26,6 +26,10 @@ public:
     virtual void arm(TTimer& timer) = 0;
     virtual void disarm(TTimer& timer) = 0;
 
+    /// Lets the host's message loop run: sleeps in it until something happens, for 50 ms at most. For
+    /// operations that wait while the user interface stays alive.
+    virtual void waitForMessages() = 0;
+
     /// The clock in use.
     static TClock& current();
 

@@ -35,6 +35,7 @@ class TComPort : public TComponent
     Q_PROPERTY(int DataBits READ DataBits WRITE SetDataBits)
     Q_PROPERTY(tnv5::platform::TParity Parity READ Parity WRITE SetParity)
     Q_PROPERTY(tnv5::platform::TStopBits StopBits READ StopBits WRITE SetStopBits)
+    Q_PROPERTY(int ReadGap READ ReadGap WRITE SetReadGap)
     Q_PROPERTY(bool Connected READ Connected WRITE SetConnected)
 
 public:
@@ -54,6 +55,11 @@ public:
     void SetParity(TParity Value);
     TStopBits StopBits() const { return FStopBits; }
     void SetStopBits(TStopBits Value);
+
+    /// Quiet time in milliseconds after which a real port hands over what came; 0: at once. For equipment
+    /// whose answers are told apart by silence.
+    int ReadGap() const { return FReadGap; }
+    void SetReadGap(int Value) { FReadGap = Value; }
 
     virtual bool Connected() const = 0;
     void SetConnected(bool Value);
@@ -100,6 +106,7 @@ private:
     int FDataBits = 8;
     TParity FParity = TParity::None;
     TStopBits FStopBits = TStopBits::One;
+    int FReadGap = 0;
     qint64 FBytesRead = 0;
     QList<QPointer<TComDataPacket>> FPackets;
     std::deque<TRead> FReads;

@@ -90,7 +90,10 @@ QString osTextOf(int osError)
 
 } // namespace
 
-TSerialPort::TSerialPort(QObject* AOwner) : TComPort(AOwner) {}
+TSerialPort::TSerialPort(QObject* AOwner) : TComPort(AOwner)
+{
+    FQuiet.OnTimer = [this](TTimer*) { onQuiet(); };
+}
 
 TSerialPort::~TSerialPort()
 {
@@ -157,9 +160,27 @@ void TSerialPort::applySettings()
 void TSerialPort::onReadyRead()
 {
     const QByteArray bytes = FSerial->readAll();
-    if (!bytes.isEmpty()) {
-        handle([&] { deliver(bytes); });
+    if (bytes.isEmpty()) {
+        return;
     }
+    if (ReadGap() > 0) {
+        FWaiting += bytes;
+        FQuiet.SetEnabled(false);
+        FQuiet.SetInterval(ReadGap());
+        FQuiet.SetEnabled(FWaiting.size() < kMaxWaiting);
+        if (FQuiet.Enabled()) {
+            return;
+        }
+    } else {
+        FWaiting = bytes;
+    }
+    handle([this] { deliver(std::exchange(FWaiting, {})); });
+}
+
+void TSerialPort::onQuiet()
+{
+    FQuiet.SetEnabled(false);
+    deliver(std::exchange(FWaiting, {}));
 }
 
 void TSerialPort::onError()
@@ -196,6 +217,8 @@ void TSerialPort::dropPort()
     if (FSerial == nullptr) {
         return;
     }
+    FQuiet.SetEnabled(false);
+    FWaiting.clear();
     QSerialPort* serial = std::exchange(FSerial, nullptr);
     serial->disconnect(this);
     serial->close();

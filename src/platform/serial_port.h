@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/com_port.h"
+#include "platform/timer.h"
 
 class QSerialPort;
 
@@ -17,6 +18,8 @@ class TSerialPort final : public TComPort
 public:
     /// Bytes that may wait to be sent; a write that would exceed this raises.
     static constexpr qint64 kMaxUnsent = 65'536;
+    /// Bytes that may wait for the line to be quiet (`ReadGap`); then they are handed over at once.
+    static constexpr qsizetype kMaxWaiting = 65'536;
 
     explicit TSerialPort(QObject* AOwner = nullptr);
     ~TSerialPort() override;
@@ -31,12 +34,15 @@ protected:
 
 private:
     void onReadyRead();
+    void onQuiet();
     void onError();
     template <class Body>
     void handle(Body&& body);
     void dropPort();
 
     QSerialPort* FSerial = nullptr;
+    QByteArray FWaiting; // read, but the line has not been quiet long enough
+    TTimer FQuiet;
     bool FCalling = false;  // inside open or write, which report their failures by an exception
     bool FHandling = false; // inside a signal of the serial library
 };

@@ -8,6 +8,12 @@ namespace tnv5::testing {
 
 using platform::TTimer;
 
+namespace {
+
+constexpr qint64 kWaitMs = 10;
+
+} // namespace
+
 TManualClock::TManualClock(qint64 startMs) : FNow(startMs), FPrevious(install(this)) {}
 
 TManualClock::~TManualClock()
@@ -45,6 +51,15 @@ void TManualClock::advance(qint64 ms)
         timer->tick();
     }
     FNow = std::max(FNow, target);
+}
+
+void TManualClock::waitForMessages()
+{
+    if (const auto handler = OnWait) {
+        handler();
+    } else {
+        advance(kWaitMs);
+    }
 }
 
 void TManualClock::jumpTo(qint64 ms)

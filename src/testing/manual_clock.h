@@ -2,6 +2,7 @@
 
 #include "platform/clock.h"
 
+#include <functional>
 #include <set>
 #include <tuple>
 
@@ -32,6 +33,10 @@ public:
     qint64 nowMs() const override { return FNow; }
     void arm(platform::TTimer& timer) override;
     void disarm(platform::TTimer& timer) override;
+
+    /// What happens while an operation waits with the message loop running; 10 ms pass when it is not set.
+    std::function<void()> OnWait;
+    void waitForMessages() override;
 
     /// Lets time pass; may be called from inside a tick.
     void advance(qint64 ms);

@@ -1,0 +1,41 @@
+// ENQ CR asks; the answer runs from the last "B" to the last CR LF.
+
+#include "scales/families.h"
+
+namespace tnv5::scales {
+
+namespace {
+
+qsizetype findStart(TStep /*step*/, const QByteArray& buffer)
+{
+    return buffer.lastIndexOf('B') + 1;
+}
+
+qsizetype findStop(TStep /*step*/, const QByteArray& buffer)
+{
+    return buffer.lastIndexOf("\r\n") + 1;
+}
+
+TDecision decode(TStep /*step*/, const QByteArray& packet, int /*lastWeight*/)
+{
+    TDecision decision;
+    decision.ask = true;
+    decision.field = fieldUnlessBlank(digitsOf(bytesAsText(packet)));
+    return decision;
+}
+
+} // namespace
+
+TFamily familyDigi()
+{
+    TFamily family;
+    family.name = QStringLiteral("«DIGI» DS-788");
+    family.settings = TPortSettings{9600, platform::TParity::None};
+    family.request = "\x05\r";
+    family.findStart = findStart;
+    family.findStop = findStop;
+    family.decode = decode;
+    return family;
+}
+
+} // namespace tnv5::scales

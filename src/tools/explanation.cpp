@@ -1,0 +1,38 @@
+#include "tools/explanation.h"
+
+namespace tnv5::tools {
+
+namespace {
+
+constexpr int kVerdictWidth = 5;
+constexpr int kBytesWidth = 32;
+
+QString verdict(TChecksum checksum)
+{
+    switch (checksum) {
+    case TChecksum::Right:
+        return QStringLiteral("right");
+    case TChecksum::Wrong:
+        return QStringLiteral("WRONG");
+    case TChecksum::None:
+        break;
+    }
+    return QStringLiteral("-");
+}
+
+} // namespace
+
+TExplanation explain(TProtocol protocol, const QByteArray& piece)
+{
+    return protocol == TProtocol::Bus ? explainBus(piece) : explainTurnstile(piece);
+}
+
+QString explanationLine(const QByteArray& piece, const TExplanation& explanation)
+{
+    return QLatin1Char(directionMark(explanation.Direction)) +
+           (u' ' + verdict(explanation.Checksum).leftJustified(kVerdictWidth) + u' ' +
+            QString::fromLatin1(escaped(piece)).leftJustified(kBytesWidth) + QStringLiteral("  ") +
+            explanation.Meaning);
+}
+
+} // namespace tnv5::tools

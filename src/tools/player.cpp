@@ -1,0 +1,87 @@
+#include "tools/player.h"
+
+#include "platform/clock.h"
+
+#include <QPointer>
+#include <algorithm>
+
+namespace tnv5::tools {
+
+namespace {
+
+constexpr qint64 kUsPerMs = 1'000;
+
+bool isSaid(const TEntry& entry)
+{
+    return entry.Direction != TDirection::ToEquipment;
+}
+
+} // namespace
+
+TPlayer::TPlayer(QList<TEntry> entries, double speed) : FEntries(std::move(entries)), FSpeed(speed)
+{
+    FTimer.OnTimer = [this](platform::TTimer*) { play(); };
+}
+
+void TPlayer::start()
+{
+    FNext = 0;
+    FPlayedUs = 0;
+    FStartMs = platform::TClock::current().nowMs();
+    wait();
+}
+
+// Counted from the start, so that no waits add up to a drift. A long wait is taken in pieces.
+void TPlayer::wait()
+{
+    constexpr double kLongestMs = 3'600'000;
+    double ms = 1;
+    if (FSpeed > 0 && FNext < FEntries.size()) {
+        const double due = static_cast<double>((FPlayedUs + FEntries[FNext].WaitUs) / kUsPerMs) / FSpeed;
+        ms = due - static_cast<double>(platform::TClock::current().nowMs() - FStartMs);
+    }
+    FTimer.SetEnabled(false);
+    FTimer.SetInterval(static_cast<int>(std::clamp(ms, 1.0, kLongestMs)));
+    FTimer.SetEnabled(true);
+}
+
+void TPlayer::play()
+{
+    FTimer.SetEnabled(false);
+    if (FNext >= FEntries.size()) {
+        if (const auto handler = OnEnd) {
+            handler();
+        }
+        return;
+    }
+    const TEntry entry = FEntries[FNext];
+    const double due = static_cast<double>((FPlayedUs + entry.WaitUs) / kUsPerMs);
+    const double passed = static_cast<double>(platform::TClock::current().nowMs() - FStartMs);
+    const QPointer<TPlayer> self(this);
+    if (FSpeed <= 0 || passed * FSpeed >= due) {
+        ++FNext;
+        FPlayedUs += entry.WaitUs;
+        if (const auto handler = OnBytes; handler && isSaid(entry) && !entry.Bytes.isEmpty()) {
+            platform::guarded([&] { handler(entry.Bytes); });
+        }
+    }
+    if (self) {
+        wait();
+    }
+}
+
+void playAtOnce(const QList<TEntry>& entries, const std::function<void(qint64)>& advance,
+                const std::function<void(const QByteArray&)>& say)
+{
+    qint64 us = 0;
+    for (const TEntry& entry : entries) {
+        us += entry.WaitUs;
+        advance(us / kUsPerMs);
+        us %= kUsPerMs;
+        if (isSaid(entry) && !entry.Bytes.isEmpty()) {
+            say(entry.Bytes);
+        }
+    }
+}
+
+} // namespace tnv5::tools
