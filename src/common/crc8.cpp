@@ -11,9 +11,16 @@ QString Crc8Digits(QStringView line)
 
 QString HexByte(quint8 value)
 {
+    QString digits;
+    AppendHex(digits, value);
+    return digits;
+}
+
+void AppendHex(QString& text, quint8 value)
+{
     constexpr char16_t kHex[] = u"0123456789ABCDEF";
-    const QChar digits[] = {kHex[value >> 4], kHex[value & 0xF]};
-    return QString(digits, 2);
+    text.append(QChar(kHex[value >> 4]));
+    text.append(QChar(kHex[value & 0xF]));
 }
 
 } // namespace tnv5::common

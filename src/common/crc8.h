@@ -38,5 +38,7 @@ QString Crc8Digits(QStringView line);
 
 /// A byte as exactly two upper-case hexadecimal digits.
 QString HexByte(quint8 value);
+/// Appends a byte as exactly two upper-case hexadecimal digits.
+void AppendHex(QString& text, quint8 value);
 
 } // namespace tnv5::common

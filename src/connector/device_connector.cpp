@@ -3,7 +3,6 @@
 #include "common/convert.h"
 #include "common/crc8.h"
 #include "common/text.h"
-#include "connector/board_command.h"
 #include "connector/connector_texts.h"
 #include "platform/code_page.h"
 
@@ -37,7 +36,7 @@ QString withChecksum(const QString& line)
     return line + Crc8Digits(line);
 }
 
-// The width of "xGX" values: "N" has no display, "n020x4" is 20 characters wide.
+// "N" is no display; else the width stands in characters 2 to 4 before the first "x", as in "n020x4".
 int displayWidth(const QString& gx)
 {
     if (gx == u"N") {
@@ -166,7 +165,7 @@ QString TDeviceConnector::SendCommand(const QString& AMess)
         [this, text = AMess] {
             const TBoardCommand command = parseCommand(text);
             if (isDisplayCommand(command)) {
-                sendDisplay(text);
+                sendDisplay(command);
                 return QString();
             }
             const auto line = boardLine(command);
@@ -179,9 +178,8 @@ QString TDeviceConnector::SendCommand(const QString& AMess)
         QString());
 }
 
-void TDeviceConnector::sendDisplay(const QString& text)
+void TDeviceConnector::sendDisplay(const TBoardCommand& command)
 {
-    const TBoardCommand command = parseCommand(text);
     const QString ip = command.ip.toString();
     const DeviceInfo board = GetDeviceFromList(ip, command.address.toString());
     const QStringList lines = displayLines(command, board->DisplayLine);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "connector/board_command.h"
 #include "connector/board_table.h"
 #include "platform/com_data_packet.h"
 #include "platform/com_port.h"
@@ -34,7 +35,8 @@ Q_ENUM_NS(TConnectorType)
 /// The port is opened by the first write or the first read of `IsConnected`; it is never owned. Exceptions of
 /// handlers and of writes are not caught here: they leave the method that was called, or go from the event
 /// loop to the host's exception handler. `SendCommand`, `SendDirectCommand` and `GetConnected` are virtual,
-/// so that a host or a test can put its own link under the device components.
+/// so that a host or a test can put its own link under the device components; an override must not destroy
+/// the connector.
 class TDeviceConnector : public TComponent
 {
     Q_OBJECT
@@ -115,7 +117,7 @@ private:
     void handleHardware(const QString& ip, const QString& line, DeviceInfo board);
     void passOn(QStringView start, const QString& ip, QStringView rest);
     void passOnChecked(const QString& ip, const QString& rest);
-    void sendDisplay(const QString& command);
+    void sendDisplay(const TBoardCommand& command);
 
     TConnectorType FConnectorType = podEmpty;
     TLogEvent FErrorEvent;

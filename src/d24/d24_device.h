@@ -175,7 +175,8 @@ public:
                             const QString& Device, const QString& DeviceType, const QString& Cardnumber,
                             const QString& Status1, const QString& Status2);
 
-    /// Sends single-byte text to the monitor clients, or in client mode to the server.
+    /// Sends single-byte text to the monitor clients, or in client mode to the server. An override that runs
+    /// code of the host's must do so through `CallOut`.
     virtual void SendToMonitor(const QByteArray& AMess);
 
     /// Readiness of the mode in use; stand-alone: a connector is set and connected.

@@ -53,13 +53,16 @@ void TTurnStylerDeviceD24::p_hw_CallStackArray()
             std::optional<common::TBusyScope> busy;
             const int count = StackArray.size(); // what handlers add meanwhile waits for the next pass
             for (int index = 0; index < count; ++index) {
-                resend(StackArray.at(index)); // the first one before the pass counts as busy; intended
+                const PRFidInfo pass = StackArray.at(index);
+                if (!pass) {
+                    break;
+                }
+                resend(pass); // the first one before the pass counts as busy; intended
                 if (!busy) {
                     busy.emplace(*this, IDBusy);
                 }
-                const PRFidInfo pass = StackArray.at(index);
-                if (!pass) {
-                    break; // removed by a pass inside the resend
+                if (StackArray.at(index) != pass) {
+                    break; // a pass inside the resend has removed some
                 }
                 if (passOne(pass) == TVerdict::Remove) {
                     StackArray.remove(index);

@@ -1,6 +1,7 @@
 #include "d24/d24_tables.h"
 
 #include "common/messages.h"
+#include "d24/d24_texts.h"
 
 namespace tnv5::d24 {
 
@@ -45,7 +46,7 @@ int TLivenessTable::find(QStringView ip, QStringView device) const
 
 PDevicelist TLivenessTable::add(const QString& ip, const QString& device, const QString& deviceType)
 {
-    const PDevicelist entry = append(QStringLiteral("The table of controllers is full"));
+    const PDevicelist entry = append(kLivenessTableFull);
     *entry = {ip, device, deviceType, platform::Now()};
     return entry;
 }

@@ -9,6 +9,8 @@ namespace tnv5::d24 {
 // log; the asterisk, which the monitor text lacks, is intended
 inline const QString kReadFromPortLog = QStringLiteral("%Считано с порта*% ");
 
+inline const QString kLivenessTableFull = QStringLiteral("The table of controllers is full");
+
 // codes of errors
 inline constexpr QStringView kErrorCommand = u"[04] ";
 inline constexpr QStringView kErrorRefuse = u"[044] ";

@@ -120,7 +120,9 @@ void TSerialPort::doOpen()
         dropPort();
         throw EComPort(QStringLiteral("Cannot open port %1: %2").arg(Port(), text), osError);
     }
-    connect(FSerial, &QSerialPort::readyRead, this, &TSerialPort::onReadyRead);
+    // queued: the library does not report anew while a report is being handled, so that a line which arrives
+    // while a handler pumps messages would wait for the one after it
+    connect(FSerial, &QSerialPort::readyRead, this, &TSerialPort::onReadyRead, Qt::QueuedConnection);
     connect(FSerial, &QSerialPort::errorOccurred, this, &TSerialPort::onError);
 }
 
@@ -159,7 +161,7 @@ void TSerialPort::applySettings()
 
 void TSerialPort::onReadyRead()
 {
-    const QByteArray bytes = FSerial->readAll();
+    const QByteArray bytes = Connected() ? FSerial->readAll() : QByteArray();
     if (bytes.isEmpty()) {
         return;
     }
@@ -174,7 +176,7 @@ void TSerialPort::onReadyRead()
     } else {
         FWaiting = bytes;
     }
-    handle([this] { deliver(std::exchange(FWaiting, {})); });
+    guarded([this] { deliver(std::exchange(FWaiting, {})); });
 }
 
 void TSerialPort::onQuiet()
@@ -191,7 +193,9 @@ void TSerialPort::onError()
     }
     const QString text = FSerial->errorString();
     const int osError = osErrorOf(error);
-    handle([&] {
+    const QPointer<TSerialPort> self(this);
+    FReporting = true;
+    guarded([&] {
         if (kindOf(error) == TComExceptionKind::Resource) {
             dropPort(); // the device is gone; the handler sees a closed port
         } else {
@@ -199,16 +203,8 @@ void TSerialPort::onError()
         }
         fireException(kindOf(error), text, osError, osTextOf(osError));
     });
-}
-
-template <class Body>
-void TSerialPort::handle(Body&& body)
-{
-    const QPointer<TSerialPort> self(this);
-    const bool outer = std::exchange(FHandling, true);
-    guarded(std::forward<Body>(body));
     if (self) {
-        FHandling = outer;
+        FReporting = false;
     }
 }
 
@@ -222,8 +218,8 @@ void TSerialPort::dropPort()
     QSerialPort* serial = std::exchange(FSerial, nullptr);
     serial->disconnect(this);
     serial->close();
-    if (FHandling) { // it is the sender of the signal being handled: it must live until the event loop is
-                     // reached
+    if (FReporting) { // it is the sender of the signal being handled: it must live until the event loop is
+                      // reached
         serial->setParent(nullptr);
         serial->deleteLater();
     } else {

@@ -36,15 +36,13 @@ private:
     void onReadyRead();
     void onQuiet();
     void onError();
-    template <class Body>
-    void handle(Body&& body);
     void dropPort();
 
     QSerialPort* FSerial = nullptr;
     QByteArray FWaiting; // read, but the line has not been quiet long enough
     TTimer FQuiet;
-    bool FCalling = false;  // inside open or write, which report their failures by an exception
-    bool FHandling = false; // inside a signal of the serial library
+    bool FCalling = false;   // inside open or write, which report their failures by an exception
+    bool FReporting = false; // inside an error signal of the serial library
 };
 
 } // namespace tnv5::platform

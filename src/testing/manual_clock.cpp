@@ -27,7 +27,7 @@ TManualClock::~TManualClock()
 void TManualClock::arm(TTimer& timer)
 {
     disarm(timer);
-    FDue.emplace(FNow + timer.Interval(), timer.creation(), &timer);
+    insert({FNow + timer.Interval(), timer.creation(), &timer});
 }
 
 void TManualClock::disarm(TTimer& timer)
@@ -39,15 +39,19 @@ void TManualClock::disarm(TTimer& timer)
     }
 }
 
+void TManualClock::insert(const TDue& due)
+{
+    FDue.insert(std::lower_bound(FDue.begin(), FDue.end(), due, std::greater<>()), due);
+}
+
 void TManualClock::advance(qint64 ms)
 {
     const qint64 target = FNow + ms;
-    while (!FDue.empty() && std::get<qint64>(*FDue.begin()) <= target) {
-        const auto [when, creation, timer] = *FDue.begin();
-        FDue.erase(FDue.begin());
+    while (!FDue.empty() && std::get<qint64>(FDue.back()) <= target) {
+        const auto [when, creation, timer] = FDue.back();
+        FDue.pop_back();
         FNow = std::max(FNow, when);
-        FDue.emplace(when + timer->Interval(), creation,
-                     timer); // before the tick, which may re-arm or stop it
+        insert({when + timer->Interval(), creation, timer}); // before the tick, which may re-arm or stop it
         timer->tick();
     }
     FNow = std::max(FNow, target);
@@ -65,11 +69,9 @@ void TManualClock::waitForMessages()
 void TManualClock::jumpTo(qint64 ms)
 {
     const qint64 shift = ms - FNow;
-    std::set<TDue> shifted;
-    for (const auto& [when, creation, timer] : FDue) {
-        shifted.emplace(when + shift, creation, timer);
+    for (TDue& due : FDue) {
+        std::get<qint64>(due) += shift;
     }
-    FDue.swap(shifted);
     FNow = ms;
 }
 

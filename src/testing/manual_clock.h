@@ -3,8 +3,8 @@
 #include "platform/clock.h"
 
 #include <functional>
-#include <set>
 #include <tuple>
+#include <vector>
 
 namespace tnv5::testing {
 
@@ -46,8 +46,11 @@ public:
 private:
     using TDue = std::tuple<qint64, quint64, platform::TTimer*>; // when, order of creation, which
 
+    void insert(const TDue& due);
+
     qint64 FNow;
-    std::set<TDue> FDue;
+    std::vector<TDue>
+        FDue; // the next one last: few timers tick at a time, and most of what happens is at the end
     platform::TClock* FPrevious;
 };
 

@@ -10,6 +10,7 @@ namespace tnv5::tools {
 namespace {
 
 constexpr qint64 kUsPerMs = 1'000;
+constexpr int kLongestBurst = 100; // entries before the event loop gets its turn
 
 bool isSaid(const TEntry& entry)
 {
@@ -37,7 +38,8 @@ void TPlayer::wait()
     constexpr double kLongestMs = 3'600'000;
     double ms = 1;
     if (FSpeed > 0 && FNext < FEntries.size()) {
-        const double due = static_cast<double>((FPlayedUs + FEntries[FNext].WaitUs) / kUsPerMs) / FSpeed;
+        const double due =
+            static_cast<double>(FPlayedUs + FEntries[FNext].WaitUs) / double(kUsPerMs) / FSpeed;
         ms = due - static_cast<double>(platform::TClock::current().nowMs() - FStartMs);
     }
     FTimer.SetEnabled(false);
@@ -54,20 +56,30 @@ void TPlayer::play()
         }
         return;
     }
-    const TEntry entry = FEntries[FNext];
-    const double due = static_cast<double>((FPlayedUs + entry.WaitUs) / kUsPerMs);
-    const double passed = static_cast<double>(platform::TClock::current().nowMs() - FStartMs);
     const QPointer<TPlayer> self(this);
-    if (FSpeed <= 0 || passed * FSpeed >= due) {
-        ++FNext;
+    for (int burst = 0; self && burst < kLongestBurst && isDue(); ++burst) {
+        const TEntry entry = FEntries[FNext++];
         FPlayedUs += entry.WaitUs;
         if (const auto handler = OnBytes; handler && isSaid(entry) && !entry.Bytes.isEmpty()) {
             platform::guarded([&] { handler(entry.Bytes); });
+        }
+        if (self && FSpeed <= 0) {
+            break;
         }
     }
     if (self) {
         wait();
     }
+}
+
+bool TPlayer::isDue() const
+{
+    if (FNext >= FEntries.size()) {
+        return false;
+    }
+    const double due = static_cast<double>(FPlayedUs + FEntries[FNext].WaitUs) / double(kUsPerMs);
+    const double passed = static_cast<double>(platform::TClock::current().nowMs() - FStartMs);
+    return FSpeed <= 0 || passed * FSpeed >= due;
 }
 
 void playAtOnce(const QList<TEntry>& entries, const std::function<void(qint64)>& advance,

@@ -27,6 +27,7 @@ public:
 private:
     void wait();
     void play();
+    bool isDue() const;
 
     QList<TEntry> FEntries;
     double FSpeed;

@@ -12,6 +12,8 @@ using common::Copy;
 
 namespace {
 
+constexpr qsizetype kUsualLength = 7;
+
 unsigned digitAt(QStringView text, qsizetype index)
 {
     const QStringView digit = Copy(text, index, 1);
@@ -27,28 +29,24 @@ unsigned codeAt(QStringView text, qsizetype index)
     return character.isEmpty() ? 0U : platform::wireByte(character.front());
 }
 
-} // namespace
-
-QString openCommand(QStringView address, int relay, int relayDoor, int time)
+void appendNumber(QString& text, qint64 number)
 {
-    const bool turnstile = isTurnstileChannel(address);
-    return kEventStart + address.toString() + QString::number(turnstile ? relay : relayDoor) +
-           (turnstile ? u'0' : u'2') + QString::number(qint64{time} + 1);
+    if (number >= 0 && number <= 9) { // the usual case, without another string
+        text.append(QChar(u'0' + static_cast<char16_t>(number)));
+    } else {
+        text.append(QString::number(number));
+    }
 }
 
-QString refuseCommand(QStringView address, int relay)
+QString beginCommand(QStringView address)
 {
-    return kEventStart + address.toString() + QString::number(relay) + QStringLiteral("00");
+    QString command;
+    command.reserve(kUsualLength);
+    command.append(QChar(kEventStart)).append(address);
+    return command;
 }
 
-QString relayCommand(QStringView address, QStringView relay, bool on)
-{
-    const bool door = on && !isTurnstileChannel(address);
-    return kEventStart + address.toString() + relay.toString() +
-           (door ? QStringLiteral("20") : QStringLiteral("00"));
-}
-
-QString checksum(QStringView command)
+quint8 checksumValue(QStringView command)
 {
     unsigned value = codeAt(command, 1);
     value ^= digitAt(command, 2) * 10 + digitAt(command, 3);
@@ -56,7 +54,46 @@ QString checksum(QStringView command)
     for (const qsizetype index : {5, 6, 7}) {
         value ^= digitAt(command, index);
     }
-    return common::HexByte(static_cast<quint8>(value)); // every term above is at most 255
+    return static_cast<quint8>(value); // every term is at most 255
+}
+
+} // namespace
+
+QString openCommand(QStringView address, int relay, int relayDoor, int time)
+{
+    const bool turnstile = isTurnstileChannel(address);
+    QString command = beginCommand(address);
+    appendNumber(command, turnstile ? relay : relayDoor);
+    command.append(turnstile ? QChar(u'0') : QChar(u'2'));
+    appendNumber(command, qint64{time} + 1);
+    return command;
+}
+
+QString refuseCommand(QStringView address, int relay)
+{
+    QString command = beginCommand(address);
+    appendNumber(command, relay);
+    return command.append(QStringView(u"00"));
+}
+
+QString relayCommand(QStringView address, QStringView relay, bool on)
+{
+    const bool door = on && !isTurnstileChannel(address);
+    return beginCommand(address).append(relay).append(QStringView(door ? u"20" : u"00"));
+}
+
+QString checksum(QStringView command)
+{
+    return common::HexByte(checksumValue(command));
+}
+
+QByteArray commandLine(QStringView command)
+{
+    QString line;
+    line.reserve(command.size() + 3);
+    line.append(command);
+    common::AppendHex(line, checksumValue(command));
+    return platform::toWire(line.append(QChar(u'\r')));
 }
 
 } // namespace tnv5::turnstile

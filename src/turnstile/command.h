@@ -28,4 +28,7 @@ QString relayCommand(QStringView address, QStringView relay, bool on);
 /// @throws platform::EConvertError when a character that must be a digit is none.
 QString checksum(QStringView command);
 
+/// A command as it goes on the wire, with checksum and carriage return. @throws what checksum throws.
+QByteArray commandLine(QStringView command);
+
 } // namespace tnv5::turnstile

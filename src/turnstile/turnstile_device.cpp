@@ -16,6 +16,8 @@ namespace {
 
 constexpr int kStackIntervalMs = 100;
 
+const QString kRead = kCardRead.toString();
+
 std::unique_ptr<TComDataPacket> makePacket(const char* start)
 {
     auto packet = std::make_unique<TComDataPacket>();
@@ -100,7 +102,7 @@ void TTurnStylerDevice::handleEvent(const QString& AMess)
     }
     if (line.command == kCardRead) {
         const QString card = line.data.toString();
-        const QString status = p_hw_CheckStatus(address, card, kCardRead.toString());
+        const QString status = checkStatus(address, card, kRead);
         report(common::kCome, address, card, status, status);
     } else if (const PRFidInfo pass = findPass(address)) {
         if (line.command == kPassage) {
@@ -166,7 +168,7 @@ void TTurnStylerDevice::handleButton(const QString& address)
 {
     const PRFidInfo pass = findPass(address);
     if (!pass) {
-        p_hw_CheckStatus(address, common::kCardButton, kCardRead.toString());
+        checkStatus(address, common::kCardButton, kRead);
     } else if (pass->Status == common::kNew) {
         sendComCommand(pass, 1);
         pass->Status = common::kOpen;
@@ -175,8 +177,8 @@ void TTurnStylerDevice::handleButton(const QString& address)
 
 void TTurnStylerDevice::addDevice(const QString& address)
 {
-    if (!FDeviceList.contains(address) && FDeviceList.size() < kMaxDevices) {
-        FDeviceList.append(address);
+    if (!FDeviceList.contains(address) && FDeviceList.list().size() < kMaxDevices) {
+        FDeviceList.add(address);
     }
 }
 
@@ -201,19 +203,22 @@ int TTurnStylerDevice::p_hw_FindDeviceByRelay(const QString& Device, const QStri
 QString TTurnStylerDevice::p_hw_CheckStatus(const QString& Device, const QString& Cardnumber,
                                             const QString& Status)
 {
-    return Operation(
-        [this, device = Device, card = Cardnumber, status = Status] {
-            QString result = common::kNew;
-            if (const PRFidInfo pass = findPass(device)) {
-                result = pass->Status;
-            } else {
-                const PRFidInfo added = StackArray.add(device, card);
-                Fire(FGetImg, device, added->Img);
-            }
-            report(common::kCheck, device, card, status, result);
-            return result;
-        },
-        QString());
+    return Operation([this, device = Device, card = Cardnumber,
+                      status = Status] { return checkStatus(device, card, status); },
+                     QString());
+}
+
+QString TTurnStylerDevice::checkStatus(const QString& device, const QString& card, const QString& status)
+{
+    QString result = common::kNew;
+    if (const PRFidInfo pass = findPass(device)) {
+        result = pass->Status;
+    } else {
+        const PRFidInfo added = StackArray.add(device, card);
+        Fire(FGetImg, device, added->Img);
+    }
+    report(common::kCheck, device, card, status, result);
+    return result;
 }
 
 bool TTurnStylerDevice::CheckCRC(const QString& AMess) const
@@ -226,14 +231,16 @@ void TTurnStylerDevice::ShowinternalStatus(TComponent* Sender, const QString& AN
                                            const QString& Cardnumber, const QString& Status1,
                                            const QString& Status2)
 {
-    Operation([&] {
-        const auto handler = FCheckStatus;
-        if (!handler) {
-            return;
-        }
-        Attempt([&] { handler(Sender, AName, Device, Cardnumber, Status1, Status2); },
+    Operation([&] { showStatus(Sender, AName, Device, Cardnumber, Status1, Status2); });
+}
+
+void TTurnStylerDevice::showStatus(TComponent* sender, const QVariant& name, const QVariant& device,
+                                   const QVariant& card, const QVariant& status1, const QVariant& status2)
+{
+    if (const auto handler = FCheckStatus) {
+        Attempt([&] { handler(sender, name, device, card, status1, status2); },
                 [&](const QString& message) { reportError(kErrorStatusReport, message); });
-    });
+    }
 }
 
 void TTurnStylerDevice::ServerEcho(const QString& AMess)
@@ -259,10 +266,11 @@ void TTurnStylerDevice::report(const QString& name, const QString& device, const
         return;
     }
     // copies: the handler may change the record that the arguments stand in, the echo carries the same values
-    const QString values[] = {device, card, status1, status2};
-    ShowinternalStatus(this, name, values[0], values[1], values[2], values[3]);
+    const QVariant values[] = {device, card, status1, status2};
+    showStatus(this, name, values[0], values[1], values[2], values[3]);
     if (FRemoutDevice == podServer) {
-        ServerEcho(common::StatusMessage({name, values[0], values[1], values[2], values[3]}));
+        ServerEcho(common::StatusMessage(
+            {name, values[0].toString(), values[1].toString(), values[2].toString(), values[3].toString()}));
     }
 }
 

@@ -3,6 +3,7 @@
 #include "platform/com_data_packet.h"
 #include "platform/com_port.h"
 #include "platform/timer.h"
+#include "turnstile/address_list.h"
 #include "turnstile/pass_table.h"
 #include "turnstile/turnstile_types.h"
 
@@ -29,7 +30,8 @@ namespace tnv5::turnstile {
 ///
 /// Handlers may pump messages, feed lines, replace handlers or destroy the component. Exceptions of
 /// `OnCheckStatus` and `OnCheckSQL` handlers are reported through `OnError` ("[07] ", "[05] "); those of the
-/// other handlers end the operation under way and go to the host's exception handler.
+/// other handlers end the operation under way and go to the host's exception handler, or to the caller of a
+/// method that the host called itself.
 class TTurnStylerDevice : public TComponent
 {
     Q_OBJECT
@@ -60,8 +62,8 @@ public:
 
     /// Addresses of the controllers known on the line. Controllers that report "HardReset", "Wait-Card" or a
     /// relay add themselves; nothing removes them. Compared exactly, case included.
-    const QStringList& DeviceList() const { return FDeviceList; }
-    void SetDeviceList(const QStringList& Value) { FDeviceList = Value; }
+    const QStringList& DeviceList() const { return FDeviceList.list(); }
+    void SetDeviceList(const QStringList& Value) { FDeviceList.assign(Value); }
 
     /// The port; not owned. Its settings and its opening are the host's.
     platform::TComPort* ComPort() const { return FComport; }
@@ -175,6 +177,7 @@ private:
     void handleButton(const QString& address);
     void addDevice(const QString& address);
     PRFidInfo findPass(const QString& address) const { return StackArray.at(StackArray.find(address)); }
+    QString checkStatus(const QString& device, const QString& card, const QString& status);
     void startStack();
 
     // the pass over the table
@@ -194,6 +197,8 @@ private:
     // commands and reports
     void sendComCommand(const PRFidInfo& pass, int yesnot);
     void sendCommand(const QString& command, QStringView writeErrorCode);
+    void showStatus(TComponent* sender, const QVariant& name, const QVariant& device, const QVariant& card,
+                    const QVariant& status1, const QVariant& status2);
     void report(const QString& name, const QString& device, const QString& card, const QString& status1,
                 const QString& status2);
     void reportError(QStringView code, const QString& text);
@@ -206,7 +211,7 @@ private:
     TPassTable StackArray;
     bool IDBusy = false;
 
-    QStringList FDeviceList;
+    TAddressList FDeviceList;
     QPointer<platform::TComPort> FComport;
     int FRelayOpen = 1;
     int FRelayClose = 0;

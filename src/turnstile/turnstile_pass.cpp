@@ -4,7 +4,6 @@
 #include "common/elapsed.h"
 #include "common/messages.h"
 #include "common/variants.h"
-#include "platform/code_page.h"
 #include "turnstile/command.h"
 #include "turnstile/line.h"
 #include "turnstile/turnstile_device.h"
@@ -233,7 +232,7 @@ void TTurnStylerDevice::sendCommand(const QString& command, QStringView writeErr
         reportEchoedError(kErrorCommand, common::kPortNotOpen);
         return;
     }
-    Attempt([&] { FComport->Write(platform::toWire(command + checksum(command)) + '\r'); },
+    Attempt([&] { FComport->Write(commandLine(command)); },
             [&](const QString& message) { reportEchoedError(writeErrorCode, message); });
     log(common::kSentToPort, command); // also after a failed write; intended
 }

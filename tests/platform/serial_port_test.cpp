@@ -172,6 +172,36 @@ TEST_F(SerialPortTest, ALineThatIsNotReadDoesNotGrowMemory)
     EXPECT_TRUE(port.Connected());
 }
 
+TEST_F(SerialPortTest, ALineThatArrivesWhileAHandlerPumpsIsNotHeldBack)
+{
+    packet.OnPacket = [this](TComDataPacket*, const QByteArray& body) {
+        packets << body;
+        if (body == "one") {
+            send("$two\r");
+            EXPECT_TRUE(waitFor([&] { return packets.contains("two"); })) << "inside the pump";
+        }
+    };
+    port.Open();
+    send("$one\r");
+    EXPECT_TRUE(waitFor([&] { return packets.size() == 2; }));
+}
+
+TEST_F(SerialPortTest, AReadGapGathersWhatComesInOneBurst)
+{
+    packet.OnCustomStart = [](TComDataPacket*, const QByteArray&, qsizetype& pos) { pos = 1; };
+    packet.OnCustomStop = [](TComDataPacket*, const QByteArray& buffer, qsizetype& pos) {
+        pos = buffer.size();
+    };
+    port.SetReadGap(50);
+    port.Open();
+    for (const char* piece : {"ab", "cd", "ef"}) {
+        send(piece);
+        QCoreApplication::processEvents();
+    }
+    EXPECT_TRUE(waitFor([&] { return !packets.isEmpty(); }));
+    EXPECT_EQ(packets, QByteArrayList({"abcdef"}));
+}
+
 TEST_F(SerialPortTest, AHandlerMayCloseOrDestroyThePort)
 {
     auto* doomed = new TSerialPort;

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <functional>
+
+namespace CLI {
+class App;
+}
+
+namespace tnv5::cli {
+
+/// What the person asked for; gives the exit code. Runs when the application object is there.
+using TCommand = std::function<int()>;
+
+// Exit codes of all commands.
+constexpr int kDone = 0;
+constexpr int kFailed = 1;
+constexpr int kInterrupted = 130;
+
+// Each adds one command to the command line; when it is the one asked for, it puts itself into `chosen`.
+void addPortsCommand(CLI::App& app, TCommand& chosen);
+void addRunCommand(CLI::App& app, TCommand& chosen);
+void addDemoCommand(CLI::App& app, TCommand& chosen);
+void addWatchCommand(CLI::App& app, TCommand& chosen);
+void addReplayCommand(CLI::App& app, TCommand& chosen);
+
+} // namespace tnv5::cli

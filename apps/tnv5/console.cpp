@@ -1,0 +1,99 @@
+#include "apps/tnv5/console.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <poll.h>
+#include <unistd.h>
+
+namespace tnv5::cli {
+
+namespace {
+
+constexpr char kClearLine[] = "\r\033[K";
+
+QString& progress()
+{
+    static QString text;
+    return text;
+}
+
+void write(std::FILE* file, const QString& text)
+{
+    std::fputs(qUtf8Printable(text), file);
+    std::fflush(file);
+}
+
+void writeLine(std::FILE* file, const QString& line)
+{
+    if (progress().isEmpty()) {
+        write(file, line + u'\n');
+        return;
+    }
+    write(stdout, QString::fromLatin1(kClearLine));
+    write(file, line + u'\n');
+    write(stdout, progress());
+}
+
+bool takesMore(std::FILE* file)
+{
+    pollfd state = {fileno(file), POLLOUT, 0};
+    return poll(&state, 1, 0) == 1 && (state.revents & POLLOUT) != 0;
+}
+
+void writeLineNow(std::FILE* file, const QString& line)
+{
+    static qint64 leftOut = 0;
+    if (!takesMore(file) || !takesMore(stdout)) { // the progress goes to standard output
+        ++leftOut;
+        return;
+    }
+    if (leftOut > 0) {
+        writeLine(file, QStringLiteral("(%1 lines were left out: nobody took them)").arg(leftOut));
+        leftOut = 0;
+    }
+    writeLine(file, line);
+}
+
+} // namespace
+
+void print(const QString& line)
+{
+    writeLine(stdout, line);
+}
+
+void complain(const QString& line)
+{
+    writeLine(stderr, line);
+}
+
+void printNow(const QString& line)
+{
+    writeLineNow(stdout, line);
+}
+
+void complainNow(const QString& line)
+{
+    writeLineNow(stderr, line);
+}
+
+bool onTerminal()
+{
+    return isatty(STDOUT_FILENO) == 1;
+}
+
+void showProgress(const QString& text)
+{
+    if (text != progress()) {
+        progress() = text;
+        write(stdout, QString::fromLatin1(kClearLine) + text);
+    }
+}
+
+QString progressBar(double fraction)
+{
+    constexpr int kWidth = 20;
+    const int done = std::clamp(static_cast<int>(fraction * kWidth), 0, kWidth);
+    return u'[' + QString(done, u'#') + QString(kWidth - done, u'-') + u']';
+}
+
+} // namespace tnv5::cli

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+
+namespace tnv5::cli {
+
+/// Writes one line to standard output at once.
+void print(const QString& line);
+/// Writes one line to standard error.
+void complain(const QString& line);
+
+/// The same without ever waiting, for what is written while gates are at work: a terminal that somebody has
+/// stopped must not stop the gates. What nobody takes is left out, and how much is told later.
+void printNow(const QString& line);
+void complainNow(const QString& line);
+
+/// Whether a person looks at standard output.
+bool onTerminal();
+
+/// Shows how far something is in the last line of a terminal; the lines of `print` go above it. An empty text
+/// takes it away.
+void showProgress(const QString& text);
+
+/// A bar for `showProgress`, such as "[######--------------]".
+QString progressBar(double fraction);
+
+} // namespace tnv5::cli

@@ -1,0 +1,128 @@
+#include "apps/tnv5/demo_club.h"
+
+#include "common/messages.h"
+
+namespace tnv5::cli {
+
+using host::TDirection;
+using host::TEnding;
+using host::TRefusal;
+using sim::TBehaviour;
+
+namespace {
+
+const QString kHall = QStringLiteral("hall");
+const QString kPool = QStringLiteral("pool");
+const QString kStaff = QStringLiteral("staff");
+
+const QString kMain = QStringLiteral("01A");
+const QString kExit = QStringLiteral("02A");
+const QString kPoolGate = QStringLiteral("03A");
+const QString kStaffDoor = QStringLiteral("04D");
+const QString kSide = QStringLiteral("06A");
+
+struct TPerson
+{
+    QString name;
+    QString card;
+    QStringList zones;
+    int fromDay = -30; // of the membership, from today
+    int toDay = 300;
+    bool suspended = false;
+    bool inside = false;
+};
+
+const TPerson kAnna = {QStringLiteral("Anna Berg"), QStringLiteral("10000001"), {kHall}};
+const TPerson kBoris = {QStringLiteral("Boris Klein"), QStringLiteral("10000002"), {kHall, kPool}};
+const TPerson kClara = {QStringLiteral("Clara Weiss"), QStringLiteral("10000003"), {kHall}, -400, -1};
+const TPerson kDavid = {QStringLiteral("David Novak"), QStringLiteral("10000004"), {kHall}, 2, 300};
+const TPerson kEmma = {QStringLiteral("Emma Fischer"), QStringLiteral("10000005"), {kHall}, -30, 300, true};
+const TPerson kFelix = {QStringLiteral("Felix Braun"), QStringLiteral("10000006"), {kHall}};
+const TPerson kGreta = {QStringLiteral("Greta Lang"), QStringLiteral("10000007"), {kHall, kStaff}};
+const TPerson kHugo = {
+    QStringLiteral("Hugo Stern"), QStringLiteral("10000008"), {kHall}, -30, 300, false, true};
+const TPerson kIda = {QStringLiteral("Ida Wolf"), QStringLiteral("10000009"), {kPool}};
+const TPerson kJonas = {QStringLiteral("Jonas Kraft"), QStringLiteral("10000010"), {kHall}};
+const QString kStrangersCard = QStringLiteral("99999999");
+
+TStep passes(const QString& gate, const QString& card)
+{
+    return {gate, card, TBehaviour::PassesThrough, TRefusal::None, TEnding::Passed};
+}
+
+TStep passes(const QString& gate, const TPerson& person)
+{
+    return passes(gate, person.card);
+}
+
+TStep hesitates(const QString& gate, const TPerson& person)
+{
+    return {gate, person.card, TBehaviour::GivesUp, TRefusal::None, TEnding::TimedOut};
+}
+
+TStep refused(const QString& gate, const QString& card, TRefusal why)
+{
+    return {gate, card, TBehaviour::PassesThrough, why, TEnding::None};
+}
+
+TStep refused(const QString& gate, const TPerson& person, TRefusal why)
+{
+    return refused(gate, person.card, why);
+}
+
+TStep walksOffUnnoticed(const TPerson& person)
+{
+    return {kSilentGate, person.card, TBehaviour::WalksAway, TRefusal::None, TEnding::Unanswered};
+}
+
+TStep pressesButton()
+{
+    return passes(kStaffDoor, common::kCardButton);
+}
+
+} // namespace
+
+const QString kSilentGate = QStringLiteral("05A");
+
+void fillClub(host::TDatabase& club, QDate today)
+{
+    club.setGate({kMain, kHall, TDirection::In});
+    club.setGate({kExit, kHall, TDirection::Out});
+    club.setGate({kPoolGate, kPool, TDirection::In});
+    club.setGate({kStaffDoor, kStaff, TDirection::Inner});
+    club.setGate({kSilentGate, kHall, TDirection::In});
+    club.setGate({kSide, kHall, TDirection::In});
+    for (const TPerson& person :
+         {kAnna, kBoris, kClara, kDavid, kEmma, kFelix, kGreta, kHugo, kIda, kJonas}) {
+        const qint64 id = club.addMember(person.name);
+        club.addCard(person.card, id);
+        club.addMembership(id, {today.addDays(person.fromDay), today.addDays(person.toDay), person.zones});
+        club.setSuspended(id, person.suspended);
+        club.setInside(id, person.inside);
+    }
+}
+
+QStringList demoGates()
+{
+    return {kMain, kExit, kPoolGate, kStaffDoor, kSilentGate, kSide};
+}
+
+QList<TVisitor> demoVisitors()
+{
+    const auto insideAlready = TRefusal::AlreadyInside;
+    return {
+        {kAnna.name, {passes(kMain, kAnna), refused(kSide, kAnna, insideAlready), passes(kExit, kAnna)}},
+        {kBoris.name, {hesitates(kSide, kBoris), passes(kSide, kBoris), passes(kExit, kBoris)}},
+        {kClara.name, {refused(kMain, kClara, TRefusal::Expired)}},
+        {kDavid.name, {refused(kSide, kDavid, TRefusal::NotYetValid)}},
+        {kEmma.name, {refused(kMain, kEmma, TRefusal::Suspended)}},
+        {kFelix.name, {refused(kPoolGate, kFelix, TRefusal::WrongZone)}},
+        {kGreta.name, {passes(kStaffDoor, kGreta), pressesButton()}},
+        {kHugo.name, {refused(kMain, kHugo, insideAlready), passes(kExit, kHugo), passes(kMain, kHugo)}},
+        {kIda.name, {passes(kPoolGate, kIda), passes(kExit, kIda)}},
+        {kJonas.name, {walksOffUnnoticed(kJonas), passes(kMain, kJonas), passes(kExit, kJonas)}},
+        {QStringLiteral("a stranger"), {refused(kSide, kStrangersCard, TRefusal::UnknownCard)}},
+    };
+}
+
+} // namespace tnv5::cli

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "host/database.h"
+#include "sim/classic_line.h"
+
+namespace tnv5::cli {
+
+/// One card held to one reader (or one press of an exit button, with its pseudo card), and what must come of
+/// it. Written down by hand, not worked out: the demo compares it with what the gates really do.
+struct TStep
+{
+    QString gate;
+    QString card;
+    sim::TBehaviour behaviour;
+    host::TRefusal refusal; ///< none: the gate opens
+    host::TEnding ending;
+};
+
+/// Somebody who does these steps one after the other, again and again.
+struct TVisitor
+{
+    QString name;
+    QList<TStep> steps;
+};
+
+/// Address of the controller that answers nothing.
+extern const QString kSilentGate;
+
+/// Enters the demo's small club into an empty database.
+void fillClub(host::TDatabase& club, QDate today);
+
+QStringList demoGates();
+QList<TVisitor> demoVisitors();
+
+} // namespace tnv5::cli

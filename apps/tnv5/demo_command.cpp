@@ -1,0 +1,294 @@
+#include "apps/tnv5/commands.h"
+#include "apps/tnv5/console.h"
+#include "apps/tnv5/demo_report.h"
+#include "apps/tnv5/stop_signal.h"
+#include "host/club_host.h"
+#include "host/port_keeper.h"
+#include "platform/serial_port.h"
+#include "sim/line_faults.h"
+#include "sim/pty.h"
+
+#include <CLI/CLI.hpp>
+#include <QCoreApplication>
+#include <QFile>
+#include <QTemporaryDir>
+
+namespace tnv5::cli {
+
+namespace {
+
+struct TDemoOptions
+{
+    int seconds = 20;
+    std::string database;
+    bool plain = false;
+};
+
+/// The demo: simulated gates and visitors on one end of a pseudo-terminal, the club's host on the other.
+class TDemo
+{
+public:
+    TDemo(host::TDatabase& club, const TDemoOptions& options);
+
+    /// @return exit code
+    int run();
+
+private:
+    void prepareGates();
+    void prepareHost();
+    void look();
+    void spoilCable(bool spoiled);
+    void unplugWhenQuiet();
+    void plugAgain();
+    int conclude();
+    double fraction() const;
+
+    const TDemoOptions FOptions;
+    host::TDatabase& FClub;
+    qint64 FFirstPass; // what the journal held before
+
+    sim::TPty FPty;
+    sim::TLineFaults FCable;
+    sim::TClassicLine FGates;
+
+    platform::TSerialPort FPort;
+    turnstile::TTurnStylerDevice FLine;
+    host::TClubHost FHost;
+    host::TPortKeeper FKeeper;
+
+    TDemoStreet FStreet;
+    TStopSignal FStop;
+    platform::TTimer FTimer;
+    QElapsedTimer FWatch;
+    qint64 FUnpluggedAtMs = -1;
+    enum class TPhase {
+        Calm,
+        BadCable,
+        CalmAgain,
+        Unplugging,
+        Unplugged,
+        Reopening,
+        Last,
+        Closing
+    } FPhase = {};
+    bool FOverdue = false;
+};
+
+constexpr int kLookMs = 50;
+constexpr int kAwayMs = 700;            // that long is the cable out
+constexpr int kClosingLimitMs = 20'000; // for the visitors who are still under way
+
+// Parts of the time at which things happen.
+constexpr double kCableGoesBad = 0.3;
+constexpr double kCableIsGood = 0.55;
+constexpr double kCableComesOut = 0.6;
+
+void announce(const QString& text)
+{
+    print(QStringLiteral("--- ") + text);
+}
+
+TDemo::TDemo(host::TDatabase& club, const TDemoOptions& options)
+    : FOptions(options),
+      FClub(club),
+      FFirstPass(FClub.lastPass()),
+      FPty(QStringLiteral("gates")),
+      FCable(FPty),
+      FGates(FCable),
+      FHost(FLine, FClub),
+      FKeeper(FPort),
+      FStreet(FGates, [this](const QString& gate) { return FLine.p_hw_FindDevice(gate) < 0; }),
+      FStop([] { QCoreApplication::quit(); })
+{
+    prepareGates();
+    prepareHost();
+    FTimer.SetInterval(kLookMs);
+    FTimer.OnTimer = [this](platform::TTimer*) { look(); };
+}
+
+void TDemo::prepareGates()
+{
+    for (const QString& gate : demoGates()) {
+        FGates.addController(gate);
+    }
+    FGates.setFaults(kSilentGate, {.Silent = true});
+    FGates.Delays.ProgressMs = 250;
+    FGates.Delays.PassageMs = 200;
+    FGates.Delays.GiveUpMs = 600;
+}
+
+void TDemo::prepareHost()
+{
+    FPort.SetPort(FPty.path());
+    FLine.SetComport(&FPort);
+    FLine.SetTimeDelayOpen(0); // a gate that nobody uses closes after one second
+    FHost.OnPass = [](const host::TPass& pass) { print(host::logLine(pass)); };
+    FHost.OnTrouble = [](const QString& text) { announce(text); };
+    FKeeper.OnOpened = [this] {
+        announce(FKeeper.openings() == 1 ? QStringLiteral("%1 is open").arg(FPort.Port())
+                                         : QStringLiteral("the port is back and open again"));
+    };
+    FKeeper.OnLost = [](const QString& why) { announce(QStringLiteral("the port went away: ") + why); };
+}
+
+int TDemo::run()
+{
+    announce(QStringLiteral("simulated gates on a pseudo-terminal, a real serial port, a real database"));
+    if (!FKeeper.start()) {
+        throw platform::Exception(QStringLiteral("The simulated line cannot be opened"));
+    }
+    for (const TVisitor& visitor : demoVisitors()) {
+        FStreet.invite(visitor);
+    }
+    FWatch.start();
+    FTimer.SetEnabled(true);
+    QCoreApplication::exec();
+    FTimer.SetEnabled(false);
+    showProgress({});
+    FKeeper.stop();
+    FHost.close();
+    return FStop.received() ? kInterrupted : conclude();
+}
+
+double TDemo::fraction() const
+{
+    return static_cast<double>(FWatch.elapsed()) / (FOptions.seconds * 1000.0);
+}
+
+void TDemo::look()
+{
+    if (onTerminal() && !FOptions.plain) {
+        showProgress(QStringLiteral("%1 %2 of %3 s, %4 visits")
+                         .arg(progressBar(fraction()))
+                         .arg(std::min<qint64>(FWatch.elapsed() / 1000, FOptions.seconds))
+                         .arg(FOptions.seconds)
+                         .arg(FStreet.visits().size()));
+    }
+    switch (FPhase) {
+    case TPhase::Calm:
+        if (fraction() > kCableGoesBad) {
+            spoilCable(true);
+            FPhase = TPhase::BadCable;
+        }
+        break;
+    case TPhase::BadCable:
+        if (fraction() > kCableIsGood) {
+            spoilCable(false);
+            FPhase = TPhase::CalmAgain;
+        }
+        break;
+    case TPhase::CalmAgain:
+        if (fraction() > kCableComesOut) {
+            FStreet.pause();
+            FPhase = TPhase::Unplugging;
+        }
+        break;
+    case TPhase::Unplugging:
+        unplugWhenQuiet();
+        break;
+    case TPhase::Unplugged:
+    case TPhase::Reopening:
+        plugAgain();
+        break;
+    case TPhase::Last:
+        if (fraction() > 1) {
+            announce(QStringLiteral("closing time: those who are on their way finish"));
+            FStreet.close();
+            FPhase = TPhase::Closing;
+        }
+        break;
+    case TPhase::Closing:
+        FOverdue = FWatch.elapsed() > FOptions.seconds * 1000LL + kClosingLimitMs;
+        if (FStreet.empty() || FOverdue) {
+            QCoreApplication::quit();
+        }
+        break;
+    }
+}
+
+void TDemo::spoilCable(bool spoiled)
+{
+    announce(spoiled ? QStringLiteral("a bad cable: noise on the line, and lines cut into pieces")
+                     : QStringLiteral("the cable is good again: %1 lines had noise, %2 were cut")
+                           .arg(FCable.noisyLines())
+                           .arg(FCable.cutLines()));
+    FCable.NoisePercent = spoiled ? 40 : 0;
+    FCable.CutPercent = spoiled ? 40 : 0;
+    FStreet.Measuring = !spoiled;
+}
+
+void TDemo::unplugWhenQuiet()
+{
+    if (FStreet.quiet()) {
+        announce(QStringLiteral("the adapter is pulled out"));
+        FPty.unplug();
+        FUnpluggedAtMs = FWatch.elapsed();
+        FPhase = TPhase::Unplugged;
+    }
+}
+
+void TDemo::plugAgain()
+{
+    if (FPhase == TPhase::Unplugged && FWatch.elapsed() - FUnpluggedAtMs > kAwayMs) {
+        announce(QStringLiteral("the adapter is plugged in again"));
+        FPty.plug();
+        FPhase = TPhase::Reopening;
+    } else if (FPhase == TPhase::Reopening && FKeeper.openings() > 1 && FPty.opened()) {
+        FStreet.resume();
+        FPhase = TPhase::Last;
+    }
+}
+
+int TDemo::conclude()
+{
+    const QList<TVisit>& visits = FStreet.visits();
+    for (const QString& line : closingTable(visits)) {
+        print(line);
+    }
+    QStringList wrong = compare(visits, FClub.passesAfter(FFirstPass, std::numeric_limits<int>::max()));
+    if (FOverdue) {
+        wrong << QStringLiteral("not everybody has come through in time");
+    }
+    for (const QString& line : wrong) {
+        complain(QStringLiteral("WRONG: ") + line);
+    }
+    if (!wrong.isEmpty()) {
+        return kFailed;
+    }
+    print(QStringLiteral("Every card got what the club's books say, and the journal holds all of it."));
+    return kDone;
+}
+
+int runDemo(const TDemoOptions& options)
+{
+    const QTemporaryDir directory;
+    QString file = QString::fromStdString(options.database);
+    if (file.isEmpty()) {
+        file = directory.filePath(QStringLiteral("club.sqlite"));
+    } else if (QFile::exists(file)) {
+        throw platform::Exception(
+            QStringLiteral("%1 is there already; the demo needs a database of its own").arg(file));
+    }
+    host::TDatabase club(file);
+    fillClub(club, host::dayOf(platform::Now()));
+    return TDemo(club, options).run();
+}
+
+} // namespace
+
+void addDemoCommand(CLI::App& app, TCommand& chosen)
+{
+    const auto options = std::make_shared<TDemoOptions>();
+    CLI::App* command = app.add_subcommand("demo", "Watch a club with simulated gates, without any hardware");
+    command->add_option("--seconds", options->seconds, "How long visitors come")
+        ->capture_default_str()
+        ->check(CLI::Range(4, 86'400));
+    command->add_option("--db", options->database, "Keep the database in a new file")->type_name("FILE");
+    command->add_flag("--plain,--no-progress", options->plain, "No progress indication");
+    command->footer(
+        "\nEnds with 0 only when every card got at its gate what it had to get and the journal says "
+        "the same.");
+    command->callback([&chosen, options] { chosen = [options] { return runDemo(*options); }; });
+}
+
+} // namespace tnv5::cli

@@ -1,0 +1,97 @@
+#include "apps/tnv5/demo_street.h"
+
+#include "common/messages.h"
+
+namespace tnv5::cli {
+
+namespace {
+
+constexpr int kLookMs = 10;
+constexpr qint64 kNsPerMs = 1'000'000;
+constexpr qint64 kWalkNs = 150 * kNsPerMs;   // between two visitors at one gate
+constexpr qint64 kRestNs = 1'000 * kNsPerMs; // of a visitor who has done everything
+
+} // namespace
+
+TDemoStreet::TDemoStreet(sim::TClassicLine& line, std::function<bool(const QString&)> ready)
+    : FLine(line), FReady(std::move(ready))
+{
+    FWatch.start();
+    FLine.OnCommand = [this](const sim::TReceivedCommand& command) { onCommand(command); };
+    FTimer.SetInterval(kLookMs);
+    FTimer.OnTimer = [this](platform::TTimer*) { look(); };
+    FTimer.SetEnabled(true);
+}
+
+void TDemoStreet::invite(const TVisitor& visitor)
+{
+    FWaiting.append({visitor});
+}
+
+void TDemoStreet::look()
+{
+    for (auto place = FAtGate.begin(); place != FAtGate.end();) {
+        const auto& [gate, here] = *place;
+        const bool answered = FLine.reading(here.visit.seen.Id).Fate != sim::TFate::Waiting;
+        if (answered && !FLine.gateOpen(gate) && FReady(gate)) {
+            leave(here);
+            place = FAtGate.erase(place);
+        } else {
+            ++place;
+        }
+    }
+    if (FPaused) {
+        return;
+    }
+    for (const TGuest& guest : std::exchange(FWaiting, {})) { // in order; who must wait keeps the place
+        if (FClosed && guest.step == 0) {
+            continue;
+        }
+        const QString& gate = guest.next().gate;
+        const auto free = FFreeSinceNs.find(gate);
+        const qint64 now = FWatch.nsecsElapsed();
+        const bool clear = free == FFreeSinceNs.end() || now - free->second > kWalkNs;
+        if (clear && now >= guest.notBeforeNs && !FAtGate.contains(gate)) {
+            stepUp(guest);
+        } else {
+            FWaiting.append(guest);
+        }
+    }
+}
+
+void TDemoStreet::stepUp(const TGuest& guest)
+{
+    const TStep& step = guest.next();
+    TAtGate& place = FAtGate[step.gate];
+    place.guest = guest;
+    place.visit = {guest.visitor.name, step, {}, -1};
+    place.timed = !Measuring;
+    place.askedNs = FWatch.nsecsElapsed();
+    place.visit.seen.Id = step.card == common::kCardButton
+                              ? FLine.pressButton(step.gate, step.behaviour)
+                              : FLine.readCard(step.gate, step.card, step.behaviour);
+}
+
+void TDemoStreet::onCommand(const sim::TReceivedCommand& command)
+{
+    const auto place = FAtGate.find(QString::fromLatin1(command.Line.mid(1, 3)));
+    if (place != FAtGate.end() && !std::exchange(place->second.timed, true)) {
+        const qint64 took = FWatch.nsecsElapsed() - place->second.askedNs;
+        place->second.visit.relayMs = static_cast<double>(took) / kNsPerMs;
+    }
+}
+
+void TDemoStreet::leave(const TAtGate& place)
+{
+    TVisit visit = place.visit;
+    visit.seen = FLine.reading(visit.seen.Id);
+    FVisits.append(visit);
+    FFreeSinceNs[visit.step.gate] = FWatch.nsecsElapsed();
+
+    TGuest guest = place.guest;
+    guest.step = (guest.step + 1) % guest.visitor.steps.size();
+    guest.notBeforeNs = guest.step == 0 ? FWatch.nsecsElapsed() + kRestNs : 0;
+    FWaiting.append(guest);
+}
+
+} // namespace tnv5::cli

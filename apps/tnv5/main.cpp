@@ -1,0 +1,38 @@
+#include "apps/tnv5/commands.h"
+#include "apps/tnv5/console.h"
+#include "platform/errors.h"
+
+#include <CLI/CLI.hpp>
+#include <QGuiApplication>
+#include <QLoggingCategory>
+
+int main(int argc, char** argv)
+{
+    CLI::App app("Drives the turnstiles and doors of a club.\n", "tnv5");
+    app.set_version_flag("--version", "tnv5 " TNV5_VERSION);
+    app.require_subcommand(1);
+    app.footer("\nA first look, without any hardware:  tnv5 demo\n"
+               "More about a command:                tnv5 COMMAND --help");
+    tnv5::cli::TCommand chosen;
+    tnv5::cli::addDemoCommand(app, chosen);
+    tnv5::cli::addPortsCommand(app, chosen);
+    tnv5::cli::addRunCommand(app, chosen);
+    tnv5::cli::addWatchCommand(app, chosen);
+    tnv5::cli::addReplayCommand(app, chosen);
+    CLI11_PARSE(app, argc, argv);
+
+    qputenv("QT_NO_GLIB", "1"); // Qt's own event loop answers a card sooner
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen"); // pictures are drawn, no window is ever shown
+    }
+    QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false")); // Qt's remarks to developers
+    const QGuiApplication application(argc, argv);
+    tnv5::platform::setExceptionHandler(
+        [](const QString& message, const std::exception_ptr&) { tnv5::cli::complain(message); });
+    try {
+        return chosen();
+    } catch (...) {
+        tnv5::cli::complain(tnv5::platform::exceptionMessage());
+        return tnv5::cli::kFailed;
+    }
+}

@@ -1,0 +1,112 @@
+#include "apps/tnv5/commands.h"
+#include "apps/tnv5/console.h"
+#include "apps/tnv5/stop_signal.h"
+#include "host/club_host.h"
+#include "host/port_diagnosis.h"
+#include "host/port_keeper.h"
+#include "platform/serial_port.h"
+
+#include <CLI/CLI.hpp>
+#include <QCoreApplication>
+
+namespace tnv5::cli {
+
+namespace {
+
+struct TRunOptions
+{
+    std::string port;
+    std::string database;
+    std::vector<std::string> gates;
+    int baudRate = 9600;
+    bool wait = false;
+};
+
+void explain(const QString& port)
+{
+    for (const QString& line : host::explainPort(host::portFacts(port))) {
+        complain(line);
+    }
+}
+
+void setGates(host::TDatabase& club, const std::vector<std::string>& gates)
+{
+    for (const std::string& each : gates) {
+        const QString text = QString::fromStdString(each);
+        const auto gate = host::toGate(text);
+        if (!gate) {
+            throw platform::Exception(
+                QStringLiteral("\"%1\" is no gate; write it as address:zone:direction, such as 01A:hall:in")
+                    .arg(text));
+        }
+        club.setGate(*gate);
+    }
+    if (club.gates().isEmpty()) {
+        complain(QStringLiteral("The club has no gate yet, so every card will be refused: see --gates."));
+    }
+}
+
+int run(const TRunOptions& options)
+{
+    host::TDatabase club(QString::fromStdString(options.database));
+    setGates(club, options.gates);
+
+    platform::TSerialPort port;
+    port.SetPort(QString::fromStdString(options.port));
+    port.SetBaudRate(options.baudRate);
+    turnstile::TTurnStylerDevice line;
+    line.SetComport(&port);
+
+    host::TClubHost host(line, club);
+    host.OnPass = [](const host::TPass& pass) { printNow(host::logLine(pass)); };
+    host.OnTrouble = complainNow;
+
+    host::TPortKeeper keeper(port);
+    keeper.OnOpened = [&] { printNow(QStringLiteral("%1 is open. Ctrl-C ends.").arg(port.Port())); };
+    keeper.OnLost = [&](const QString& why) {
+        complainNow(QStringLiteral("%1 went away (%2); it will be opened again when it is back.")
+                        .arg(port.Port(), why));
+    };
+    keeper.OnCannotOpen = [&](const QString& why) {
+        complainNow(why);
+        if (keeper.openings() == 0) {
+            explain(port.Port());
+        }
+    };
+
+    const TStopSignal stop(&QCoreApplication::quit);
+    if (!keeper.start() && !options.wait) {
+        complain(QStringLiteral("To wait for the port instead, add --wait."));
+        return kFailed;
+    }
+    QCoreApplication::exec();
+    keeper.stop();
+    host.OnTrouble = complain; // no gate waits any more, and nothing may be left out
+    host.close();
+    print(QStringLiteral("Stopped."));
+    return kDone;
+}
+
+} // namespace
+
+void addRunCommand(CLI::App& app, TCommand& chosen)
+{
+    const auto options = std::make_shared<TRunOptions>();
+    CLI::App* command = app.add_subcommand("run", "Run the gates on a serial port until Ctrl-C");
+    command->add_option("--port", options->port, "Serial port, best a stable name from \"tnv5 ports\"")
+        ->required()
+        ->type_name("NAME");
+    command->add_option("--db", options->database, "The club's database; made when it is not there")
+        ->required()
+        ->type_name("FILE");
+    command
+        ->add_option("--gates", options->gates,
+                     "Gates to add or change, as address:zone:direction, such as 01A:hall:in 02A:hall:out;\n"
+                     "directions are in, out and inner (a door inside the club)")
+        ->type_name("GATE");
+    command->add_option("--baud", options->baudRate, "Speed of the line")->capture_default_str();
+    command->add_flag("--wait", options->wait, "Wait for a port that is not there yet");
+    command->callback([&chosen, options] { chosen = [options] { return run(*options); }; });
+}
+
+} // namespace tnv5::cli

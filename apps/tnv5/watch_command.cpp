@@ -1,0 +1,165 @@
+#include "apps/tnv5/commands.h"
+#include "apps/tnv5/console.h"
+#include "apps/tnv5/protocol_option.h"
+#include "apps/tnv5/stop_signal.h"
+#include "host/port_diagnosis.h"
+#include "platform/com_data_packet.h"
+#include "platform/serial_port.h"
+#include "platform/timer.h"
+#include "tools/explanation.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QTime>
+#include <memory>
+
+namespace tnv5::cli {
+
+namespace {
+
+struct TWatchOptions
+{
+    std::string port;
+    tools::TProtocol protocol = tools::TProtocol::Bus;
+    std::string record;
+    int baudRate = 9600;
+};
+
+/// The file of "--record", if one is asked for.
+class TRecordFile
+{
+public:
+    explicit TRecordFile(const TWatchOptions& options)
+    {
+        if (options.record.empty()) {
+            return;
+        }
+        FFile.setFileName(QString::fromStdString(options.record));
+        if (!FFile.open(QIODevice::WriteOnly)) {
+            throw tools::ERecording(QStringLiteral("%1: %2").arg(FFile.fileName(), FFile.errorString()));
+        }
+        FRecorder = std::make_unique<tools::TRecorder>(FFile, QString::fromStdString(options.port));
+    }
+
+    void add(tools::TDirection direction, const QByteArray& bytes)
+    {
+        if (FRecorder) {
+            FRecorder->add(direction, bytes);
+            FFile.flush(); // what was seen is kept, however the program ends
+        }
+    }
+
+private:
+    QFile FFile;
+    std::unique_ptr<tools::TRecorder> FRecorder;
+};
+
+/// Prints and records what a port reads, piece by piece.
+class TWatch
+{
+public:
+    explicit TWatch(const TWatchOptions& options)
+        : FProtocol(options.protocol), FRecord(options), FCutter(options.protocol)
+    {
+        constexpr int kPauseMs = 50; // nothing followed for so long: a command on a bus is over
+        // everything that is read is one packet, whatever it begins and ends with
+        FBytes.OnCustomStart = [](platform::TComDataPacket*, const QByteArray&, qsizetype& at) { at = 1; };
+        FBytes.OnCustomStop = [](platform::TComDataPacket*, const QByteArray& bytes, qsizetype& at) {
+            at = bytes.size();
+        };
+        FBytes.OnPacket = [this](platform::TComDataPacket*, const QByteArray& bytes) { take(bytes); };
+        FPause.SetInterval(kPauseMs);
+        FPause.OnTimer = [this](platform::TTimer*) { end(); };
+    }
+
+    void listenTo(platform::TComPort& port) { FBytes.SetComPort(&port); }
+
+    /// Nothing more is to come.
+    void end()
+    {
+        FPause.SetEnabled(false);
+        show(FCutter.pause());
+    }
+
+private:
+    void take(const QByteArray& bytes)
+    {
+        FPause.SetEnabled(false);
+        show(FCutter.take(bytes));
+        FPause.SetEnabled(FCutter.waiting());
+    }
+
+    void show(const QByteArrayList& pieces)
+    {
+        for (const QByteArray& piece : pieces) {
+            const tools::TExplanation explanation = tools::explain(FProtocol, piece);
+            const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz"));
+            print(time + u' ' + tools::explanationLine(piece, explanation));
+            FRecord.add(explanation.Direction, piece);
+        }
+    }
+
+    tools::TProtocol FProtocol;
+    TRecordFile FRecord;
+    tools::TLineCutter FCutter;
+    platform::TComDataPacket FBytes;
+    platform::TTimer FPause;
+};
+
+void openPort(platform::TSerialPort& port)
+{
+    try {
+        port.Open();
+    } catch (const platform::EComPort&) {
+        for (const QString& line : host::explainPort(host::portFacts(port.Port()))) {
+            complain(line);
+        }
+        throw;
+    }
+}
+
+int watch(const TWatchOptions& options)
+{
+    TWatch watcher(options);
+    platform::TSerialPort port;
+    port.SetPort(QString::fromStdString(options.port));
+    port.SetBaudRate(options.baudRate);
+    int result = kDone;
+    port.OnException = [&](platform::TComponent*, platform::TComExceptionKind kind, const QString& message,
+                           qint64, const QString&) {
+        const bool gone = kind == platform::TComExceptionKind::Resource;
+        complain(port.Port() + (gone ? QStringLiteral(" went away") : QStringLiteral(": ") + message));
+        if (!port.Connected()) {
+            result = kFailed;
+            QCoreApplication::quit();
+        }
+    };
+    watcher.listenTo(port);
+    openPort(port);
+    print(QStringLiteral("Listening to %1. Ctrl-C ends.").arg(port.Port()));
+    const TStopSignal stop(&QCoreApplication::quit);
+    QCoreApplication::exec();
+    watcher.end();
+    return result;
+}
+
+} // namespace
+
+void addWatchCommand(CLI::App& app, TCommand& chosen)
+{
+    const auto options = std::make_shared<TWatchOptions>();
+    CLI::App* command = app.add_subcommand("watch", "Show each line on a port with its meaning until Ctrl-C");
+    command->add_option("port", options->port, "Serial port, best a stable name from \"tnv5 ports\"")
+        ->required()
+        ->type_name("PORT");
+    addProtocolOption(*command, options->protocol);
+    command->add_option("--record", options->record, "Write a recording for \"tnv5 replay\"")
+        ->type_name("FILE");
+    command->add_option("--baud", options->baudRate, "Speed of the line")->capture_default_str();
+    command->footer(
+        "\nEach line: time; < from the equipment, > to it, ? not known; checksum right, WRONG or - for\n"
+        "none; the bytes; the meaning. Nothing is ever sent.");
+    command->callback([&chosen, options] { chosen = [options] { return watch(*options); }; });
+}
+
+} // namespace tnv5::cli

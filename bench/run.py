@@ -1,0 +1,181 @@
+#!/usr/bin/env python3
+"""Runs all benchmarks of a build and prints one table. Called by scripts/bench.sh, which builds first."""
+
+import argparse
+import json
+import os
+import pathlib
+import platform
+import re
+import statistics
+import subprocess
+import sys
+import tempfile
+
+BENCH = pathlib.Path(__file__).resolve().parent
+DOCS = BENCH.parent / "docs" / "performance.md"
+
+# How the lines come in: bytes a read, gates in rotation, and what that is.
+READS = ((4096, 300, "4 KiB reads, 300 gates"), (112, 8, "112-byte reads, 8 gates"))
+HANDLERS = ("no handlers", "decision only", "all handlers")
+IDLE = ("OPEN, acknowledged", "OPEN, with `OnCheckStatus`", "NEW, unanswered")
+
+
+def progress(text):
+    print(f"* {text}", file=sys.stderr, flush=True)
+
+
+class Runner:
+    def __init__(self, build, quick):
+        self.bin = build / "bench"
+        self.modules = build / "peers" / "node_modules"
+        self.quick = quick
+
+    def lines(self, *command):
+        """Output of a program, line by line; its failure ends the run."""
+        environment = dict(os.environ, NODE_PATH=str(self.modules))
+        done = subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, text=True,
+                              env=environment, check=False)
+        if done.returncode != 0:
+            sys.exit(f"{command[0]} failed ({done.returncode})\n{done.stdout}")
+        return done.stdout
+
+    def latency(self):
+        cards = 300 if self.quick else 2000
+        progress(f"card to command over pseudo-terminals, {cards} cards each")
+        output = self.lines(
+            self.bin / "latency", cards,
+            f"floor={self.bin / 'latency_floor'}",
+            f"component={self.bin / 'latency_gate'}",
+            f"pyserial=/usr/bin/python3 {BENCH / 'peers' / 'pyserial_gate.py'}",
+            f"serialport=node {BENCH / 'peers' / 'serialport_gate.js'}")
+        return {row["name"]: row for row in map(json.loads, output.splitlines())}
+
+    def google(self, pattern, seconds):
+        output = self.lines(self.bin / "turnstile_bench", f"--benchmark_filter={pattern}",
+                            f"--benchmark_min_time={seconds}", "--benchmark_format=json")
+        rows = json.loads(output)["benchmarks"]
+        for row in rows:
+            if row.get("error_occurred"):
+                sys.exit(f"{row['name']}: {row['error_message']}")
+        return rows
+
+    def rates(self, read, addresses):
+        """Median lines per second by way of handling, the programs taking turns."""
+        rounds = 2 if self.quick else 7
+        found = {}
+        with tempfile.NamedTemporaryFile() as reads:
+            self.lines(self.bin / "turnstile_bench", "--write-reads", read, addresses, reads.name)
+            for number in range(rounds):
+                progress(f"lines per second, {read}-byte reads, round {number + 1} of {rounds}")
+                for row in self.google(f"CardLines/.*/read:{read}/", 0.5):
+                    handlers = HANDLERS[int(re.search(r"handlers:(\d)", row["name"])[1])]
+                    found.setdefault(handlers, []).append(row["items_per_second"])
+                row = json.loads(self.lines("node", BENCH / "peers" / "delimiter_rate.js", reads.name, 1))
+                found.setdefault("npm", []).append(row["linesPerSecond"])
+        return {name: statistics.median(values) for name, values in found.items()}
+
+    def passes(self):
+        progress("cost of a pass over the table")
+        costs = {}
+        for row in self.google("StackPass", 0.1 if self.quick else 0.5):
+            idle, entries = map(int, re.search(r"idle:(\d)/entries:(\d+)", row["name"]).groups())
+            costs[idle, entries] = row["per_entry"] * 1e9
+        return costs
+
+    def ports(self):
+        ports, seconds = (50, 3) if self.quick else (200, 10)
+        progress(f"{ports} ports at full rate for {seconds} s")
+        return json.loads(self.lines(self.bin / "many_ports", ports, seconds))
+
+
+def met(condition):
+    return "yes" if condition else "**no**"
+
+
+def table(head, rows):
+    text = [head, ["---"] + ["---:"] * (len(head) - 1), *rows]
+    return "\n".join("| " + " | ".join(row) + " |" for row in text)
+
+
+def latency_table(latency):
+    floor, ours = latency["floor"], latency["component"]
+    peers = (latency["pyserial"], latency["serialport"])
+    rows = [[name, f"{row['median_us']:.0f} µs", f"{row['p99_us']:.0f} µs",
+             f"{row['median_us'] / floor['median_us']:.2f}"]
+            for name, row in latency.items()]
+    faster = all(ours[key] < peer[key] for peer in peers for key in ("median_us", "p99_us"))
+    return (table(["Card to open command", "median", "99th percentile", "median / floor"], rows)
+            + f"\n\nAim: median at most 1.6 × floor: {met(ours['median_us'] <= 1.6 * floor['median_us'])}; "
+            + f"median and 99th percentile below both other loops: {met(faster)}.")
+
+
+def rate_table(results):
+    names = (*HANDLERS, "npm")
+    rows = [[f"{title}: {'npm delimiter parser' if name == 'npm' else 'component, ' + name}",
+             f"{rates[name]:,.0f}", f"{rates[name] / rates['npm']:.2f}"]
+            for title, rates in results for name in names]
+    aims = [f"{title}: {met(rates['no handlers'] >= rates['npm'])} and "
+            f"{met(rates['all handlers'] >= rates['npm'] / 2)}" for title, rates in results]
+    return (table(["Lines per second", "lines/s", "/ npm"], rows)
+            + "\n\nAim: without handlers at least the npm parser's rate, with all handlers at least half of "
+            + "it: " + "; ".join(aims) + ".")
+
+
+def pass_table(costs):
+    sizes = sorted({entries for _, entries in costs})
+    rows = [[f"{entries:,}"] + [f"{costs[idle, entries]:.0f} ns" for idle in range(len(IDLE))]
+            for entries in sizes]
+    return (table(["Entries in the table, cost of each", *IDLE], rows)
+            + f"\n\nAim: at most 500 ns an idle entry: {met(max(costs.values()) <= 500)}.")
+
+
+def ports_table(ports):
+    row = [f"{ports['ports']} ports, {ports['seconds']:.0f} s", f"{ports['lines']:,}", f"{ports['lost']}",
+           f"{ports['late_bytes']}", f"{ports['cpu_percent']:.1f} %"]
+    return (table(["9600 baud on every port", "lines", "lost", "late bytes", "of one processor"], [row])
+            + f"\n\nAim: no line lost: {met(ports['lost'] == 0)}.")
+
+
+def processor():
+    try:
+        with open("/proc/cpuinfo", encoding="utf-8") as file:
+            names = re.findall(r"^model name\s*:\s*(.+)$", file.read(), re.MULTILINE)
+        return names[0]
+    except (OSError, IndexError):
+        return platform.machine()
+
+
+def update_docs(report):
+    text = DOCS.read_text(encoding="utf-8")
+    begin, end = "<!-- results -->\n", "<!-- end of results -->"
+    head, rest = text.split(begin, 1)
+    tail = rest.split(end, 1)[1]
+    DOCS.write_text(f"{head}{begin}\n{report}\n\n{end}{tail}", encoding="utf-8")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--build", type=pathlib.Path, required=True, help="build directory")
+    parser.add_argument("--quick", action="store_true", help="a rough figure in half a minute")
+    parser.add_argument("--update-docs", action="store_true", help="put the table into docs/performance.md")
+    options = parser.parse_args()
+    runner = Runner(options.build.resolve(), options.quick)
+
+    machine = (f"{os.cpu_count()} processors ({processor()}), Linux {platform.release()}, "
+               f"load before the run {os.getloadavg()[0]:.1f}" + (", quick run" if options.quick else ""))
+    report = "\n\n".join([
+        f"Measured on {machine}.",
+        latency_table(runner.latency()),
+        rate_table([(title, runner.rates(read, addresses)) for read, addresses, title in READS]),
+        pass_table(runner.passes()),
+        ports_table(runner.ports()),
+    ])
+    print(report)
+    (options.build / "results.txt").write_text(report + "\n", encoding="utf-8")
+    if options.update_docs:
+        update_docs(report)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,221 @@
+#include "bus_bench.h"
+
+#include "support/text_printers.h"
+
+#include <QMetaEnum>
+#include <QMetaProperty>
+#include <QPointer>
+
+namespace {
+
+using namespace tnv5;
+using namespace tnv5::tests;
+using namespace tnv5::connector;
+
+TEST(Properties, ArePublishedInTheirOrder)
+{
+    const QMetaObject& meta = TDeviceConnector::staticMetaObject;
+    QStringList names;
+    for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
+        names << meta.property(i).name();
+        EXPECT_TRUE(meta.property(i).isReadable()) << meta.property(i).name();
+        EXPECT_TRUE(meta.property(i).isWritable()) << meta.property(i).name();
+    }
+    EXPECT_EQ(names.join(u' '), "ComPort ConnectorType OnError OnLog OnGetData IsConnected");
+}
+
+TEST(Properties, HaveTheirTypes)
+{
+    const QMetaObject& meta = TDeviceConnector::staticMetaObject;
+    const auto typeOf = [&](const char* name) {
+        return meta.property(meta.indexOfProperty(name)).metaType();
+    };
+    EXPECT_EQ(typeOf("ComPort"), QMetaType::fromType<platform::TComPort*>());
+    EXPECT_EQ(typeOf("ConnectorType"), QMetaType::fromType<TConnectorType>());
+    EXPECT_EQ(typeOf("OnError"), QMetaType::fromType<platform::TLogEvent>());
+    EXPECT_EQ(typeOf("OnLog"), QMetaType::fromType<platform::TLogEvent>());
+    EXPECT_EQ(typeOf("OnGetData"), QMetaType::fromType<platform::TLogEvent>());
+    EXPECT_EQ(typeOf("IsConnected"), QMetaType::fromType<bool>());
+}
+
+TEST(Properties, HaveTheirDefaults)
+{
+    TDeviceConnector bus;
+    EXPECT_EQ(bus.property("ComPort").value<platform::TComPort*>(), nullptr);
+    EXPECT_EQ(bus.property("ConnectorType").value<TConnectorType>(), podEmpty);
+    EXPECT_FALSE(bus.property("OnError").value<platform::TLogEvent>());
+    EXPECT_FALSE(bus.property("OnLog").value<platform::TLogEvent>());
+    EXPECT_FALSE(bus.property("OnGetData").value<platform::TLogEvent>());
+    EXPECT_TRUE(bus.property("IsConnected").isValid());
+    EXPECT_FALSE(bus.property("IsConnected").toBool());
+    EXPECT_EQ(bus.DeviceCount(), 0);
+    EXPECT_EQ(bus.DeviceItem(0), nullptr);
+    EXPECT_FALSE(bus.Designing());
+}
+
+TEST(Properties, TypesHaveTheirNumbersAndNames)
+{
+    EXPECT_EQ(int(podEmpty), 0);
+    EXPECT_EQ(int(podComPort), 1);
+    EXPECT_EQ(int(podNet), 2);
+    const QMetaEnum names = QMetaEnum::fromType<TConnectorType>();
+    EXPECT_EQ(names.keyCount(), 3);
+    EXPECT_EQ(names.keyToValue("podEmpty"), 0);
+    EXPECT_EQ(names.keyToValue("podComPort"), 1);
+    EXPECT_EQ(names.keyToValue("podNet"), 2);
+}
+
+TEST(Properties, KeepWhatIsWritten)
+{
+    TMemoryPort port;
+    TDeviceConnector bus;
+    EXPECT_TRUE(bus.setProperty("ComPort", QVariant::fromValue<platform::TComPort*>(&port)));
+    EXPECT_EQ(bus.ComPort(), &port);
+    for (const TConnectorType type : {podNet, podComPort, podEmpty}) {
+        EXPECT_TRUE(bus.setProperty("ConnectorType", QVariant::fromValue(type)));
+        EXPECT_EQ(bus.ConnectorType(), type);
+        EXPECT_EQ(bus.property("ConnectorType").value<TConnectorType>(), type);
+    }
+    EXPECT_TRUE(bus.setProperty("ConnectorType", 2)); // as a script sets it
+    EXPECT_EQ(bus.ConnectorType(), podNet);
+    EXPECT_FALSE(port.Connected()); // nothing of this opens the port
+}
+
+TEST(Properties, IsConnectedOpensAndCloses)
+{
+    TMemoryPort port;
+    TDeviceConnector bus;
+    bus.SetComport(&port);
+    bus.SetConnectorType(podComPort);
+    EXPECT_FALSE(port.Connected());
+    EXPECT_TRUE(bus.property("IsConnected").toBool());
+    EXPECT_TRUE(port.Connected());
+    EXPECT_TRUE(bus.setProperty("IsConnected", false));
+    EXPECT_FALSE(port.Connected());
+    EXPECT_TRUE(bus.setProperty("IsConnected", true));
+    EXPECT_TRUE(port.Connected());
+}
+
+TEST(Properties, EventsCanBeWrittenAndRead)
+{
+    TMemoryPort port;
+    TDeviceConnector bus;
+    bus.SetComport(&port);
+    bus.SetConnectorType(podComPort);
+    QStringList called;
+    for (const char* name : {"OnError", "OnLog", "OnGetData"}) {
+        EXPECT_TRUE(
+            bus.setProperty(name, QVariant::fromValue<platform::TLogEvent>(
+                                      [&called, name](TComponent*, const QString&) { called << name; })));
+        EXPECT_TRUE(bus.property(name).value<platform::TLogEvent>()) << name;
+    }
+    bus.SendCommand("GO0.0.0.0:000A");
+    bus.GetCommand("x");
+    port.Close();
+    port.OpenFailure = "no";
+    bus.GetConnected();
+    EXPECT_EQ(called.join(u' '), "OnLog OnGetData OnError");
+    bus.OnLog()(&bus, "read back");
+    EXPECT_EQ(called.size(), 4);
+}
+
+TEST(Properties, WorkWithoutAnyHandler)
+{
+    TMemoryPort port;
+    TDeviceConnector bus;
+    bus.SetComport(&port);
+    bus.SetConnectorType(podComPort);
+    bus.ProcessDataToDevice("0.0.0.0", "$000APING");
+    bus.ProcessDataToDevice("0.0.0.0", "#000AHWGX=G9x1/GR=N/");
+    bus.SendCommand("SH0.0.0.0:000A|a||||L|");
+    EXPECT_EQ(port.takeWrites().size(), 3 + 3);
+    port.raiseError(platform::TComExceptionKind::Unknown, "x", 5, "y");
+    port.CloseFailure = "no";
+    bus.SetConnected(false);
+    port.CloseFailure.reset();
+    port.Close();
+    port.OpenFailure = "no";
+    EXPECT_FALSE(bus.GetConnected());
+    bus.GetCommand("x");
+}
+
+class Designer : public TBusTest
+{
+protected:
+    Designer()
+    {
+        bus.reset();
+        const platform::TDesignScope designing;
+        bus = std::make_unique<TDeviceConnector>();
+        trace.attach(*bus);
+    }
+};
+
+TEST_F(Designer, CreatesNoParts)
+{
+    EXPECT_TRUE(bus->Designing());
+    EXPECT_TRUE(bus->children().isEmpty());
+    EXPECT_EQ(bus->ConnectorType(), podEmpty);
+    EXPECT_EQ(bus->ComPort(), nullptr);
+    EXPECT_EQ(bus->DeviceCount(), 0);
+}
+
+TEST_F(Designer, KeepsThePortWithoutListening)
+{
+    int errors = 0;
+    port->OnException = [&errors](auto&&...) { ++errors; };
+    bus->SetComport(port.get());
+    EXPECT_EQ(bus->ComPort(), port.get());
+    inject("$000APING");
+    inject("#000ABT");
+    trace.expect({});
+    EXPECT_EQ(bus->DeviceCount(), 0);
+    port->raiseError(platform::TComExceptionKind::Unknown, "x", 5, "y");
+    EXPECT_EQ(errors, 1); // the port's error event stays whose it was
+    TMemoryPort second;
+    bus->SetComport(&second);
+    EXPECT_EQ(bus->ComPort(), &second);
+    EXPECT_FALSE(second.OnException);
+    EXPECT_TRUE(port->OnException);
+    bus->SetComport(nullptr);
+    EXPECT_EQ(bus->ComPort(), nullptr);
+}
+
+TEST_F(Designer, GoesWithoutTouchingThePort)
+{
+    port->OnException = [](auto&&...) {};
+    bus->SetComport(port.get());
+    bus.reset();
+    EXPECT_TRUE(port->OnException);
+    EXPECT_TRUE(port->Connected());
+}
+
+TEST_F(Designer, KeepsEveryProperty)
+{
+    bus->SetConnectorType(podNet);
+    EXPECT_EQ(bus->ConnectorType(), podNet);
+    EXPECT_TRUE(bus->OnLog());
+    EXPECT_TRUE(bus->OnError());
+    EXPECT_TRUE(bus->OnGetData());
+}
+
+TEST_F(Designer, IsInheritedFromTheOwner)
+{
+    const auto* child = new TDeviceConnector(bus.get());
+    EXPECT_TRUE(child->Designing());
+    EXPECT_FALSE(TDeviceConnector(port.get()).Designing());
+}
+
+TEST(Owner, FreesTheConnector)
+{
+    TMemoryPort port;
+    auto owner = std::make_unique<QObject>();
+    const QPointer<TDeviceConnector> bus = new TDeviceConnector(owner.get());
+    bus->SetComport(&port);
+    EXPECT_EQ(bus->parent(), owner.get());
+    owner.reset();
+    EXPECT_TRUE(bus.isNull());
+    EXPECT_FALSE(port.OnException);
+}
+
+} // namespace

@@ -1,0 +1,171 @@
+// Lines that say anything, a host and a link that answer anything, time that passes as it likes: the
+// component survives, and in the end every pass is retired. The first byte chooses the host's manners; in the
+// stream, a byte 0xF0 to 0xFF lets time pass, a carriage return ends a line.
+
+#include "d24/d24_device.h"
+#include "platform/code_page.h"
+#include "testing/manual_clock.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+
+using namespace tnv5;
+using d24::TComponent;
+
+namespace {
+
+class TLink : public connector::TDeviceConnector
+{
+public:
+    std::function<void()> OnSend;
+    std::uint32_t Sent = 0;
+
+    bool GetConnected() override { return Sent % 5 != 4; }
+
+    QString SendCommand(const QString& AMess) override
+    {
+        const bool even = ++Sent % 2 == 0;
+        const QString result = even ? AMess.left(2) : QString();
+        const auto hook = OnSend;
+        hook(); // the link may be gone after this
+        return result;
+    }
+};
+
+class THost
+{
+public:
+    explicit THost(std::uint8_t manners) : FManners(manners)
+    {
+        FLink->OnSend = [this] { act(); };
+        FGate->SetConnector(FLink.get());
+        FGate->SetCheckET((manners & 1) != 0);
+        FGate->SetCheckCross((manners & 2) != 0);
+        FGate->SetOnLog([](TComponent*, const QString&) {});
+        FGate->SetOnError([this](TComponent*, const QString&) { act(); });
+        FGate->SetOnGetImg([this](TComponent*, const QString&, QImage&) { act(); });
+        FGate->SetOnCheckStatus([this](TComponent*, const QVariant&, const QVariant&, const QVariant&,
+                                       const QVariant&, const QVariant&, const QVariant&,
+                                       const QVariant&) { act(); });
+        FGate->SetOnCheckSQL([this](TComponent*, const QVariant&, const QVariant&, const QVariant&,
+                                    const QVariant&, const QVariant&, QImage&, const QVariant&,
+                                    QVariant& message, QVariant& result) {
+            message = FCalls % 2 == 0 ? QVariant() : QVariant(QStringLiteral("|Hello||||L|"));
+            answer(result);
+            act();
+        });
+    }
+
+    void arrive(std::uint8_t byte)
+    {
+        if (byte >= 0xF0) {
+            FClock.advance((byte & 0x0F) * 300);
+        } else if (byte != '\r') {
+            FLine.append(static_cast<char>(byte));
+        } else if (FLink) {
+            const QString line = platform::fromWire(std::exchange(FLine, {}));
+            platform::guarded([&] { FLink->GetCommand(line); });
+        }
+    }
+
+    /// The host agrees to everything and behaves: no pass is left.
+    void evening()
+    {
+        FTired = true;
+        if (!FGate) {
+            return;
+        }
+        platform::guarded([this] { FGate->p_hw_ProtocolIn(QStringLiteral("odd")); });
+        FClock.advance(20'000);
+        for (int left = FGate->StackItemsCount(); left > 0; --left) {
+            FClock.advance(100);
+        }
+        if (FGate->StackItemsCount() > 0) {
+            std::abort();
+        }
+    }
+
+private:
+    void act()
+    {
+        if (FTired || ++FCalls % 7 != 0 || FDepth > 2) {
+            return;
+        }
+        ++FDepth;
+        switch (FManners >> 2 & 7) {
+        case 1: // pumps messages
+            if (FLink) {
+                FLink->GetCommand(QStringLiteral("$1:001TRQ77AB"));
+            }
+            break;
+        case 2:
+            FDepth = 0;
+            throw std::runtime_error("host");
+        case 3:
+            FGate.reset(); // destroys the component
+            break;
+        case 4:
+            FLink.reset(); // or its link
+            break;
+        case 5:
+            if (FGate) {
+                FGate->p_hw_CallStackArray();
+            }
+            break;
+        case 6:
+            if (FGate) {
+                FGate->p_hw_manual(QStringLiteral("001T"), QStringLiteral("001T"), QStringLiteral("CLOSE"));
+            }
+            break;
+        default:
+            FClock.advance(2'500);
+            break;
+        }
+        --FDepth;
+    }
+
+    void answer(QVariant& result) const
+    {
+        switch (FTired ? 1 : FCalls % 5) {
+        case 0:
+            result = 0;
+            break;
+        case 1:
+        case 2:
+            result = 1;
+            break;
+        case 3:
+            result = QStringLiteral("not a number");
+            break;
+        default:
+            break;
+        }
+    }
+
+    testing::TManualClock FClock;
+    std::unique_ptr<TLink> FLink = std::make_unique<TLink>();
+    std::unique_ptr<d24::TTurnStylerDeviceD24> FGate = std::make_unique<d24::TTurnStylerDeviceD24>();
+    QByteArray FLine;
+    std::uint8_t FManners;
+    int FCalls = 0;
+    int FDepth = 0;
+    bool FTired = false;
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const auto previous = platform::setExceptionHandler([](const QString&, const std::exception_ptr&) {});
+    if (size > 0) {
+        THost host(data[0]);
+        for (std::size_t i = 1; i < size; ++i) {
+            host.arrive(data[i]);
+        }
+        host.evening();
+    }
+    platform::setExceptionHandler(previous);
+    return 0;
+}

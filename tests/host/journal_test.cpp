@@ -1,0 +1,113 @@
+#include "host/club_fixture.h"
+#include "host/journal.h"
+#include "support/text_printers.h"
+#include "testing/manual_clock.h"
+
+namespace tnv5::host {
+namespace {
+
+class TJournalTest : public TClubFixture
+{
+protected:
+    TJournalTest() : passes(club)
+    {
+        passes.OnTrouble = [this](const QString& text) { troubles.append(text); };
+        passes.OnLost = [this](const TPass& pass) { lost.append(pass.card); };
+    }
+
+    PPass somePass(const QString& card)
+    {
+        auto pass = std::make_shared<TPass>();
+        pass->began = platform::Now();
+        pass->card = card;
+        pass->gate = QStringLiteral("01A");
+        return pass;
+    }
+
+    testing::TManualClock clock;
+    TJournal passes;
+    QStringList troubles;
+    QStringList lost;
+};
+
+TEST_F(TJournalTest, WritesLaterAndTogether)
+{
+    passes.add(somePass(QStringLiteral("1")));
+    passes.add(somePass(QStringLiteral("2")));
+    EXPECT_EQ(journal().size(), 0);
+    clock.advance(TJournal::kDelayMs);
+    EXPECT_EQ(journal().size(), 2);
+    EXPECT_EQ(passes.waiting(), 0);
+}
+
+TEST_F(TJournalTest, APassThatEndsWhileItWaitsIsOneRow)
+{
+    const PPass pass = somePass(QStringLiteral("1"));
+    passes.add(pass);
+    pass->ending = TEnding::Passed;
+    passes.add(pass);
+    EXPECT_EQ(passes.waiting(), 1);
+    passes.flush();
+    ASSERT_EQ(journal().size(), 1);
+    EXPECT_EQ(journal()[0].ending, TEnding::Passed);
+
+    pass->ending = TEnding::Interrupted;
+    passes.add(pass);
+    passes.flush();
+    ASSERT_EQ(journal().size(), 1);
+    EXPECT_EQ(journal()[0].ending, TEnding::Interrupted);
+}
+
+TEST_F(TJournalTest, KnowsWhoIsInsideBeforeTheDatabaseDoes)
+{
+    const qint64 anna = addMember(QStringLiteral("Anna Berg"), QStringLiteral("1"));
+    const PPass pass = somePass(QStringLiteral("1"));
+    pass->member = anna;
+    pass->direction = TDirection::In;
+    pass->ending = TEnding::Passed;
+    EXPECT_EQ(passes.insideOf(anna), std::nullopt);
+    passes.add(pass);
+    EXPECT_EQ(passes.insideOf(anna), true);
+    passes.flush();
+    EXPECT_EQ(passes.insideOf(anna), std::nullopt);
+    EXPECT_TRUE(club.holderOf(QStringLiteral("1"))->member.inside);
+}
+
+TEST_F(TJournalTest, AFailedWriteIsTriedAgainAndToldOnce)
+{
+    passes.add(somePass(QStringLiteral("1")));
+    whileLocked([&] { clock.advance(1'000); });
+    EXPECT_EQ(journal().size(), 0);
+    EXPECT_EQ(passes.waiting(), 1);
+    ASSERT_EQ(troubles.size(), 1);
+    EXPECT_TRUE(troubles[0].contains(QStringLiteral("cannot be written"))) << qPrintable(troubles[0]);
+
+    clock.advance(TJournal::kLongestDelayMs);
+    EXPECT_EQ(journal().size(), 1);
+    ASSERT_EQ(troubles.size(), 2);
+    EXPECT_TRUE(troubles[1].contains(QStringLiteral("written again"))) << qPrintable(troubles[1]);
+}
+
+TEST_F(TJournalTest, WhatCannotBeWrittenAtTheEndIsTold)
+{
+    elsewhere(QStringLiteral("DROP TABLE pass"));
+    passes.add(somePass(QStringLiteral("1")));
+    passes.close();
+    EXPECT_EQ(lost, QStringList({QStringLiteral("1")}));
+    EXPECT_EQ(passes.waiting(), 0);
+    clock.advance(60'000);
+    EXPECT_EQ(lost.size(), 1);
+}
+
+TEST_F(TJournalTest, WaitingIsBounded)
+{
+    elsewhere(QStringLiteral("DROP TABLE pass"));
+    for (qsizetype count = 0; count < TJournal::kMaxWaiting + 2; ++count) {
+        passes.add(somePass(QString::number(count)));
+    }
+    EXPECT_EQ(passes.waiting(), TJournal::kMaxWaiting);
+    EXPECT_EQ(lost, QStringList({QStringLiteral("0"), QStringLiteral("1")}));
+}
+
+} // namespace
+} // namespace tnv5::host

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "host/club_host.h"
+#include "host/port_keeper.h"
+#include "platform/serial_port.h"
+#include "sim/classic_line.h"
+#include "sim/line_faults.h"
+#include "sim/pty.h"
+
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace tnv5::integration {
+
+/// Runs the event loop until `done` or a limit. @return whether it was done in time.
+bool waitFor(const std::function<bool()>& done, int limitMs = 20'000);
+
+/// A club's host on a real serial port, with simulated gates at the other end of a pseudo-terminal.
+/// Gates 01A and 02A lead into the hall, 03A out of it, 04D is an inner door. Cards M1 to M9 may enter.
+class TStation : public ::testing::Test
+{
+protected:
+    TStation();
+
+    /// Somebody holds a card to a reader; waits until the gate has answered, the gate is closed again and the
+    /// host has ended the pass.
+    sim::TReading visit(const QString& gate, const QString& card,
+                        sim::TBehaviour behaviour = sim::TBehaviour::PassesThrough);
+    /// The same, and whether the gate opened and let the person through.
+    bool getsThrough(const QString& gate, const QString& card);
+    /// The host has no pass under way at a gate.
+    bool idle(const QString& gate) const { return line.p_hw_FindDevice(gate) < 0; }
+    /// Writes the journal to its end and reads it.
+    QList<host::TPass> journal();
+
+    QTemporaryDir FDirectory;
+    host::TDatabase club;
+    sim::TPty pty;
+    sim::TLineFaults cable;
+    sim::TClassicLine gates;
+    platform::TSerialPort port;
+    turnstile::TTurnStylerDevice line;
+    QStringList troubles;
+    host::TClubHost host;
+    host::TPortKeeper keeper;
+};
+
+} // namespace tnv5::integration

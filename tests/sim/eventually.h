@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QEventLoop>
+#include <QTimer>
+
+/// Lets the event loop run until the condition holds, ten seconds at most.
+/// @return whether it came to hold.
+template <class Condition>
+bool eventually(Condition&& condition)
+{
+    const QDeadlineTimer limit(10'000);
+    QTimer look; // conditions that no event announces
+    look.start(5);
+    while (!condition()) {
+        if (limit.hasExpired()) {
+            return false;
+        }
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+    }
+    return true;
+}

@@ -1,0 +1,183 @@
+#include "support/text_printers.h"
+#include "tools/recording.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QTemporaryFile>
+#include <gtest/gtest.h>
+#include <random>
+
+namespace tnv5::tools {
+
+namespace {
+
+QByteArray allBytes()
+{
+    QByteArray bytes;
+    for (int value = 0; value < 256; ++value) {
+        bytes += static_cast<char>(value);
+    }
+    return bytes;
+}
+
+QByteArray recording(const QByteArray& lines)
+{
+    return kRecordingHeader + '\n' + lines;
+}
+
+std::string failure(const QByteArray& text)
+{
+    try {
+        parseRecording(text);
+        return "none";
+    } catch (const ERecording& error) {
+        return error.what();
+    }
+}
+
+} // namespace
+
+TEST(Recording, ReadsAsItIsDocumented)
+{
+    const auto entries = parseRecording(recording("# a remark\n\n"
+                                                  "+0.000000 < $01AR12345678\\r\n"
+                                                  "+12.001250 > $01A10366\\r\r\n"
+                                                  "+0.000001 ? \\x00\\xfF\\\\\\n\\t"));
+    ASSERT_EQ(entries.size(), 3);
+    EXPECT_EQ(entries[0].Direction, TDirection::FromEquipment);
+    EXPECT_EQ(entries[0].Bytes, "$01AR12345678\r");
+    EXPECT_EQ(entries[1].WaitUs, 12'001'250);
+    EXPECT_EQ(entries[1].Direction, TDirection::ToEquipment);
+    EXPECT_EQ(entries[1].Bytes, "$01A10366\r");
+    EXPECT_EQ(entries[2].Direction, TDirection::Unknown);
+    EXPECT_EQ(entries[2].Bytes, QByteArray("\0\xFF\\\n\t", 5));
+}
+
+TEST(Recording, EveryByteSurvives)
+{
+    for (int value = 0; value < 256; ++value) {
+        const QByteArray byte(1, static_cast<char>(value));
+        for (const QByteArray& bytes : {byte, byte + byte, "a" + byte, byte + "a", "a" + byte + "a"}) {
+            const auto back = parseRecording(formatRecording({{value, TDirection::FromEquipment, bytes}}));
+            ASSERT_EQ(back.size(), 1);
+            EXPECT_EQ(back[0].Bytes, bytes) << value;
+        }
+    }
+    EXPECT_EQ(parseRecording(formatRecording({{0, TDirection::Unknown, allBytes()}}))[0].Bytes, allBytes());
+    EXPECT_TRUE(parseRecording(formatRecording({{0, TDirection::Unknown, {}}}))[0].Bytes.isEmpty());
+}
+
+TEST(Recording, IsPlainTextWithoutBlanksAtTheEnd)
+{
+    const QByteArray text = formatRecording({{1, TDirection::ToEquipment, " " + allBytes() + " "}});
+    for (const char c : text) {
+        EXPECT_TRUE(c == '\n' || (c >= ' ' && c <= '~'));
+    }
+    EXPECT_FALSE(text.contains(" \n"));
+}
+
+TEST(Recording, WaitIsKeptInMicroseconds)
+{
+    for (const qint64 us : {0LL, 1LL, 999'999LL, 1'000'000LL, 86'400'000'000LL}) {
+        EXPECT_EQ(parseRecording(formatRecording({{us, TDirection::Unknown, "x"}}))[0].WaitUs, us);
+    }
+    EXPECT_EQ(formatEntry({-5, TDirection::Unknown, "x"}), "+0.000000 ? x");
+    EXPECT_EQ(formatEntry({kMaxWaitUs + 1, TDirection::Unknown, "x"}), "+86400.000000 ? x");
+}
+
+TEST(Recording, BrokenFilesSayWhereAndWhat)
+{
+    const auto at = [](const char* line, const char* what) {
+        EXPECT_EQ(failure(recording("+0.000000 < ok\n") + line), std::string("line 3: ") + what) << line;
+    };
+    const char* const time = "an entry begins with its time, such as +0.012345";
+    at("0.000000 < x", time);
+    at("+0.5 < x", time);
+    at("+ < x", time);
+    at("+123456.000000 < x", time);
+    at("+86400.000001 < x", "nothing waits longer than a day");
+    at("+0.000000< x", "a blank is missing between time, direction and bytes");
+    at("+0.000000 <x", "a blank is missing between time, direction and bytes");
+    at("+0.000000 ! x", "the direction must be <, > or ?");
+    at("+0.000000 ", "the direction must be <, > or ?");
+    const char* const escape =
+        "after a backslash only \\, r, n, t or x and two hexadecimal digits may follow";
+    at("+0.000000 < a\\", escape);
+    at("+0.000000 < \\q", escape);
+    at("+0.000000 < \\x0", escape);
+    at("+0.000000 < \\x0g", escape);
+    at("+0.000000 < \xC3\xA4", "a byte outside plain ASCII must be written as \\x and two digits");
+}
+
+TEST(Recording, WhatIsNoneIsRefusedAtOnce)
+{
+    const std::string none = "line 1: this is no recording; it must begin with \"# tnv5 recording 1\"";
+    EXPECT_EQ(failure(""), none);
+    EXPECT_EQ(failure("# tnv5 recording 2\n"), none);
+    EXPECT_EQ(failure(QByteArray(1'000, '\0')), none);
+}
+
+TEST(Recording, IsBounded)
+{
+    EXPECT_NE(failure(QByteArray(kMaxRecording + 1, 'x')).find("longer than"), std::string::npos);
+    QByteArray many = recording({});
+    const QByteArray entry = "+0.000000 < \n";
+    many += entry.repeated(kMaxEntries + 1);
+    EXPECT_EQ(failure(many), "line 1000002: the recording has more than 1000000 entries");
+}
+
+TEST(Recording, RandomTextNeverDoesHarm)
+{
+    std::mt19937 random(7);
+    const QByteArray letters = "+0123456789. <>?\\xrnt#$\n\rAF\x80";
+    for (int i = 0; i < 20'000; ++i) {
+        QByteArray text = random() % 8 != 0 ? recording({}) : QByteArray();
+        for (unsigned length = random() % 60; length > 0; --length) {
+            text += letters[static_cast<qsizetype>(random() % static_cast<unsigned>(letters.size()))];
+        }
+        try {
+            const auto entries = parseRecording(text);
+            EXPECT_EQ(parseRecording(formatRecording(entries)).size(), entries.size());
+        } catch (const ERecording& error) {
+            EXPECT_TRUE(error.message().startsWith(QStringLiteral("line ")));
+        }
+    }
+}
+
+TEST(Recording, FilesNameThemselvesInErrors)
+{
+    EXPECT_THROW(readRecording(QStringLiteral("/does/not/exist")), ERecording);
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open());
+    file.write("nonsense");
+    file.flush();
+    try {
+        readRecording(file.fileName());
+        FAIL();
+    } catch (const ERecording& error) {
+        EXPECT_TRUE(error.message().startsWith(file.fileName() + QStringLiteral(": line 1: ")));
+    }
+}
+
+TEST(Recorder, WritesWhatCanBeRead)
+{
+    QBuffer buffer;
+    ASSERT_TRUE(buffer.open(QIODevice::WriteOnly));
+    TRecorder recorder(buffer, QStringLiteral("two\nlines"));
+    recorder.add(TDirection::FromEquipment, "a\r");
+    recorder.add(TDirection::ToEquipment, "b\r");
+    const auto entries = parseRecording(buffer.data());
+    ASSERT_EQ(entries.size(), 2);
+    EXPECT_EQ(entries[0].WaitUs, 0);
+    EXPECT_EQ(entries[0].Bytes, "a\r");
+    EXPECT_EQ(entries[1].Direction, TDirection::ToEquipment);
+    EXPECT_TRUE(buffer.data().contains("# two lines\n"));
+}
+
+TEST(Recorder, FullDiskIsToldNotHidden)
+{
+    QBuffer closed;
+    EXPECT_THROW(TRecorder(closed, QString()), ERecording);
+}
+
+} // namespace tnv5::tools

@@ -1,0 +1,314 @@
+// What happens to every line, whatever it says: log, echo, forwarding, the poll, and the start of the stack.
+
+#include "event_recorder.h"
+
+#include "support/text_printers.h"
+
+namespace {
+
+using namespace tnv5;
+using namespace tnv5::tests;
+
+class ProtocolIn : public TGateTest
+{
+};
+
+TEST_F(ProtocolIn, EchoesInServerMode)
+{
+    gate->SetRemoutDevice(turnstile::podServer);
+    gate->SetDeviceList({});
+    trace.Answers[0] = 0;
+    inject("$01AR5");
+    trace.expect({
+        "log %Считано с порта% $01AR5",
+        "echo LOG!%Считано с порта% $01AR5&",
+        "error [02] Device not found 01A", // the only error of a line that is not echoed
+        "img 01A",
+        "status CHECK 01A 5 R NEW",
+        "echo STATUS!CHECK!01A!5!R!NEW&",
+        "status COME 01A 5 NEW NEW",
+        "echo STATUS!COME!01A!5!NEW!NEW&",
+        "status STACK 01A 5 NEW NEW",
+        "echo STATUS!STACK!01A!5!NEW!NEW&",
+        "check 01A 5 NEW mode 0 preset -1",
+        "write $01A00064\\r",
+        "log %Отправлено на порт% $01A000",
+        "echo LOG!%Отправлено на порт% $01A000&",
+        "status STACK 01A 5 CLOSE CLOSE",
+        "echo STATUS!STACK!01A!5!CLOSE!CLOSE&",
+    });
+}
+
+TEST_F(ProtocolIn, EchoesMessageLines)
+{
+    gate->SetRemoutDevice(turnstile::podServer);
+    inject("#01AHello");
+    trace.expect({
+        read("#01AHello"),
+        "echo LOG!%Считано с порта% #01AHello&",
+        heard("01A", "Hello"),
+        "echo STATUS!COME!01A!NOCARDNUMBER!Hello!Hello&",
+    });
+}
+
+TEST_F(ProtocolIn, EchoesWithoutAnyHandler)
+{
+    gate->SetRemoutDevice(turnstile::podServer);
+    gate->SetOnLog({});
+    gate->SetOnError({});
+    gate->SetOnCheckStatus({});
+    gate->SetOnCheckSQL({});
+    gate->SetOnGetImg({});
+    port->Close();
+    inject("#01DInG-Activ");
+    gate->p_hw_CheckStatusAll();
+    trace.expect({
+        "echo LOG!%Считано с порта% #01DInG-Activ&",
+        "echo STATUS!CHECK!01D!-2-2-2-2-2!R!NEW&",
+        "echo STATUS!COME!01D!NOCARDNUMBER!InG-Activ!InG-Activ&",
+        "echo STATUS!STACK!01D!-2-2-2-2-2!NEW!NEW&",
+        "echo STATUS!STACK!01D!-2-2-2-2-2!OPEN!OPEN&",
+        "echo ERROR![04] Порт не открыт или не назначен&",
+    });
+}
+
+TEST_F(ProtocolIn, StandAloneAsksNobodyWhetherItIsReady)
+{
+    inject("$01AR1");
+    inject("#01AHello");
+    inject("$000900");
+    clock.advance(1'000);
+    EXPECT_EQ(gate->ConnectedCalls, 0);
+}
+
+TEST_F(ProtocolIn, EchoOfTheComponentItselfIsSilentStandAlone)
+{
+    gate->TTurnStylerDevice::ServerEcho("LOG!x&");
+    EXPECT_EQ(gate->ConnectedCalls, 0);
+    gate->SetRemoutDevice(turnstile::PodClient);
+    gate->TTurnStylerDevice::ServerEcho("LOG!x&");
+    EXPECT_EQ(gate->ConnectedCalls, 0);
+    trace.expect({});
+}
+
+TEST_F(ProtocolIn, ReportIsFixedBeforeItsHandlerIsCalled)
+{
+    gate->SetRemoutDevice(turnstile::podServer);
+    openPass("01A");
+    trace.OnLine = [&](const QString& line) {
+        if (line.startsWith("status COME")) {
+            gate->StackItem(0)->Status = "NEW";
+            gate->StackItem(0)->CardNumber = "other";
+            gate->StackItem(0)->Device = "99Z";
+        }
+    };
+    inject("$01AG");
+    trace.expect({read("$01AG"), "echo LOG!%Считано с порта% $01AG&", come("01A", "77", "FINISH"),
+                  "echo STATUS!COME!01A!77!FINISH!FINISH&"});
+}
+
+TEST_F(ProtocolIn, ReportsCanBeMadeByTheHost)
+{
+    gate->SetRemoutDevice(turnstile::podServer);
+    gate->ShowinternalStatus(gate.get(), "N", "1", "2", "3", "4");
+    trace.expect({"status N 1 2 3 4"}); // in this order, without echo
+    gate->SetOnCheckStatus({});
+    gate->ShowinternalStatus(gate.get(), "N", "1", "2", "3", "4");
+    trace.expect({});
+}
+
+class Forwarding : public TGateTest
+{
+protected:
+    Forwarding()
+    {
+        gate->SetRemoutDevice(turnstile::PodClient);
+        gate->Ready = true;
+    }
+};
+
+TEST_F(Forwarding, SendsTheLineUnchangedAndStops)
+{
+    for (const QString line : {"$01AR1", "$09ZG", "#01DBtn-Activ", "#05AHardReset", "$000900", "$", "#"}) {
+        inject(line);
+        trace.expect({read(line), "forward " + line});
+    }
+    gate->p_hw_ProtocolIn("anything");
+    trace.expect({read("anything"), "forward anything"});
+    EXPECT_EQ(gate->StackItemsCount(), 0);
+    EXPECT_FALSE(gate->DeviceList().contains("05A"));
+}
+
+TEST_F(Forwarding, StartsNoStack)
+{
+    makePass("01A", "1");
+    inject("#01AHello");
+    clock.advance(1'000);
+    trace.expect({read("#01AHello"), "forward #01AHello"});
+}
+
+TEST_F(Forwarding, WorksWithoutALogHandler)
+{
+    gate->SetOnLog({});
+    inject("$01AR1");
+    trace.expect({"forward $01AR1"});
+}
+
+TEST_F(Forwarding, FailureIsReportedAndTheLineIsDone)
+{
+    gate->OnForward = [](const QString&) { throw platform::ESocketError("the line is down"); };
+    inject("$01AR1");
+    trace.expect({read("$01AR1"), "error [01] the line is down"});
+    inject("$000900");
+    trace.expect({read("$000900"), "error [01] the line is down"});
+    EXPECT_EQ(gate->StackItemsCount(), 0);
+    gate->SetOnError({});
+    inject("$01AR1");
+    trace.expect({read("$01AR1")});
+}
+
+TEST_F(Forwarding, NeedsAConnection)
+{
+    gate->Ready = false;
+    inject("$01AR1");
+    trace.expect({read("$01AR1"), "img 01A", looked("01A", "1", "NEW"), come("01A", "1", "NEW"),
+                  stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0)});
+    EXPECT_EQ(gate->ConnectedCalls, 1);
+    inject("$000900");
+    trace.expect({read("$000900"), wrote("$0009001D"), sent("$000900")});
+}
+
+TEST_F(Forwarding, IsOfTheClientModeOnly)
+{
+    gate->SetRemoutDevice(turnstile::podServer);
+    gate->OnEcho = {};
+    inject("#01AHello");
+    trace.expect({read("#01AHello"), heard("01A", "Hello")});
+    gate->SetRemoutDevice(turnstile::podNone);
+    inject("#01AHello");
+    trace.expect({read("#01AHello"), heard("01A", "Hello")});
+}
+
+class PollLine : public TGateTest
+{
+};
+
+TEST_F(PollLine, RunsTheStatusPoll)
+{
+    inject("$000900");
+    trace.expect({read("$000900"), "write $0009001D\\r", "log %Отправлено на порт% $000900"});
+}
+
+TEST_F(PollLine, EchoesInOrder)
+{
+    gate->SetRemoutDevice(turnstile::podServer);
+    inject("$000900");
+    trace.expect({
+        read("$000900"),
+        "echo LOG!%Считано с порта% $000900&",
+        "write $0009001D\\r",
+        sent("$000900"),
+        "echo LOG!%Отправлено на порт% $000900&",
+    });
+}
+
+TEST_F(PollLine, LeavesTheStackTimerAlone)
+{
+    makePass("01A", "1");
+    inject("$000900");
+    clock.advance(1'000);
+    trace.expect({read("$000900"), wrote("$0009001D"), sent("$000900")}); // stopped: stays so
+
+    gate->p_hw_ProtocolIn("x");
+    skip(50);
+    inject("$000900");
+    trace.expect({read("$000900"), wrote("$0009001D"), sent("$000900")});
+    clock.advance(50); // running: keeps its beat
+    trace.expect({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0)});
+}
+
+TEST_F(PollLine, IsExact)
+{
+    inject("$0009000");
+    trace.expect({read("$0009000"), "error [02] Device not found 000"});
+    inject("$00090");
+    trace.expect({read("$00090"), "error [02] Device not found 000"});
+    inject("#000900");
+    trace.expect({read("#000900"), heard("000", "900")});
+    gate->p_hw_ProtocolIn("$000900 ");
+    trace.expect({read("$000900 "), "error [02] Device not found 000"});
+    EXPECT_EQ(port->takeWritten(), "");
+}
+
+class StackStart : public TGateTest
+{
+};
+
+TEST_F(StackStart, EveryLineRunsOnePassAtOnceAndStartsTheTimer)
+{
+    for (const QString line : {"$09ZX", "$", "#09ZHello", "#", "x", "", " $01AR1", "R"}) {
+        TGateBench bench;
+        bench.gate->SetOnError({});
+        bench.gate->SetOnCheckStatus({});
+        bench.makePass("01A", "1");
+        bench.gate->p_hw_ProtocolIn(line);
+        bench.trace.expect({read(line), check("01A", "1", "NEW", 0)});
+        bench.clock.advance(99);
+        bench.trace.expect({});
+        bench.clock.advance(1);
+        bench.trace.expect({check("01A", "1", "NEW", 0)});
+        bench.clock.advance(200);
+        bench.trace.expect({check("01A", "1", "NEW", 0), check("01A", "1", "NEW", 0)});
+    }
+}
+
+TEST_F(StackStart, LinesOfOtherKindsAreNotParsed)
+{
+    for (const QString line : {"x01AR1", " $01AR1", "", "R", "@01AHardReset", "01AR1"}) {
+        gate->p_hw_ProtocolIn(line);
+        trace.expect({read(line)});
+    }
+    EXPECT_EQ(gate->StackItemsCount(), 0);
+}
+
+TEST_F(StackStart, ARunningTimerIsLeftAlone)
+{
+    makePass("01A", "1");
+    inject("#09ZHello");
+    skip(60);
+    inject("#09ZHello");
+    trace.expect({read("#09ZHello"), heard("09Z", "Hello")}); // no pass
+    clock.advance(39);
+    trace.expect({});
+    clock.advance(1);
+    trace.expect({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0)});
+}
+
+TEST_F(StackStart, AnEmptyTableStopsTheTimerInTheSamePass)
+{
+    inject("#01AHello");
+    trace.take();
+    makePass("01A", "1");
+    clock.advance(1'000);
+    trace.expect({});
+    inject("#01AHello"); // starts it again
+    trace.expect(
+        {read("#01AHello"), heard("01A", "Hello"), stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0)});
+}
+
+TEST_F(StackStart, ATableThatBecameEmptyStopsTheTimerOneTickLater)
+{
+    trace.Answers[0] = 0;
+    inject("$01AR1"); // refused and removed
+    EXPECT_EQ(gate->StackItemsCount(), 0);
+    trace.take();
+    inject("$02AR1"); // the timer still runs: no pass at once
+    EXPECT_EQ(trace.countOf("status STACK"), 0);
+    skip(100);
+    EXPECT_EQ(gate->StackItemsCount(), 0);
+    skip(100); // finds the table empty
+    inject("$01AR1");
+    EXPECT_EQ(trace.countOf("status STACK"), 2);
+}
+
+} // namespace
