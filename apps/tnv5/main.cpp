@@ -5,8 +5,11 @@
 #include <CLI/CLI.hpp>
 #include <QGuiApplication>
 #include <QLoggingCategory>
+#include <cstdio>
 
-int main(int argc, char** argv)
+namespace {
+
+int run(int argc, char** argv)
 {
     CLI::App app("Drives the turnstiles and doors of a club.\n", "tnv5");
     app.set_version_flag("--version", "tnv5 " TNV5_VERSION);
@@ -29,10 +32,19 @@ int main(int argc, char** argv)
     const QGuiApplication application(argc, argv);
     tnv5::platform::setExceptionHandler(
         [](const QString& message, const std::exception_ptr&) { tnv5::cli::complain(message); });
+    return chosen();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
     try {
-        return chosen();
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tnv5: %s\n", error.what());
     } catch (...) {
-        tnv5::cli::complain(tnv5::platform::exceptionMessage());
-        return tnv5::cli::kFailed;
+        std::fputs("tnv5: unknown exception\n", stderr);
     }
+    return tnv5::cli::kFailed;
 }
