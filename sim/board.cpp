@@ -70,7 +70,20 @@ bool TBoard::ask(const QByteArray& body, TBehaviour behaviour)
         return false;
     }
     FWaiting = behaviour;
-    return say(body.startsWith("BT") ? '#' : '$', body);
+    return say('$', body);
+}
+
+bool TBoard::pressButton(TBehaviour behaviour)
+{
+    if (FFaults.Dead) {
+        return false;
+    }
+    FWaiting = behaviour;
+    const bool said = say('#', QByteArrayLiteral("BT"));
+    if (opensByButton()) {
+        openGate();
+    }
+    return said;
 }
 
 bool TBoard::walkThrough()
@@ -100,14 +113,12 @@ void TBoard::hear(const TBoardCommand& command)
         answer('#', hardware());
         break;
     case TBoardOrder::Open:
-        if (openGate()) {
+        if (hasGate() && openGate()) {
             answer('$', QByteArrayLiteral("ET")); // the command was heard
         }
         break;
     case TBoardOrder::Refuse:
-        ++FCounts.Refused;
-        FWaiting.reset();
-        answer('$', QByteArrayLiteral("ET"));
+        refuse();
         break;
     case TBoardOrder::Guard:
         ++FCounts.Guards;
@@ -143,6 +154,20 @@ QByteArray TBoard::hardware() const
         relays += on ? 'Y' : 'N';
     }
     return "HWGX=" + display + "/GR=" + relays + '/';
+}
+
+bool TBoard::opensByButton() const
+{
+    return FAddress.endsWith('G') || FAddress.endsWith('T') || FAddress.endsWith('D');
+}
+
+void TBoard::refuse()
+{
+    if (hasGate()) {
+        ++FCounts.Refused;
+        FWaiting.reset();
+        answer('$', QByteArrayLiteral("ET"));
+    }
 }
 
 /// @return false when a hook destroyed the bus.

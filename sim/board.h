@@ -25,6 +25,8 @@ public:
     const QByteArray& address() const { return FAddress; }
     int width() const { return FWidth; }
     bool open() const { return FOpen; }
+    /// Boards of type "I" only have a display.
+    bool hasGate() const { return !FAddress.endsWith('I'); }
     const TBoardCounts& counts() const { return FCounts; }
     const TBoardFaults& faults() const { return FFaults; }
     void setFaults(const TBoardFaults& faults) { FFaults = faults; }
@@ -39,12 +41,15 @@ public:
     /// Says a line of this board's: start character, address, body, checksum.
     bool say(char start, const QByteArray& body);
     bool ask(const QByteArray& body, TBehaviour behaviour);
+    bool pressButton(TBehaviour behaviour);
     bool walkThrough();
     void hear(const TBoardCommand& command);
 
 private:
     void answer(char start, const QByteArray& body);
     QByteArray hardware() const;
+    bool opensByButton() const;
+    void refuse();
     bool openGate();
     void closeGate();
     void act(TBehaviour behaviour);

@@ -107,7 +107,7 @@ bool TBoardBus::readCard(const QString& address, const QString& card, TBehaviour
 bool TBoardBus::pressButton(const QString& address, TBehaviour behaviour)
 {
     TBoard* const board = find(address);
-    return board != nullptr && board->ask(QByteArrayLiteral("BT"), behaviour);
+    return board != nullptr && board->pressButton(behaviour);
 }
 
 bool TBoardBus::walkThrough(const QString& address)

@@ -37,6 +37,10 @@ class TBoard;
 ///   does as told: "PR" and "GR" for a passage, "FK" for nobody;
 /// - keeps what its display shows.
 ///
+/// The fourth character of an address is the side of a pair ("A", "B") or the type of a board that stands
+/// alone: "G" a gate, "T" a turnstile, "D" a door, "I" a display with a reader and no gate, which neither
+/// opens nor refuses. The exit button of a gate, a turnstile or a door opens it without asking anyone.
+///
 /// The checksum of every command is checked; a wrong one is noted and nothing else. The hooks run on the main
 /// thread and may call back, or destroy the bus. The stream must outlive it.
 class TBoardBus final : public QObject
@@ -66,7 +70,7 @@ public:
     /// A card is held to the reader: "RQ" and the card, which must be plain ASCII without control characters.
     bool readCard(const QString& address, const QString& card,
                   TBehaviour behaviour = TBehaviour::PassesThrough);
-    /// The exit button is pressed: "BT".
+    /// The exit button is pressed: "BT"; a gate, turnstile or door (not a board of a pair) opens by itself.
     bool pressButton(const QString& address, TBehaviour behaviour = TBehaviour::PassesThrough);
     /// Somebody walks through: an open gate reports "PR" and "GR", a closed one the crossing "GO".
     bool walkThrough(const QString& address);

@@ -14,12 +14,15 @@ namespace {
 const QString kHall = QStringLiteral("hall");
 const QString kPool = QStringLiteral("pool");
 const QString kStaff = QStringLiteral("staff");
+const QString kGym = QStringLiteral("gym");
 
 const QString kMain = QStringLiteral("01A");
 const QString kExit = QStringLiteral("02A");
 const QString kPoolGate = QStringLiteral("03A");
 const QString kStaffDoor = QStringLiteral("04D");
 const QString kSide = QStringLiteral("06A");
+const QString kGymGate = QStringLiteral("101T");
+const QString kGymExit = QStringLiteral("102T");
 
 struct TPerson
 {
@@ -30,6 +33,7 @@ struct TPerson
     int toDay = 300;
     bool suspended = false;
     bool inside = false;
+    qint64 cents = 0;
 };
 
 const TPerson kAnna = {QStringLiteral("Anna Berg"), QStringLiteral("10000001"), {kHall}};
@@ -43,6 +47,11 @@ const TPerson kHugo = {
     QStringLiteral("Hugo Stern"), QStringLiteral("10000008"), {kHall}, -30, 300, false, true};
 const TPerson kIda = {QStringLiteral("Ida Wolf"), QStringLiteral("10000009"), {kPool}};
 const TPerson kJonas = {QStringLiteral("Jonas Kraft"), QStringLiteral("10000010"), {kHall}};
+const TPerson kKarl = {
+    QStringLiteral("Karl Winter"), QStringLiteral("10000011"), {kGym}, -30, 300, false, false, 4'250};
+const TPerson kLena = {
+    QStringLiteral("Lena Sommer"), QStringLiteral("10000012"), {kGym}, -30, 300, false, false, -705};
+const TPerson kMax = {QStringLiteral("Max Herbst"), QStringLiteral("10000013"), {kGym}, -400, -1};
 const QString kStrangersCard = QStringLiteral("99999999");
 
 TStep passes(const QString& gate, const QString& card)
@@ -75,6 +84,12 @@ TStep walksOffUnnoticed(const TPerson& person)
     return {kSilentGate, person.card, TBehaviour::WalksAway, TRefusal::None, TEnding::Unanswered};
 }
 
+TStep showing(TStep step, const QString& who, const QString& what)
+{
+    step.shown = QStringList({who, what});
+    return step;
+}
+
 TStep pressesButton()
 {
     return passes(kStaffDoor, common::kCardButton);
@@ -92,13 +107,16 @@ void fillClub(host::TDatabase& club, QDate today)
     club.setGate({kStaffDoor, kStaff, TDirection::Inner});
     club.setGate({kSilentGate, kHall, TDirection::In});
     club.setGate({kSide, kHall, TDirection::In});
+    club.setGate({kGymGate, kGym, TDirection::In});
+    club.setGate({kGymExit, kGym, TDirection::Out});
     for (const TPerson& person :
-         {kAnna, kBoris, kClara, kDavid, kEmma, kFelix, kGreta, kHugo, kIda, kJonas}) {
+         {kAnna, kBoris, kClara, kDavid, kEmma, kFelix, kGreta, kHugo, kIda, kJonas, kKarl, kLena, kMax}) {
         const qint64 id = club.addMember(person.name);
         club.addCard(person.card, id);
         club.addMembership(id, {today.addDays(person.fromDay), today.addDays(person.toDay), person.zones});
         club.setSuspended(id, person.suspended);
         club.setInside(id, person.inside);
+        club.setBalance(id, person.cents);
     }
 }
 
@@ -107,10 +125,27 @@ QStringList demoGates()
     return {kMain, kExit, kPoolGate, kStaffDoor, kSilentGate, kSide};
 }
 
+QStringList demoBoards()
+{
+    return {kGymGate, kGymExit};
+}
+
 QList<TVisitor> demoVisitors()
 {
     const auto insideAlready = TRefusal::AlreadyInside;
+    const QString karlsBalance = QStringLiteral("Balance 42.50");
+    const QString lenasBalance = QStringLiteral("Balance -7.05");
     return {
+        {kKarl.name,
+         {showing(passes(kGymGate, kKarl), kKarl.name, karlsBalance),
+          showing(refused(kGymGate, kKarl, insideAlready), kKarl.name, QStringLiteral("already inside")),
+          showing(passes(kGymExit, kKarl), kKarl.name, karlsBalance)}},
+        {kLena.name,
+         {showing(hesitates(kGymGate, kLena), kLena.name, lenasBalance),
+          showing(passes(kGymGate, kLena), kLena.name, lenasBalance),
+          showing(passes(kGymExit, kLena), kLena.name, lenasBalance)}},
+        {kMax.name,
+         {showing(refused(kGymGate, kMax, TRefusal::Expired), kMax.name, QStringLiteral("expired"))}},
         {kAnna.name, {passes(kMain, kAnna), refused(kSide, kAnna, insideAlready), passes(kExit, kAnna)}},
         {kBoris.name, {hesitates(kSide, kBoris), passes(kSide, kBoris), passes(kExit, kBoris)}},
         {kClara.name, {refused(kMain, kClara, TRefusal::Expired)}},
@@ -121,7 +156,10 @@ QList<TVisitor> demoVisitors()
         {kHugo.name, {refused(kMain, kHugo, insideAlready), passes(kExit, kHugo), passes(kMain, kHugo)}},
         {kIda.name, {passes(kPoolGate, kIda), passes(kExit, kIda)}},
         {kJonas.name, {walksOffUnnoticed(kJonas), passes(kMain, kJonas), passes(kExit, kJonas)}},
-        {QStringLiteral("a stranger"), {refused(kSide, kStrangersCard, TRefusal::UnknownCard)}},
+        {QStringLiteral("a stranger"),
+         {refused(kSide, kStrangersCard, TRefusal::UnknownCard),
+          showing(refused(kGymExit, kStrangersCard, TRefusal::UnknownCard),
+                  QStringLiteral("Card ") + kStrangersCard, QStringLiteral("unknown card"))}},
     };
 }
 

@@ -14,6 +14,7 @@ struct TStep
     sim::TBehaviour behaviour;
     host::TRefusal refusal; ///< none: the gate opens
     host::TEnding ending;
+    QStringList shown = {}; ///< by the gate's display from its first row on; empty: it has none
 };
 
 /// Somebody who does these steps one after the other, again and again.
@@ -29,7 +30,10 @@ extern const QString kSilentGate;
 /// Enters the demo's small club into an empty database.
 void fillClub(host::TDatabase& club, QDate today);
 
+/// The gates of the classic line.
 QStringList demoGates();
+/// The networked gates.
+QStringList demoBoards();
 QList<TVisitor> demoVisitors();
 
 } // namespace tnv5::cli

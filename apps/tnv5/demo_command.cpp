@@ -3,6 +3,7 @@
 #include "apps/tnv5/demo_report.h"
 #include "apps/tnv5/stop_signal.h"
 #include "host/club_host.h"
+#include "host/d24_host.h"
 #include "host/port_keeper.h"
 #include "platform/serial_port.h"
 #include "sim/line_faults.h"
@@ -36,6 +37,8 @@ public:
 private:
     void prepareGates();
     void prepareHost();
+    void prepareBoards();
+    bool ready(const QString& gate);
     void look();
     void spoilCable(bool spoiled);
     void unplugWhenQuiet();
@@ -50,12 +53,19 @@ private:
     sim::TPty FPty;
     sim::TLineFaults FCable;
     sim::TClassicLine FGates;
+    sim::TPty FBusPty;
+    sim::TBoardBus FBus;
 
     platform::TSerialPort FPort;
     turnstile::TTurnStylerDevice FLine;
     host::TClubHost FHost;
     host::TPortKeeper FKeeper;
+    platform::TSerialPort FBusPort;
+    connector::TDeviceConnector FConnector;
+    d24::TTurnStylerDeviceD24 FBoards;
+    host::TD24Host FBoardHost;
 
+    TDemoGates FAllGates;
     TDemoStreet FStreet;
     TStopSignal FStop;
     platform::TTimer FTimer;
@@ -75,13 +85,17 @@ private:
 };
 
 constexpr int kLookMs = 50;
-constexpr int kAwayMs = 700;            // that long is the cable out
+constexpr int kAwayMs = 700; // that long is the cable out
+constexpr int kDisplayWidth = 20;
+constexpr int kPingMs = 500;            // the first ping tells the host that a board is there
 constexpr int kClosingLimitMs = 20'000; // for the visitors who are still under way
 
 // Parts of the time at which things happen.
 constexpr double kCableGoesBad = 0.3;
 constexpr double kCableIsGood = 0.55;
 constexpr double kCableComesOut = 0.6;
+
+const QString kLink = QStringLiteral("0.0.0.0"); // what the connector calls its serial port
 
 void announce(const QString& text)
 {
@@ -95,13 +109,18 @@ TDemo::TDemo(host::TDatabase& club, const TDemoOptions& options)
       FPty(QStringLiteral("gates")),
       FCable(FPty),
       FGates(FCable),
+      FBusPty(QStringLiteral("boards")),
+      FBus(FBusPty),
       FHost(FLine, FClub),
       FKeeper(FPort),
-      FStreet(FGates, [this](const QString& gate) { return FLine.p_hw_FindDevice(gate) < 0; }),
+      FBoardHost(FBoards, FHost.desk()),
+      FAllGates(FGates, FBus),
+      FStreet(FAllGates, [this](const QString& gate) { return ready(gate); }),
       FStop([] { QCoreApplication::quit(); })
 {
     prepareGates();
     prepareHost();
+    prepareBoards();
     FTimer.SetInterval(kLookMs);
     FTimer.OnTimer = [this](platform::TTimer*) { look(); };
 }
@@ -131,12 +150,47 @@ void TDemo::prepareHost()
     FKeeper.OnLost = [](const QString& why) { announce(QStringLiteral("the port went away: ") + why); };
 }
 
+void TDemo::prepareBoards()
+{
+    for (const QString& board : demoBoards()) {
+        FBus.addBoard(board, kDisplayWidth);
+    }
+    FBus.Delays.ProgressMs = FGates.Delays.ProgressMs;
+    FBus.Delays.PassageMs = FGates.Delays.PassageMs;
+    FBus.Delays.GiveUpMs = FGates.Delays.GiveUpMs;
+    FBusPort.SetPort(FBusPty.path());
+    FConnector.SetConnectorType(connector::podComPort);
+    FConnector.SetComport(&FBusPort);
+    FConnector.SetOnError([](platform::TComponent*, const QString& text) { announce(text); });
+    FBoards.SetConnector(&FConnector);
+    FStreet.OnVisit = [](const TVisit& visit) {
+        if (!visit.display.isEmpty()) {
+            print(QStringLiteral("              %1  display: %2 / %3")
+                      .arg(visit.step.gate, visit.display.value(0), visit.display.value(1)));
+        }
+    };
+}
+
+/// The host has nobody under way at a gate, and knows the display of a networked one.
+bool TDemo::ready(const QString& gate)
+{
+    if (!TDemoGates::isBoard(gate)) {
+        return FLine.p_hw_FindDevice(gate) < 0;
+    }
+    const bool known = FConnector.GetDeviceFromList(kLink, gate)->DisplayLine > 0;
+    return known && FBoards.p_hw_FindDevice(kLink, gate) < 0;
+}
+
 int TDemo::run()
 {
-    announce(QStringLiteral("simulated gates on a pseudo-terminal, a real serial port, a real database"));
+    announce(QStringLiteral("simulated gates on two pseudo-terminals, real serial ports, a real database"));
     if (!FKeeper.start()) {
         throw platform::Exception(QStringLiteral("The simulated line cannot be opened"));
     }
+    if (!FConnector.GetConnected()) {
+        throw platform::Exception(QStringLiteral("The simulated bus cannot be opened"));
+    }
+    FBus.setPingInterval(kPingMs);
     for (const TVisitor& visitor : demoVisitors()) {
         FStreet.invite(visitor);
     }
@@ -146,6 +200,7 @@ int TDemo::run()
     FTimer.SetEnabled(false);
     showProgress({});
     FKeeper.stop();
+    FBoardHost.close();
     FHost.close();
     return FStop.received() ? kInterrupted : conclude();
 }

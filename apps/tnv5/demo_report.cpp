@@ -56,6 +56,11 @@ double percentile(const QList<double>& sorted, double percent)
     return sorted[std::max<qsizetype>(rank, 1) - 1];
 }
 
+QStringList shownRows(const TVisit& visit)
+{
+    return visit.display.mid(0, visit.step.shown.size());
+}
+
 QString row(const QString& name, const QString& value)
 {
     return QStringLiteral("  %1 %2").arg(name, -32).arg(value, 10);
@@ -64,6 +69,36 @@ QString row(const QString& name, const QString& value)
 QString row(const QString& name, qsizetype value)
 {
     return row(name, QString::number(value));
+}
+
+/// One row a gate.
+QStringList gateRows(const QList<TVisit>& visits)
+{
+    struct TCounts
+    {
+        int opened = 0;
+        int passed = 0;
+        int refused = 0;
+    };
+    std::map<QString, TCounts> gates;
+    for (const QString& gate : demoGates() + demoBoards()) {
+        gates[gate] = {};
+    }
+    for (const TVisit& visit : visits) { // as seen at the gate
+        TCounts& counts = gates[visit.step.gate];
+        counts.opened += visit.seen.Fate == sim::TFate::Opened ? 1 : 0;
+        counts.passed += visit.seen.Passed ? 1 : 0;
+        counts.refused += visit.seen.Fate == sim::TFate::Refused ? 1 : 0;
+    }
+    const QString layout = QStringLiteral("  %1 %2 %3 %4");
+    QStringList lines = {layout.arg(QStringLiteral("gate"), -22)
+                             .arg(QStringLiteral("opened"), 6)
+                             .arg(QStringLiteral("passed"), 6)
+                             .arg(QStringLiteral("refused"), 7)};
+    for (const auto& [gate, counts] : gates) {
+        lines << layout.arg(gate, -22).arg(counts.opened, 6).arg(counts.passed, 6).arg(counts.refused, 7);
+    }
+    return lines;
 }
 
 } // namespace
@@ -81,6 +116,9 @@ QStringList compare(const QList<TVisit>& visits, const QList<TPass>& journal)
                                 .arg(visit.name, step.card, step.gate, describe(step.refusal, step.ending));
         if (!asItMustBe(visit.seen, step)) {
             wrong << who + QStringLiteral("the gate: ") + describe(visit.seen);
+        }
+        if (shownRows(visit) != step.shown) {
+            wrong << who + QStringLiteral("the display: ") + visit.display.join(QStringLiteral(" / "));
         }
         QList<TPass>& here = rows[step.gate];
         if (here.isEmpty()) {
@@ -136,7 +174,7 @@ QStringList closingTable(const QList<TVisit>& visits)
         lines << row(QStringLiteral("card to relay, median"), ms(50));
         lines << row(QStringLiteral("card to relay, 99th percentile"), ms(99));
     }
-    return lines << QString();
+    return lines << QString() << gateRows(visits) << QString();
 }
 
 } // namespace tnv5::cli

@@ -1,7 +1,5 @@
 #include "apps/tnv5/demo_street.h"
 
-#include "common/messages.h"
-
 namespace tnv5::cli {
 
 namespace {
@@ -13,11 +11,11 @@ constexpr qint64 kRestNs = 1'000 * kNsPerMs; // of a visitor who has done everyt
 
 } // namespace
 
-TDemoStreet::TDemoStreet(sim::TClassicLine& line, std::function<bool(const QString&)> ready)
-    : FLine(line), FReady(std::move(ready))
+TDemoStreet::TDemoStreet(TDemoGates& gates, std::function<bool(const QString&)> ready)
+    : FGates(gates), FReady(std::move(ready))
 {
     FWatch.start();
-    FLine.OnCommand = [this](const sim::TReceivedCommand& command) { onCommand(command); };
+    FGates.OnCommand = [this](const QString& gate) { onCommand(gate); };
     FTimer.SetInterval(kLookMs);
     FTimer.OnTimer = [this](platform::TTimer*) { look(); };
     FTimer.SetEnabled(true);
@@ -32,8 +30,7 @@ void TDemoStreet::look()
 {
     for (auto place = FAtGate.begin(); place != FAtGate.end();) {
         const auto& [gate, here] = *place;
-        const bool answered = FLine.reading(here.visit.seen.Id).Fate != sim::TFate::Waiting;
-        if (answered && !FLine.gateOpen(gate) && FReady(gate)) {
+        if (FGates.done(gate) && FReady(gate)) {
             leave(here);
             place = FAtGate.erase(place);
         } else {
@@ -51,7 +48,7 @@ void TDemoStreet::look()
         const auto free = FFreeSinceNs.find(gate);
         const qint64 now = FWatch.nsecsElapsed();
         const bool clear = free == FFreeSinceNs.end() || now - free->second > kWalkNs;
-        if (clear && now >= guest.notBeforeNs && !FAtGate.contains(gate)) {
+        if (clear && now >= guest.notBeforeNs && !FAtGate.contains(gate) && FReady(gate)) {
             stepUp(guest);
         } else {
             FWaiting.append(guest);
@@ -64,17 +61,15 @@ void TDemoStreet::stepUp(const TGuest& guest)
     const TStep& step = guest.next();
     TAtGate& place = FAtGate[step.gate];
     place.guest = guest;
-    place.visit = {guest.visitor.name, step, {}, -1};
+    place.visit = {guest.visitor.name, step, {}, -1, {}};
     place.timed = !Measuring;
     place.askedNs = FWatch.nsecsElapsed();
-    place.visit.seen.Id = step.card == common::kCardButton
-                              ? FLine.pressButton(step.gate, step.behaviour)
-                              : FLine.readCard(step.gate, step.card, step.behaviour);
+    FGates.stepUp(step);
 }
 
-void TDemoStreet::onCommand(const sim::TReceivedCommand& command)
+void TDemoStreet::onCommand(const QString& gate)
 {
-    const auto place = FAtGate.find(QString::fromLatin1(command.Line.mid(1, 3)));
+    const auto place = FAtGate.find(gate);
     if (place != FAtGate.end() && !std::exchange(place->second.timed, true)) {
         const qint64 took = FWatch.nsecsElapsed() - place->second.askedNs;
         place->second.visit.relayMs = static_cast<double>(took) / kNsPerMs;
@@ -84,7 +79,8 @@ void TDemoStreet::onCommand(const sim::TReceivedCommand& command)
 void TDemoStreet::leave(const TAtGate& place)
 {
     TVisit visit = place.visit;
-    visit.seen = FLine.reading(visit.seen.Id);
+    visit.seen = FGates.seen(visit.step.gate);
+    visit.display = FGates.display(visit.step.gate);
     FVisits.append(visit);
     FFreeSinceNs[visit.step.gate] = FWatch.nsecsElapsed();
 
@@ -92,6 +88,9 @@ void TDemoStreet::leave(const TAtGate& place)
     guest.step = (guest.step + 1) % guest.visitor.steps.size();
     guest.notBeforeNs = guest.step == 0 ? FWatch.nsecsElapsed() + kRestNs : 0;
     FWaiting.append(guest);
+    if (OnVisit) {
+        OnVisit(visit);
+    }
 }
 
 } // namespace tnv5::cli

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "apps/tnv5/demo_club.h"
+#include "apps/tnv5/demo_gates.h"
 #include "platform/timer.h"
 
 #include <QElapsedTimer>
@@ -15,6 +15,7 @@ struct TVisit
     TStep step;
     sim::TReading seen;  ///< at the gate
     double relayMs = -1; ///< from the card to the command; below 0: not measured
+    QStringList display; ///< what the gate's display showed
 };
 
 /// The street in front of the demo's gates: lets one visitor at a time step up to each gate, and notes what
@@ -23,7 +24,7 @@ class TDemoStreet
 {
 public:
     /// @param ready whether a gate is ready for the next visitor, as far as the host knows
-    TDemoStreet(sim::TClassicLine& line, std::function<bool(const QString& gate)> ready);
+    TDemoStreet(TDemoGates& gates, std::function<bool(const QString& gate)> ready);
 
     void invite(const TVisitor& visitor);
     /// Nobody steps up until `resume`.
@@ -39,6 +40,9 @@ public:
 
     /// Off: times are not measured, because the cable itself delays lines.
     bool Measuring = true;
+
+    /// A visit has ended.
+    std::function<void(const TVisit& visit)> OnVisit;
 
     /// In the order in which they ended; at one gate, that in which they began.
     const QList<TVisit>& visits() const { return FVisits; }
@@ -61,10 +65,10 @@ private:
 
     void look();
     void stepUp(const TGuest& guest);
-    void onCommand(const sim::TReceivedCommand& command);
+    void onCommand(const QString& gate);
     void leave(const TAtGate& place);
 
-    sim::TClassicLine& FLine;
+    TDemoGates& FGates;
     std::function<bool(const QString&)> FReady;
     platform::TTimer FTimer;
     QElapsedTimer FWatch;

@@ -22,6 +22,8 @@ int run(int argc, char** argv)
     tnv5::cli::addRunCommand(app, chosen);
     tnv5::cli::addWatchCommand(app, chosen);
     tnv5::cli::addReplayCommand(app, chosen);
+    tnv5::cli::addScalesCommand(app, chosen);
+    tnv5::cli::addWeighCommand(app, chosen);
     CLI11_PARSE(app, argc, argv);
 
     qputenv("QT_NO_GLIB", "1"); // Qt's own event loop answers a card sooner

@@ -1,17 +1,19 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
-#include "apps/tnv5/protocol_option.h"
 #include "apps/tnv5/stop_signal.h"
 #include "host/port_diagnosis.h"
 #include "platform/com_data_packet.h"
 #include "platform/serial_port.h"
 #include "platform/timer.h"
+#include "scales/families.h"
 #include "tools/explanation.h"
 
+#include <CLI/CLI.hpp>
 #include <QCoreApplication>
 #include <QFile>
 #include <QTime>
 #include <memory>
+#include <optional>
 
 namespace tnv5::cli {
 
@@ -21,8 +23,9 @@ struct TWatchOptions
 {
     std::string port;
     tools::TProtocol protocol = tools::TProtocol::Bus;
+    int scalesType = 0; // on the line of a scale
     std::string record;
-    int baudRate = 9600;
+    std::optional<int> baudRate;
 };
 
 /// The file of "--record", if one is asked for.
@@ -59,7 +62,10 @@ class TWatch
 {
 public:
     explicit TWatch(const TWatchOptions& options)
-        : FProtocol(options.protocol), FRecord(options), FCutter(options.protocol)
+        : FProtocol(options.protocol),
+          FScalesType(options.scalesType),
+          FRecord(options),
+          FCutter(options.protocol, options.scalesType)
     {
         constexpr int kPauseMs = 50; // nothing followed for so long: a command on a bus is over
         // everything that is read is one packet, whatever it begins and ends with
@@ -92,7 +98,7 @@ private:
     void show(const QByteArrayList& pieces)
     {
         for (const QByteArray& piece : pieces) {
-            const tools::TExplanation explanation = tools::explain(FProtocol, piece);
+            const tools::TExplanation explanation = tools::explain(FProtocol, piece, FScalesType);
             const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz"));
             print(time + u' ' + tools::explanationLine(piece, explanation));
             FRecord.add(explanation.Direction, piece);
@@ -100,6 +106,7 @@ private:
     }
 
     tools::TProtocol FProtocol;
+    int FScalesType;
     TRecordFile FRecord;
     tools::TLineCutter FCutter;
     platform::TComDataPacket FBytes;
@@ -118,12 +125,48 @@ void openPort(platform::TSerialPort& port)
     }
 }
 
+/// A scale's family sets the line up, and what was asked for by name goes before it.
+void setUp(platform::TSerialPort& port, const TWatchOptions& options)
+{
+    const scales::TFamily* family = scales::familyOf(options.scalesType);
+    if (family != nullptr && family->settings) {
+        port.SetBaudRate(family->settings->baudRate);
+        port.SetParity(family->settings->parity);
+    }
+    if (options.baudRate) {
+        port.SetBaudRate(*options.baudRate);
+    }
+}
+
+/// "bus", "turnstile" or "scales:N".
+void setProtocol(TWatchOptions& options, const std::string& text)
+{
+    const QString scales = QStringLiteral("scales:");
+    const QString name = QString::fromStdString(text);
+    if (name.startsWith(scales)) {
+        options.protocol = tools::TProtocol::Scales;
+        options.scalesType = name.mid(scales.size()).toInt();
+    } else {
+        options.protocol = name == u"bus" ? tools::TProtocol::Bus : tools::TProtocol::Turnstile;
+    }
+}
+
+/// All that "--as" takes.
+std::vector<std::string> protocolNames()
+{
+    std::vector<std::string> names = {"bus", "turnstile"};
+    for (int number = 1; scales::familyOf(number) != nullptr; ++number) {
+        names.push_back("scales:" + std::to_string(number));
+    }
+    return names;
+}
+
 int watch(const TWatchOptions& options)
 {
     TWatch watcher(options);
     platform::TSerialPort port;
     port.SetPort(QString::fromStdString(options.port));
-    port.SetBaudRate(options.baudRate);
+    setUp(port, options);
     int result = kDone;
     port.OnException = [&](platform::TComponent*, platform::TComExceptionKind kind, const QString& message,
                            qint64, const QString&) {
@@ -152,10 +195,17 @@ void addWatchCommand(CLI::App& app, TCommand& chosen)
     command->add_option("port", options->port, "Serial port, best a stable name from \"tnv5 ports\"")
         ->required()
         ->type_name("PORT");
-    addProtocolOption(*command, options->protocol);
+    command
+        ->add_option_function<std::string>(
+            "--as", [options](const std::string& name) { setProtocol(*options, name); },
+            "What is spoken: bus (boards), turnstile (classic controllers) or scales:N (N from \"tnv5 "
+            "scales\")")
+        ->required()
+        ->type_name("PROTOCOL")
+        ->check(CLI::IsMember(protocolNames()).description(""));
     command->add_option("--record", options->record, "Write a recording for \"tnv5 replay\"")
         ->type_name("FILE");
-    command->add_option("--baud", options->baudRate, "Speed of the line")->capture_default_str();
+    command->add_option("--baud", options->baudRate, "Speed of the line; 9600, or what the scale needs");
     command->footer(
         "\nEach line: time; < from the equipment, > to it, ? not known; checksum right, WRONG or - for\n"
         "none; the bytes; the meaning. Nothing is ever sent.");

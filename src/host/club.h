@@ -15,7 +15,8 @@ namespace tnv5::host {
 /// Which way a gate leads. `Inner` is a door inside the club: it neither asks nor changes who is inside.
 enum class TDirection { In, Out, Inner };
 
-/// A channel of a controller: its three-character address and the zone that it leads into or out of.
+/// A channel of a classic controller (three characters) or a networked one (four): its address and the zone
+/// that it leads into or out of.
 struct TGate
 {
     QString address;
@@ -29,6 +30,7 @@ struct TMember
     QString name;
     bool suspended = false;
     bool inside = false;
+    qint64 balance = 0; ///< of the member's account, in cents; below 0: owed
 };
 
 /// A right to enter zones, from the first to the last day, both included.
@@ -73,6 +75,7 @@ struct TPass
     QString card;                  ///< card number, or the pseudo card of a button or of an opening by hand
     qint64 member = 0;             ///< 0: none
     QString name;                  ///< of the member; not kept in the journal
+    qint64 balance = 0;            ///< of the member, in cents; not kept in the journal
     QString gate;
     std::optional<TDirection> direction; ///< of the gate, if it is known; not kept in the journal
     TRefusal refusal = TRefusal::None;   ///< none: it was opened

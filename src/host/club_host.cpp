@@ -1,43 +1,19 @@
 #include "host/club_host.h"
 
-#include "common/messages.h"
-#include "host/card_decision.h"
-#include "host/picture.h"
-
-#include <algorithm>
-
 namespace tnv5::host {
-
-using turnstile::TTurnStylerDevice;
 
 namespace {
 
-constexpr int kNewsDelayMs = 1;
-constexpr int kMaxPictures = 256;
-constexpr std::size_t kMaxNews = 100'000; // told within a millisecond, unless nothing runs the event loop
-
-std::optional<TEnding> endingOf(int mode)
-{
-    switch (mode) {
-    case turnstile::cmTimeout:
-        return TEnding::TimedOut;
-    case turnstile::cmFinish:
-        return TEnding::Passed;
-    case turnstile::cmNoAnswer:
-        return TEnding::Unanswered;
-    default:
-        return std::nullopt;
-    }
-}
+constexpr qsizetype kAddressLength = 3; // of a channel on the line; other gates have other controllers
 
 } // namespace
 
-TClubHost::TClubHost(TTurnStylerDevice& device, TDatabase& database)
-    : FDevice(&device), FDatabase(database), FJournal(database), FPictures(kMaxPictures)
+TClubHost::TClubHost(turnstile::TTurnStylerDevice& device, TDatabase& database)
+    : FDevice(&device), FDesk(database)
 {
     QStringList addresses = device.DeviceList();
     for (const TGate& gate : database.gates()) {
-        if (!addresses.contains(gate.address)) {
+        if (gate.address.size() == kAddressLength && !addresses.contains(gate.address)) {
             addresses.append(gate.address);
         }
     }
@@ -50,15 +26,18 @@ TClubHost::TClubHost(TTurnStylerDevice& device, TDatabase& database)
     });
     device.SetOnGetImg(
         [this](platform::TComponent*, const QString& address, QImage& image) { onImage(address, image); });
-    device.SetOnError([this](platform::TComponent*, const QString& text) { trouble(text); });
+    device.SetOnError([this](platform::TComponent*, const QString& text) { FDesk.trouble(text); });
 
-    FJournal.OnTrouble = [this](const QString& text) { trouble(text); };
-    FJournal.OnLost = [this](const TPass& pass) {
-        trouble(QStringLiteral("NOT IN THE JOURNAL: %1  %2").arg(toText(pass.began), logLine(pass)));
+    FDesk.OnPass = [this](const TPass& pass) {
+        if (OnPass) {
+            OnPass(pass);
+        }
     };
-    holderPicture({}); // loads the fonts now, not while the first person waits
-    FNewsTimer.SetInterval(kNewsDelayMs);
-    FNewsTimer.OnTimer = [this](platform::TTimer*) { tellNews(); };
+    FDesk.OnTrouble = [this](const QString& text) {
+        if (OnTrouble) {
+            OnTrouble(text);
+        }
+    };
 }
 
 TClubHost::~TClubHost()
@@ -68,158 +47,29 @@ TClubHost::~TClubHost()
 
 void TClubHost::close()
 {
-    if (std::exchange(FClosed, true)) {
-        return;
-    }
     if (FDevice) {
         FDevice->SetOnCheckSQL({});
         FDevice->SetOnGetImg({});
         FDevice->SetOnError({});
+        FDevice.clear();
     }
-    while (!FUnderWay.empty()) {
-        const auto [address, card] = FUnderWay.begin()->first;
-        endPass(address, card, TEnding::Interrupted);
-    }
-    FJournal.close();
-    tellNews();
+    FDesk.close();
 }
 
 void TClubHost::onCheck(const QString& address, const QString& card, int mode, QVariant& result)
 {
     if (mode == turnstile::cmOpen) {
-        decideNew(address, card, result);
+        result = int(FDesk.decideNew(address, card).opened());
     } else if (const auto ending = endingOf(mode)) {
         result = 1;
-        endPass(address, card, *ending);
+        FDesk.endPass(address, card, *ending);
     }
-}
-
-void TClubHost::decideNew(const QString& address, const QString& card, QVariant& result)
-{
-    const auto pass = std::make_shared<TPass>();
-    pass->began = platform::Now();
-    pass->gate = address;
-    pass->card = card;
-    pass->refusal = TRefusal::HostFault;
-    try {
-        lookUp(*pass);
-    } catch (...) { // told, not raised: the component would ask again and again while a person waits
-        trouble(QStringLiteral("card %1 at %2 cannot be decided about: %3")
-                    .arg(card, address, platform::exceptionMessage()));
-    }
-    if (common::IsPseudoCard(card)) {
-        pass->refusal = TRefusal::None; // whoever is let out by a button must not wait for a database
-    }
-    result = pass->opened() ? 1 : 0;
-    if (pass->opened()) {
-        FUnderWay[{address, card}] = pass;
-    }
-    note(pass);
-}
-
-// Everything that the database knows about a pass, and what follows from it.
-void TClubHost::lookUp(TPass& pass)
-{
-    const std::optional<TGate> gate = FDatabase.gateAt(pass.gate);
-    if (gate) {
-        pass.direction = gate->direction;
-    }
-    std::optional<THolder> holder = FDatabase.holderOf(pass.card);
-    if (holder) {
-        pass.member = holder->member.id;
-        pass.name = holder->member.name;
-        holder->member.inside = isInside(holder->member, pass);
-    }
-    pass.refusal = decide(gate, holder, dayOf(pass.began));
-}
-
-// The database is behind by the passes that wait to be written and those that are being made.
-bool TClubHost::isInside(const TMember& member, const TPass& pass) const
-{
-    const bool goingIn = std::any_of(FUnderWay.begin(), FUnderWay.end(), [&](const auto& entry) {
-        const TPass& other = *entry.second;
-        return other.member == member.id && other.gate != pass.gate && other.direction == TDirection::In;
-    });
-    return goingIn || FJournal.insideOf(member.id).value_or(member.inside);
-}
-
-void TClubHost::endPass(const QString& address, const QString& card, TEnding ending)
-{
-    const PPass pass = takePass(address, card);
-    pass->ended = platform::Now();
-    pass->ending = ending;
-    note(pass);
-}
-
-PPass TClubHost::takePass(const QString& address, const QString& card)
-{
-    if (auto known = FUnderWay.extract({address, card})) {
-        return known.mapped();
-    }
-    // Opened without a question: by a button pressed while the card was still waiting for its turn.
-    const auto pass = std::make_shared<TPass>();
-    pass->began = platform::Now();
-    pass->gate = address;
-    pass->card = card;
-    if (!platform::guarded([&] { lookUp(*pass); })) {
-        trouble(QStringLiteral("the holder of card %1 at %2 cannot be found out").arg(card, address));
-    }
-    pass->refusal = TRefusal::None;
-    return pass;
 }
 
 void TClubHost::onImage(const QString& address, QImage& image)
 {
-    const turnstile::PRFidInfo record = FDevice->StackItem(FDevice->p_hw_FindDevice(address));
-    if (!record || common::IsPseudoCard(record->CardNumber)) {
-        return;
-    }
-    try {
-        const std::optional<THolder> holder = FDatabase.holderOf(record->CardNumber);
-        if (!holder) {
-            return;
-        }
-        const TMember& member = holder->member;
-        if (!FPictures.contains(member.id)) {
-            FPictures.insert(member.id, new QImage(holderPicture(member)));
-        }
-        image = *FPictures.object(member.id);
-    } catch (...) { // a missing picture must not keep anyone waiting
-        trouble(QStringLiteral("no picture for card %1: %2")
-                    .arg(record->CardNumber, platform::exceptionMessage()));
-    }
-}
-
-void TClubHost::note(const PPass& pass)
-{
-    FJournal.add(pass);
-    if (FNews.size() < kMaxNews) {
-        FNews.emplace_back([this, copy = *pass] {
-            if (OnPass) {
-                OnPass(copy);
-            }
-        });
-        FNewsTimer.SetEnabled(true);
-    }
-}
-
-void TClubHost::trouble(const QString& text)
-{
-    if (FNews.size() < kMaxNews) {
-        FNews.emplace_back([this, text] {
-            if (OnTrouble) {
-                OnTrouble(text);
-            }
-        });
-        FNewsTimer.SetEnabled(true);
-    }
-}
-
-void TClubHost::tellNews()
-{
-    FNewsTimer.SetEnabled(false);
-    for (const auto& news : std::exchange(FNews, {})) {
-        platform::guarded(news);
+    if (const turnstile::PRFidInfo record = FDevice->StackItem(FDevice->p_hw_FindDevice(address))) {
+        image = FDesk.pictureFor(record->CardNumber);
     }
 }
 

@@ -116,6 +116,7 @@ struct TDatabase::TParts
     TStatement addMember = statement(u"INSERT INTO member (name) VALUES (?)");
     TStatement setSuspended = statement(u"UPDATE member SET suspended = ? WHERE id = ?");
     TStatement setInside = statement(u"UPDATE member SET inside = ? WHERE id = ?");
+    TStatement setBalance = statement(u"UPDATE member SET balance = ? WHERE id = ?");
     TStatement addCard = statement(u"INSERT INTO card (number, member) VALUES (?, ?)");
     TStatement addZone = statement(u"INSERT INTO zone (name) VALUES (?) ON CONFLICT DO NOTHING");
     TStatement addMembership =
@@ -125,7 +126,7 @@ struct TDatabase::TParts
     TStatement setGate = statement(
         u"INSERT INTO gate (address, zone, direction) VALUES (?, ?, ?)"
         u" ON CONFLICT (address) DO UPDATE SET zone = excluded.zone, direction = excluded.direction");
-    TStatement holder = statement(u"SELECT member.id, name, suspended, inside FROM card"
+    TStatement holder = statement(u"SELECT member.id, name, suspended, inside, balance FROM card"
                                   u" JOIN member ON member.id = card.member WHERE number = ?");
     TStatement memberships =
         statement(u"SELECT id, valid_from, valid_to, zone FROM membership"
@@ -164,6 +165,11 @@ void TDatabase::setInside(qint64 member, bool inside)
     F->setInside.run({int(inside), member});
 }
 
+void TDatabase::setBalance(qint64 member, qint64 cents)
+{
+    F->setBalance.run({cents, member});
+}
+
 void TDatabase::addCard(const QString& card, qint64 member)
 {
     F->addCard.run({notNull(card), member});
@@ -198,7 +204,7 @@ std::optional<THolder> TDatabase::holderOf(const QString& card)
             return std::nullopt;
         }
         holder.member = {rows.value(0).toLongLong(), rows.value(1).toString(), rows.value(2).toBool(),
-                         rows.value(3).toBool()};
+                         rows.value(3).toBool(), rows.value(4).toLongLong()};
     }
     TRows rows = F->memberships.run({holder.member.id});
     qint64 last = 0;

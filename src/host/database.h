@@ -32,6 +32,8 @@ public:
     qint64 addMember(const QString& name);
     void setSuspended(qint64 member, bool suspended);
     void setInside(qint64 member, bool inside);
+    /// @param cents what the member's account holds
+    void setBalance(qint64 member, qint64 cents);
     void addCard(const QString& card, qint64 member);
     /// Zones that are not there yet are made.
     void addMembership(qint64 member, const TMembership& membership);

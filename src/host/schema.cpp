@@ -50,6 +50,10 @@ const QStringList kVersion1 = {
     QStringLiteral("CREATE INDEX pass_member ON pass(member)"),
 };
 
+const QStringList kVersion2 = {
+    QStringLiteral("ALTER TABLE member ADD COLUMN balance INTEGER NOT NULL DEFAULT 0"), // cents
+};
+
 int versionOf(QSqlDatabase& database)
 {
     TStatement version(database, QStringLiteral("PRAGMA user_version"));
@@ -61,7 +65,7 @@ int versionOf(QSqlDatabase& database)
 
 const QList<QStringList>& schemaSteps()
 {
-    static const QList<QStringList> steps = {kVersion1};
+    static const QList<QStringList> steps = {kVersion1, kVersion2};
     return steps;
 }
 

@@ -19,6 +19,7 @@ void TComDataPacket::SetComPort(TComPort* Value)
         FComPort->detach(this);
     }
     FComPort = Value;
+    ++FAttachments;
     take(buffered());
     FInside = false;
     if (FComPort) {
@@ -43,8 +44,12 @@ void TComDataPacket::append(const QByteArray& bytes)
 void TComDataPacket::serve()
 {
     while (buffered() > 0) {
+        const quint64 attachment = FAttachments;
         if (!FInside && !findStart()) {
-            return;
+            if (attachment == FAttachments) {
+                return;
+            }
+            continue;
         }
         QByteArray packet;
         switch (takePacket(packet)) {
@@ -54,6 +59,7 @@ void TComDataPacket::serve()
             hand(packet);
             break;
         case TTake::Overlong:
+        case TTake::Again:
             break;
         }
     }
@@ -61,7 +67,11 @@ void TComDataPacket::serve()
 
 bool TComDataPacket::findStart()
 {
+    const quint64 attachment = FAttachments;
     const qsizetype position = ask(OnCustomStart);
+    if (attachment != FAttachments) {
+        return false; // the position belongs to a buffer that is gone
+    }
     FStartedByString = position == -1;
     qsizetype index = position - 1;
     if (FStartedByString) {
@@ -78,7 +88,11 @@ bool TComDataPacket::findStart()
 
 TComDataPacket::TTake TComDataPacket::takePacket(QByteArray& packet)
 {
+    const quint64 attachment = FAttachments;
     const qsizetype position = ask(OnCustomStop);
+    if (attachment != FAttachments) {
+        return TTake::Again;
+    }
     if (position == -1) {
         return takeByString(packet);
     }

@@ -64,7 +64,7 @@ public:
     qsizetype buffered() const { return FBuffer.size() - FTaken; }
 
 private:
-    enum class TTake { Nothing, Packet, Overlong };
+    enum class TTake { Nothing, Packet, Overlong, Again };
 
     QByteArrayView waiting() const { return QByteArrayView(FBuffer).sliced(FTaken); }
     void serve();
@@ -87,6 +87,7 @@ private:
     bool FInside = false;
     bool FStartedByString = false;
     bool FAsking = false;
+    quint64 FAttachments = 0; // tells whether a custom handler has attached anew, which empties the buffer
     qint64 FDropped = 0;
 };
 

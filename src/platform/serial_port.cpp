@@ -165,24 +165,32 @@ void TSerialPort::onReadyRead()
     if (bytes.isEmpty()) {
         return;
     }
-    if (ReadGap() > 0) {
-        FWaiting += bytes;
-        FQuiet.SetEnabled(false);
+    FWaiting += bytes;
+    FQuiet.SetEnabled(false);
+    if (ReadGap() > 0 && FWaiting.size() < kMaxWaiting) {
         FQuiet.SetInterval(ReadGap());
-        FQuiet.SetEnabled(FWaiting.size() < kMaxWaiting);
-        if (FQuiet.Enabled()) {
-            return;
-        }
+        FQuiet.SetEnabled(true);
     } else {
-        FWaiting = bytes;
+        guarded([this] { deliver(std::exchange(FWaiting, {})); });
     }
-    guarded([this] { deliver(std::exchange(FWaiting, {})); });
 }
 
 void TSerialPort::onQuiet()
 {
     FQuiet.SetEnabled(false);
-    deliver(std::exchange(FWaiting, {}));
+    if (moreHasCome()) { // the event loop was busy, not the line quiet
+        onReadyRead();
+    } else {
+        deliver(std::exchange(FWaiting, {}));
+    }
+}
+
+bool TSerialPort::moreHasCome()
+{
+    FCalling = true; // that nothing has come is no error
+    const bool come = FSerial->waitForReadyRead(0);
+    FCalling = false;
+    return come || FSerial->bytesAvailable() > 0;
 }
 
 void TSerialPort::onError()

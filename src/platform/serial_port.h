@@ -35,13 +35,14 @@ protected:
 private:
     void onReadyRead();
     void onQuiet();
+    bool moreHasCome();
     void onError();
     void dropPort();
 
     QSerialPort* FSerial = nullptr;
     QByteArray FWaiting; // read, but the line has not been quiet long enough
     TTimer FQuiet;
-    bool FCalling = false;   // inside open or write, which report their failures by an exception
+    bool FCalling = false;   // inside a call whose failure is not for the error event
     bool FReporting = false; // inside an error signal of the serial library
 };
 

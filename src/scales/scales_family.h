@@ -19,7 +19,7 @@ struct TPortSettings
     platform::TParity parity; // always 8 data bits, 1 stop bit
 };
 
-/// What to do about one packet. All of it is done in the order of the fields.
+/// What to do about one packet.
 struct TDecision
 {
     bool ask = false;             ///< the next packets carry a weight

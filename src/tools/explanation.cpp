@@ -1,5 +1,7 @@
 #include "tools/explanation.h"
 
+#include "tools/explain_scales.h"
+
 namespace tnv5::tools {
 
 namespace {
@@ -22,9 +24,17 @@ QString verdict(TChecksum checksum)
 
 } // namespace
 
-TExplanation explain(TProtocol protocol, const QByteArray& piece)
+TExplanation explain(TProtocol protocol, const QByteArray& piece, int scalesType)
 {
-    return protocol == TProtocol::Bus ? explainBus(piece) : explainTurnstile(piece);
+    switch (protocol) {
+    case TProtocol::Bus:
+        return explainBus(piece);
+    case TProtocol::Turnstile:
+        return explainTurnstile(piece);
+    case TProtocol::Scales:
+        break;
+    }
+    return explainScales(scalesType, piece);
 }
 
 QString explanationLine(const QByteArray& piece, const TExplanation& explanation)

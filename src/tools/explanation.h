@@ -29,8 +29,8 @@ TExplanation explainTurnstile(const QByteArray& piece);
 /// Example: "$000APING\r" is "board 000A pings".
 TExplanation explainBus(const QByteArray& piece);
 
-/// By protocol.
-TExplanation explain(TProtocol protocol, const QByteArray& piece);
+/// By protocol. @param scalesType number of the family on the line of a scale, 1 to 8
+TExplanation explain(TProtocol protocol, const QByteArray& piece, int scalesType = 0);
 
 /// One line for people: direction, checksum ("right", "WRONG" or "-"), bytes, meaning.
 QString explanationLine(const QByteArray& piece, const TExplanation& explanation);

@@ -41,10 +41,37 @@ qsizetype findStart(QByteArrayView bytes, qsizetype at)
     return -1;
 }
 
+/// What a packet of a scale ends with; empty: only silence ends it.
+QByteArrayView endOfScales(int family)
+{
+    switch (family) {
+    case 2:
+        return "\x04";
+    case 5:
+        return ">";
+    case 6:
+    case 7:
+        return "\n";
+    case 8:
+        return "kg";
+    default:
+        return {};
+    }
+}
+
+/// The control characters of family 2 that are pieces of their own outside a packet.
+bool isAlone(int family, char byte)
+{
+    return family == 2 && (byte == '\x05' || byte == '\x06' || byte == '\x11');
+}
+
 } // namespace
 
 QByteArrayList TLineCutter::take(QByteArrayView bytes)
 {
+    if (FProtocol == TProtocol::Scales) {
+        return takeOfScales(bytes);
+    }
     QByteArrayList pieces;
     for (const char byte : bytes) {
         if (isStart(byte) && endsBeforeStart()) {
@@ -52,6 +79,23 @@ QByteArrayList TLineCutter::take(QByteArrayView bytes)
         }
         FPending += byte;
         if (byte == '\r' || FPending.size() >= kMaxPiece) {
+            flush(pieces);
+        }
+    }
+    return pieces;
+}
+
+QByteArrayList TLineCutter::takeOfScales(QByteArrayView bytes)
+{
+    const QByteArrayView end = endOfScales(FScalesType);
+    QByteArrayList pieces;
+    for (const char byte : bytes) {
+        const bool alone = isAlone(FScalesType, byte) && !FPending.startsWith('\x01');
+        if (alone) {
+            flush(pieces);
+        }
+        FPending += byte;
+        if (alone || (!end.isEmpty() && FPending.endsWith(end)) || FPending.size() >= kMaxPiece) {
             flush(pieces);
         }
     }

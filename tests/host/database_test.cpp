@@ -48,6 +48,14 @@ TEST_F(TDatabaseTest, HolderWithMembershipsAndZones)
     EXPECT_TRUE(holder->memberships[2].zones.isEmpty());
 }
 
+TEST_F(TDatabaseTest, BalanceInCents)
+{
+    const qint64 anna = addMember(QStringLiteral("Anna Berg"), QStringLiteral("1"));
+    EXPECT_EQ(club.holderOf(QStringLiteral("1"))->member.balance, 0);
+    club.setBalance(anna, -1'250);
+    EXPECT_EQ(club.holderOf(QStringLiteral("1"))->member.balance, -1'250);
+}
+
 TEST_F(TDatabaseTest, UnknownCardAndGate)
 {
     EXPECT_FALSE(club.holderOf(QStringLiteral("1")));
@@ -249,6 +257,18 @@ TEST_F(TSchemaTest, StepsAreTakenFromTheVersionOfTheFile)
     TRows rows = count.run();
     ASSERT_TRUE(rows.next());
     EXPECT_EQ(rows.value(0).toInt(), 1) << "each step once";
+}
+
+TEST_F(TSchemaTest, MembersOfAnOlderFileHaveABalance)
+{
+    migrate(database, {schemaSteps().first()});
+    execute(database, QStringLiteral("INSERT INTO member (name) VALUES ('Anna Berg')"));
+    migrate(database, schemaSteps());
+    EXPECT_EQ(version(), schemaSteps().size());
+    TStatement balance(database, QStringLiteral("SELECT balance FROM member"));
+    TRows rows = balance.run();
+    ASSERT_TRUE(rows.next());
+    EXPECT_EQ(rows.value(0).toInt(), 0);
 }
 
 TEST_F(TSchemaTest, AFailedStepChangesNothing)

@@ -157,7 +157,7 @@ TEST_F(Watch, WhatCannotBeDoneIsTold)
     TProgramRun noProtocol({QStringLiteral("watch"), QStringLiteral("/dev/null"), QStringLiteral("--as"),
                             QStringLiteral("morse")});
     EXPECT_NE(noProtocol.exitCode(), 0);
-    EXPECT_TRUE(noProtocol.output().contains(QStringLiteral("{bus,turnstile}")));
+    EXPECT_TRUE(noProtocol.output().contains(QStringLiteral("{bus,turnstile,scales:1,")));
 }
 
 } // namespace

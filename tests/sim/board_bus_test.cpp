@@ -187,6 +187,61 @@ TEST_F(BoardBus, ButtonCrossingAndAnyLine)
     EXPECT_EQ(stream.takeWrites(), QByteArrayList({said("#000ABT"), said("#000AGO"), said("#000BET5")}));
 }
 
+TEST_F(BoardBus, TheButtonOfABoardThatStandsAloneOpensIt)
+{
+    for (const char* const type : {"G", "T", "D"}) {
+        const QString address = QStringLiteral("002") + QLatin1String(type);
+        const QByteArray wire = address.toLatin1();
+        ASSERT_TRUE(bus.addBoard(address));
+        EXPECT_TRUE(bus.pressButton(address));
+        EXPECT_TRUE(bus.gateOpen(address)) << type;
+        clock.advance(1'000);
+        EXPECT_EQ(stream.takeWrites(),
+                  QByteArrayList({said('#' + wire + "BT"), said('$' + wire + "PR"), said('$' + wire + "GR")}))
+            << type;
+        EXPECT_FALSE(bus.gateOpen(address)) << type;
+        EXPECT_EQ(bus.counts(address).Opened, 1) << type;
+        EXPECT_EQ(bus.counts(address).Passed, 1) << type;
+    }
+    EXPECT_TRUE(bus.pressButton(k000A));
+    EXPECT_FALSE(bus.gateOpen(k000A)) << "a board of a pair waits for its command";
+}
+
+TEST_F(BoardBus, EveryTypeAsksAndShowsAndADisplayHasNoGate)
+{
+    for (const char* const type : {"G", "T", "D", "I"}) {
+        const QString address = QStringLiteral("003") + QLatin1String(type);
+        const QByteArray wire = address.toLatin1();
+        const bool gate = address != QStringLiteral("003I");
+        ASSERT_TRUE(bus.addBoard(address, 16));
+        EXPECT_TRUE(bus.readCard(address, QStringLiteral("12345678")));
+        command('$' + wire + "PSN1001Anna Berg");
+        stream.feed(checked('$' + wire + "GO"));
+        EXPECT_EQ(bus.gateOpen(address), gate) << type;
+        clock.advance(5'000);
+        command('$' + wire + "PH");
+        const QByteArrayList asked = {said('$' + wire + "RQ12345678")};
+        const QByteArrayList opened = {said('$' + wire + "ET"), said('$' + wire + "PR"),
+                                       said('$' + wire + "GR"), said('$' + wire + "ET")};
+        EXPECT_EQ(stream.takeWrites(), gate ? asked + opened : asked) << type;
+        EXPECT_EQ(bus.rows(address).value(0), QStringLiteral("Anna Berg       ")) << type;
+        EXPECT_EQ(bus.counts(address).Refused, gate ? 1 : 0) << type;
+    }
+    EXPECT_EQ(bus.strayCommands(), 0);
+}
+
+TEST_F(BoardBus, WhoCrossesAClosedGateIsReportedAndWhoCrossesAnOpenOneHasPassed)
+{
+    EXPECT_TRUE(bus.walkThrough(k001T));
+    EXPECT_EQ(stream.takeWritten(), said("#001TGO"));
+    bus.readCard(k001T, QStringLiteral("1"), TBehaviour::WalksAway);
+    stream.feed(checked("$001TGO"));
+    stream.takeWrites();
+    EXPECT_TRUE(bus.walkThrough(k001T));
+    clock.advance(1'000);
+    EXPECT_EQ(stream.takeWrites(), QByteArrayList({said("$001TET"), said("$001TPR"), said("$001TGR")}));
+}
+
 TEST_F(BoardBus, WrongChecksumIsNotedAndNotObeyed)
 {
     QByteArrayList wrong;
@@ -291,6 +346,17 @@ TEST(BoardBusLife, HookMayDestroyTheBus)
     stream.feed(checked("$000AGO") + checked("$000AHW"));
     EXPECT_EQ(bus, nullptr);
     EXPECT_FALSE(stream.OnRead);
+}
+
+TEST(BoardBusLife, HookMayDestroyTheBusAtAButton)
+{
+    const testing::TManualClock clock;
+    TMemoryStream stream;
+    auto bus = std::make_unique<TBoardBus>(stream);
+    bus->addBoard(k001T);
+    bus->OnOpened = [&](const QString&) { bus.reset(); };
+    EXPECT_TRUE(bus->pressButton(k001T));
+    EXPECT_EQ(bus, nullptr);
 }
 
 } // namespace tnv5::sim

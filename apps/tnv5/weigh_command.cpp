@@ -1,0 +1,228 @@
+#include "apps/tnv5/commands.h"
+#include "apps/tnv5/console.h"
+#include "apps/tnv5/stop_signal.h"
+#include "host/port_diagnosis.h"
+#include "platform/serial_port.h"
+#include "platform/timer.h"
+#include "scales/families.h"
+#include "scales/scales_device.h"
+
+#include <CLI/CLI.hpp>
+#include <QCoreApplication>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTime>
+#include <memory>
+#include <optional>
+
+namespace tnv5::cli {
+
+namespace {
+
+constexpr int kEnglish = 2;
+constexpr int kLookMs = 20;
+constexpr int kAskMs = 300; // slower than any scale answers
+constexpr int kPatienceMs = 4'000;
+
+struct TWeighOptions
+{
+    std::string port;
+    int family = 0;
+    int baudRate = 9600;
+    bool watch = false;
+    bool json = false;
+};
+
+/// Asks a scale again and again and tells its weight: once, or each new one.
+class TWeighing
+{
+public:
+    explicit TWeighing(const TWeighOptions& options) : FOptions(options)
+    {
+        FPort.SetPort(QString::fromStdString(options.port));
+        FPort.SetBaudRate(options.baudRate); // for the families that leave the port as it is
+        FPort.OnException = [this](platform::TComponent*, platform::TComExceptionKind kind,
+                                   const QString& message, qint64, const QString&) {
+            const bool gone = kind == platform::TComExceptionKind::Resource;
+            tellTrouble(FPort.Port() +
+                        (gone ? QStringLiteral(" went away") : QStringLiteral(": ") + message));
+            if (!FPort.Connected()) {
+                end(kFailed);
+            }
+        };
+        FScales.SetIDLang(kEnglish);
+        FScales.SetComport(&FPort);
+        FScales.SetScalesType(options.family);
+        FScales.SetUpComport();
+        FScales.SetOnError(
+            [this](platform::TComponent*, const QString& message) { tellTroubleOnce(message); });
+        FLook.SetInterval(kLookMs);
+        FLook.OnTimer = [this](platform::TTimer*) { look(); };
+    }
+
+    /// @throws platform::EComPort
+    void start()
+    {
+        try {
+            FPort.Open();
+        } catch (const platform::EComPort&) {
+            for (const QString& line : host::explainPort(host::portFacts(FPort.Port()))) {
+                complain(line);
+            }
+            throw;
+        }
+        ask();
+        FLook.SetEnabled(true);
+    }
+
+    int result() const { return FResult; }
+
+private:
+    void ask()
+    {
+        FSinceAskMs = 0;
+        FBytesBefore = FPort.bytesRead();
+        FScales.GetWeight(true);
+    }
+
+    void look()
+    {
+        FSinceAskMs += kLookMs;
+        const bool answered = FPort.bytesRead() != FBytesBefore;
+        const int weight = FScales.LastWeight();
+        if (weight > 0) {
+            tellWeight(weight);
+        }
+        FSilentMs = answered ? 0 : FSilentMs + kLookMs;
+        FWeightlessMs = weight > 0 ? 0 : FWeightlessMs + kLookMs;
+        if (FSinceAskMs >= kAskMs) {
+            if (answered && weight <= 0) {
+                tellNoWeight();
+            }
+            ask();
+        }
+        if (FSilentMs >= kPatienceMs) {
+            tellTroubleOnce(QStringLiteral("The scale does not answer."));
+            giveUp();
+        } else if (FWeightlessMs >= kPatienceMs) {
+            giveUp();
+        }
+    }
+
+    void tellWeight(int weight)
+    {
+        if (weight > 0) {
+            FTrouble.clear();
+        }
+        if (FTold == weight) {
+            return;
+        }
+        FTold = weight;
+        if (FOptions.json) {
+            printObject({{QStringLiteral("weight"), weight}});
+        } else {
+            print(FOptions.watch ? now() + u' ' + QString::number(weight) : QString::number(weight));
+        }
+        if (!FOptions.watch) {
+            end(kDone);
+        }
+    }
+
+    /// It answers, but nothing that can be weighed is on it, or it moves.
+    void tellNoWeight()
+    {
+        if (FOptions.watch && FTold != 0) {
+            tellWeight(0);
+        }
+    }
+
+    void giveUp()
+    {
+        if (!FOptions.watch) {
+            tellTroubleOnce(QStringLiteral("No weight: the platform is empty, or what is on it moves."));
+            end(kFailed);
+        }
+    }
+
+    void tellTroubleOnce(const QString& message)
+    {
+        if (FTrouble != message) {
+            FTrouble = message;
+            tellTrouble(message);
+        }
+    }
+
+    void tellTrouble(const QString& message)
+    {
+        if (FOptions.json) {
+            printObject({{QStringLiteral("error"), message}});
+        } else {
+            complain(message);
+        }
+    }
+
+    void printObject(QJsonObject object) const
+    {
+        if (FOptions.watch) {
+            object.insert(QStringLiteral("time"), now());
+        }
+        print(QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)));
+    }
+
+    static QString now() { return QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz")); }
+
+    void end(int result)
+    {
+        FLook.SetEnabled(false);
+        FResult = result;
+        QCoreApplication::quit();
+    }
+
+    TWeighOptions FOptions;
+    platform::TSerialPort FPort;
+    scales::TScalesDevice FScales;
+    platform::TTimer FLook;
+    int FSinceAskMs = 0;
+    int FSilentMs = 0;
+    int FWeightlessMs = 0;
+    qint64 FBytesBefore = 0;
+    std::optional<int> FTold;
+    QString FTrouble; // told, and not over yet
+    int FResult = kDone;
+};
+
+int weigh(const TWeighOptions& options)
+{
+    TWeighing weighing(options);
+    const TStopSignal stop(&QCoreApplication::quit);
+    weighing.start();
+    QCoreApplication::exec();
+    return stop.received() && !options.watch ? kInterrupted : weighing.result();
+}
+
+} // namespace
+
+void addWeighCommand(CLI::App& app, TCommand& chosen)
+{
+    const int last = static_cast<int>(scales::families().size()) - 1;
+    const auto options = std::make_shared<TWeighOptions>();
+    CLI::App* command = app.add_subcommand("weigh", "Show the weight on a scale");
+    command->add_option("--port", options->port, "Serial port, best a stable name from \"tnv5 ports\"")
+        ->required()
+        ->type_name("NAME");
+    command->add_option("--type", options->family, "Number of the family from \"tnv5 scales\"")
+        ->required()
+        ->type_name("NUMBER")
+        ->check(CLI::Range(1, last));
+    command->add_option("--baud", options->baudRate, "Speed of the line, for families without their own")
+        ->capture_default_str();
+    command->add_flag("--watch", options->watch, "Show each new weight until Ctrl-C");
+    command->add_flag("--json", options->json,
+                      "Print objects: {\"weight\":1250} or {\"error\":\"...\"}; with --watch also \"time\"");
+    command->footer(
+        "\nThe weight is in the scale's own units, grams for most. 0 in --watch: the platform is\n"
+        "empty, what is on it moves, or it is out of range.");
+    command->callback([&chosen, options] { chosen = [options] { return weigh(*options); }; });
+}
+
+} // namespace tnv5::cli

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "host/journal.h"
+
+#include <QCache>
+#include <QImage>
+#include <deque>
+#include <map>
+
+namespace tnv5::host {
+
+/// How an opened pass ended when a controller component asks in this mode; the modes are the same for all of
+/// them. Nothing for a mode that ends no pass.
+std::optional<TEnding> endingOf(int mode);
+
+/// Where the decisions of a club are made and its journal is kept, whatever controllers stand at the gates.
+///
+///     TDatabase club("club.sqlite");
+///     TClubDesk desk(club);
+///     TD24Host gates(device, desk);
+///     desk.OnPass = [](const TPass& pass) { print(logLine(pass)); };
+///
+/// Gates of several components that share a desk share what it knows of who is inside. A card that cannot be
+/// decided about, because the database fails, is refused and said so; work goes on. The exit button and an
+/// opening by hand always open.
+///
+/// Everything that takes time happens later: the journal is written and the hooks are called from timers. The
+/// database must outlive the desk.
+class TClubDesk
+{
+public:
+    explicit TClubDesk(TDatabase& database);
+    /// Closes the desk when that has not been done.
+    ~TClubDesk();
+    TClubDesk(const TClubDesk&) = delete;
+    TClubDesk& operator=(const TClubDesk&) = delete;
+
+    /// Writes the journal to its end; passes that are still under way are entered as interrupted. What cannot
+    /// be written is told through `OnTrouble`, pass by pass.
+    void close();
+
+    /// Decides about a new pass; a pass that opens is under way from now on.
+    TPass decideNew(const QString& address, const QString& card);
+    /// A pass under way has ended.
+    void endPass(const QString& address, const QString& card, TEnding ending);
+    /// Picture of a card's holder, null when there is none or it cannot be found out.
+    QImage pictureFor(const QString& card);
+    /// Tells the person in charge.
+    void trouble(const QString& text);
+
+    /// A pass was decided about, and again when it has ended.
+    std::function<void(const TPass& pass)> OnPass;
+    /// One line for the person in charge: errors of the components and of the database.
+    std::function<void(const QString& text)> OnTrouble;
+
+private:
+    using TKey = std::pair<QString, QString>; // address and card
+
+    void lookUp(TPass& pass);
+    bool isInside(const TMember& member, const TPass& pass) const;
+    PPass takePass(const QString& address, const QString& card);
+    void note(const PPass& pass);
+    void tellNews();
+
+    TDatabase& FDatabase;
+    TJournal FJournal;
+    std::map<TKey, PPass> FUnderWay;
+    QCache<qint64, QImage> FPictures;
+    std::deque<std::function<void()>> FNews; // what is to be told, in order
+    platform::TTimer FNewsTimer;
+    bool FClosed = false;
+};
+
+} // namespace tnv5::host

@@ -1,0 +1,90 @@
+#include "host/d24_host.h"
+
+#include "common/messages.h"
+
+#include <algorithm>
+
+namespace tnv5::host {
+
+namespace {
+
+// A bar would begin the next line of the display, and a carriage return end the command.
+QString plain(QString text)
+{
+    std::replace_if(
+        text.begin(), text.end(), [](QChar c) { return c == u'|' || c < u' '; }, u' ');
+    return text;
+}
+
+} // namespace
+
+QString amountText(qint64 cents)
+{
+    constexpr quint64 kCents = 100;
+    const quint64 amount = cents < 0 ? 0 - static_cast<quint64>(cents) : static_cast<quint64>(cents);
+    return QStringLiteral("%1%2.%3")
+        .arg(cents < 0 ? QStringLiteral("-") : QString())
+        .arg(amount / kCents)
+        .arg(amount % kCents, 2, 10, QChar(u'0'));
+}
+
+QString displayText(const TPass& pass)
+{
+    if (common::IsPseudoCard(pass.card)) {
+        return {};
+    }
+    const QString who = pass.name.isEmpty() ? QStringLiteral("Card ") + pass.card : pass.name;
+    const QString what =
+        pass.opened() ? QStringLiteral("Balance ") + amountText(pass.balance) : toText(pass.refusal);
+    return u'|' + plain(who) + u'|' + what + QStringLiteral("||||");
+}
+
+TD24Host::TD24Host(d24::TTurnStylerDeviceD24& device, TClubDesk& desk) : FDevice(&device), FDesk(desk)
+{
+    device.SetOnCheckSQL([this](platform::TComponent*, const QVariant&, const QVariant& address,
+                                const QVariant&, const QVariant& card, const QVariant&, QImage&,
+                                const QVariant& mode, QVariant& mess, QVariant& result) {
+        onCheck(address.toString(), card.toString(), mode.toInt(), mess, result);
+    });
+    device.SetOnGetImg(
+        [this](platform::TComponent*, const QString& address, QImage& image) { onImage(address, image); });
+    device.SetOnError([this](platform::TComponent*, const QString& text) { FDesk.trouble(text); });
+}
+
+TD24Host::~TD24Host()
+{
+    close();
+}
+
+void TD24Host::close()
+{
+    if (FDevice) {
+        FDevice->SetOnCheckSQL({});
+        FDevice->SetOnGetImg({});
+        FDevice->SetOnError({});
+        FDevice.clear();
+    }
+}
+
+void TD24Host::onCheck(const QString& address, const QString& card, int mode, QVariant& mess,
+                       QVariant& result)
+{
+    if (mode == d24::cmOpen) {
+        const TPass pass = FDesk.decideNew(address, card);
+        mess = displayText(pass);
+        result = int(pass.opened());
+    } else if (const auto ending = endingOf(mode)) {
+        result = 1;
+        FDesk.endPass(address, card, *ending);
+    }
+}
+
+void TD24Host::onImage(const QString& address, QImage& image)
+{
+    const int index = FDevice->p_hw_FindDevice(QString(), address);
+    if (const d24::PRFidInfo record = FDevice->StackItem(index)) {
+        image = FDesk.pictureFor(record->CardNumber);
+    }
+}
+
+} // namespace tnv5::host

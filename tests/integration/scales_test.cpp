@@ -1,0 +1,215 @@
+// Eight scales, one of each family, on real serial ports at once: no weight may be wrong.
+//
+// TNV5_LONG=1 makes it ten thousand weighings.
+
+#include "platform/serial_port.h"
+#include "scales/scales_device.h"
+#include "sim/eventually.h"
+#include "sim/line_faults.h"
+#include "sim/pty.h"
+#include "sim/scales.h"
+#include "support/text_printers.h"
+
+#include <array>
+#include <gtest/gtest.h>
+#include <memory>
+#include <random>
+
+namespace tnv5::integration {
+namespace {
+
+using scales::TScalesDevice;
+
+constexpr int kFamilies = 8;
+constexpr int kPeriodMs = 5; // of the scales that talk by themselves
+constexpr int kLightest = 10;
+constexpr int kHeaviest = 30'000;
+
+/// One scale, its cable and the component that reads it.
+class TCounter
+{
+public:
+    explicit TCounter(int family)
+        : FPty(QStringLiteral("scale%1").arg(family)),
+          FCable(FPty, static_cast<unsigned>(family)),
+          scale(FCable, family)
+    {
+        scale.setPeriodMs(kPeriodMs);
+        FCable.NoiseAvoids = scale.marks();
+        FPort.SetPort(FPty.path());
+        device.SetIDLang(2);
+        device.SetComport(&FPort);
+        device.SetScalesType(family);
+        device.SetUpComport();
+        device.SetOnError([this](platform::TComponent*, const QString& message) { errors.append(message); });
+        device.SetOnLog([this](platform::TComponent*, const QString& line) {
+            packets += line.startsWith(QStringLiteral("[03]")) ? 1 : 0;
+        });
+    }
+
+    bool open() { return device.SetConnection(true); }
+
+    /// Packets in pieces and, where it can be told from packets, noise between them. The answers of family 1
+    /// are told apart by silence: they must come in one piece.
+    void spoilCable()
+    {
+        FCable.CutPercent = scale.family() == 1 ? 0 : 30;
+        FCable.PieceGapMs = 1;
+        FCable.NoisePercent = scale.marks().isEmpty() ? 0 : 30;
+    }
+
+    /// Puts another weight on and asks for it.
+    void put(int weight)
+    {
+        FBefore = FNow;
+        FNow = weight;
+        scale.put(weight);
+        device.GetWeight(true);
+    }
+
+    /// Whether the weight is known; a wrong one is counted. A scale that talks by itself may still have the
+    /// weight before on its way.
+    bool weighed()
+    {
+        const int weight = device.LastWeight();
+        if (weight != 0 && weight != FNow && !(scale.talksByItself() && weight == FBefore)) {
+            ADD_FAILURE() << "family " << scale.family() << ": " << weight << " instead of " << FNow;
+            return true;
+        }
+        return weight == FNow;
+    }
+
+    /// The scale is unplugged and noticed to be gone.
+    bool vanishes()
+    {
+        FPty.unplug();
+        return eventually([this] { return !device.IsConnected(); });
+    }
+
+    void returns() { FPty.plug(); }
+
+private:
+    sim::TPty FPty;
+    sim::TLineFaults FCable;
+    platform::TSerialPort FPort;
+    int FBefore = 0;
+    int FNow = 0;
+
+public:
+    sim::TSimulatedScale scale;
+    TScalesDevice device;
+    QStringList errors;
+    int packets = 0;
+};
+
+class ScalesOnPorts : public ::testing::Test
+{
+protected:
+    ScalesOnPorts()
+    {
+        for (int family = 1; family <= kFamilies; ++family) {
+            counters[static_cast<std::size_t>(family - 1)] = std::make_unique<TCounter>(family);
+            EXPECT_TRUE(counters[static_cast<std::size_t>(family - 1)]->open());
+        }
+    }
+
+    int anyWeight() { return kLightest + static_cast<int>(random() % (kHeaviest - kLightest)); }
+
+    /// Every scale is weighed at once, so many times.
+    void weighAll(int rounds)
+    {
+        for (int round = 0; round < rounds; ++round) {
+            for (const auto& counter : counters) {
+                counter->put(anyWeight());
+            }
+            for (const auto& counter : counters) {
+                ASSERT_TRUE(eventually([&] { return counter->weighed(); }))
+                    << "family " << counter->scale.family() << ", round " << round;
+            }
+        }
+        for (const auto& counter : counters) {
+            EXPECT_EQ(counter->errors.join(u'\n'), QString()) << "family " << counter->scale.family();
+        }
+    }
+
+    std::array<std::unique_ptr<TCounter>, kFamilies> counters;
+    std::mt19937 random{20};
+};
+
+TEST_F(ScalesOnPorts, NoWeighingIsWrong)
+{
+    weighAll(qEnvironmentVariableIntValue("TNV5_LONG") == 1 ? 10'000 / kFamilies : 200);
+}
+
+TEST_F(ScalesOnPorts, NoWeighingIsWrongOverBadCables)
+{
+    for (const auto& counter : counters) {
+        counter->spoilCable();
+    }
+    weighAll(20);
+}
+
+TEST_F(ScalesOnPorts, ABlockingWeighingWaitsForItsScaleWhileOthersArePolled)
+{
+    for (const auto& counter : counters) {
+        const int weight = anyWeight();
+        counter->scale.put(weight);
+        const bool byItself = counter->scale.talksByItself();
+        EXPECT_TRUE(eventually([&] { return !byItself || counter->device.LastWeight() == weight; }));
+        EXPECT_EQ(counter->device.GetWeight(false), weight) << "family " << counter->scale.family();
+        counter->device.SetSendInterval(60);
+    }
+}
+
+TEST_F(ScalesOnPorts, ALateAnswerIsWaitedFor)
+{
+    for (const auto& counter : counters) {
+        counter->scale.put(777);
+        counter->scale.DelayMs = 150;
+        EXPECT_EQ(counter->device.GetWeight(false), 777) << "family " << counter->scale.family();
+    }
+}
+
+TEST_F(ScalesOnPorts, OutOfRangeIsNeverAWeight)
+{
+    constexpr int kOld = 20; // so many packets later nothing of before is on its way
+    for (const int load : {2'000'000, -75}) {
+        for (const auto& counter : counters) {
+            const int family = counter->scale.family();
+            counter->scale.put(load);
+            if (counter->scale.talksByItself()) {
+                EXPECT_TRUE(
+                    eventually([&, until = counter->packets + kOld] { return counter->packets >= until; }));
+            }
+            counter->packets = 0;
+            counter->device.GetWeight(true);
+            const int awaited = family == 2 ? 2 : 1; // a handshake comes first
+            EXPECT_TRUE(eventually([&] { return counter->packets >= awaited; })) << family;
+            EXPECT_LE(counter->device.LastWeight(), 0) << family;
+            if (family == 2) {
+                EXPECT_TRUE(eventually([&] { return !counter->errors.isEmpty(); }));
+                EXPECT_EQ(counter->errors.takeFirst(), load < 0
+                                                           ? QStringLiteral("[3] Weight <0!")
+                                                           : QStringLiteral("[2] Scales are overvalue!"));
+            }
+        }
+    }
+}
+
+TEST_F(ScalesOnPorts, AfterTheAdaptersComeBackEveryScaleWeighsAgain)
+{
+    weighAll(1);
+    for (const auto& counter : counters) {
+        EXPECT_TRUE(counter->vanishes());
+        EXPECT_EQ(counter->device.GetWeight(false), -1);
+        EXPECT_FALSE(counter->open());
+        EXPECT_EQ(counter->errors.size(), 1);
+        counter->errors.clear();
+        counter->returns();
+        EXPECT_TRUE(counter->open());
+    }
+    weighAll(2);
+}
+
+} // namespace
+} // namespace tnv5::integration

@@ -1,0 +1,282 @@
+// The port: settings, opening and closing, attaching, and a port that goes away.
+
+#include "wire_samples.h"
+
+#include "support/text_printers.h"
+
+namespace {
+
+using namespace tnv5;
+using namespace tnv5::tests;
+using platform::TParity;
+using platform::TStopBits;
+
+struct TExpectedSettings
+{
+    int baudRate;
+    int dataBits;
+    TParity parity;
+    TStopBits stopBits;
+    int readGap;
+};
+
+void expectSettings(const TMemoryPort& port, const TExpectedSettings& expected)
+{
+    EXPECT_EQ(port.BaudRate(), expected.baudRate);
+    EXPECT_EQ(port.DataBits(), expected.dataBits);
+    EXPECT_EQ(port.Parity(), expected.parity);
+    EXPECT_EQ(port.StopBits(), expected.stopBits);
+    EXPECT_EQ(port.ReadGap(), expected.readGap);
+}
+
+class Port : public TScalesTest
+{
+protected:
+    /// Settings that no family has.
+    void spoilSettings()
+    {
+        port->SetBaudRate(19'200);
+        port->SetDataBits(7);
+        port->SetParity(TParity::Odd);
+        port->SetStopBits(TStopBits::Two);
+        port->SetReadGap(77);
+    }
+
+    void expectAfterSetUp(int type, const TExpectedSettings& expected)
+    {
+        const ::testing::ScopedTrace where(__FILE__, __LINE__, type);
+        spoilSettings();
+        scales->SetScalesType(type);
+        expectSettings(*port,
+                       {19'200, 7, TParity::Odd, TStopBits::Two, 77}); // the type alone changes nothing
+        scales->SetUpComport();
+        expectSettings(*port, expected);
+    }
+};
+
+TEST_F(Port, SettingsOfEveryFamily)
+{
+    constexpr auto one = TStopBits::One;
+    expectAfterSetUp(1, {4800, 8, TParity::Even, one, 10});
+    expectAfterSetUp(2, {9600, 8, TParity::None, one, 10});
+    expectAfterSetUp(3, {4800, 8, TParity::Even, one, 10});
+    expectAfterSetUp(5, {9600, 8, TParity::None, one, 0});
+    expectAfterSetUp(6, {9600, 8, TParity::None, one, 0});
+    expectAfterSetUp(7, {9600, 8, TParity::None, one, 0});
+    expectAfterSetUp(8, {9600, 8, TParity::None, one, 0});
+    trace.expect({});
+}
+
+TEST_F(Port, FamilyFourKeepsTheSettingsOfTheHost)
+{
+    expectAfterSetUp(4, {19'200, 7, TParity::Odd, TStopBits::Two, 10});
+}
+
+TEST_F(Port, NoFamilyKeepsTheSettingsOfTheHost)
+{
+    for (const int type : {0, 9, -1}) {
+        spoilSettings();
+        scales->SetScalesType(type);
+        scales->SetUpComport();
+        EXPECT_EQ(port->BaudRate(), 19'200) << type;
+        EXPECT_EQ(port->DataBits(), 7) << type;
+        EXPECT_EQ(port->Parity(), TParity::Odd) << type;
+        EXPECT_EQ(port->StopBits(), TStopBits::Two) << type;
+    }
+}
+
+TEST_F(Port, SetUpWithoutAPortDoesNothing)
+{
+    scales->SetComport(nullptr);
+    for (int type = -1; type <= 9; ++type) {
+        scales->SetScalesType(type);
+        scales->SetUpComport();
+    }
+    trace.expect({});
+}
+
+TEST_F(Port, SetUpBeginsThePacketAnew)
+{
+    use(3);
+    feed("0051000000");
+    scales->SetUpComport();
+    trace.take();
+    feed("00000000");
+    trace.expect({kStart, kStop});
+    feed("0000000000");
+    trace.expect({kStop, got("000000000000000000"), "log Ask  000000000000000000", "log 000000", "log 0"});
+}
+
+TEST_F(Port, ChoosingAFamilyKeepsWhatArrived)
+{
+    use(3);
+    feed("0052100000");
+    scales->SetScalesType(4);
+    trace.take();
+    feed("0000000");
+    trace.expect({kStop, got("00521000000000000"), "log 012500", "log 12500"});
+}
+
+TEST_F(Port, IsConnectedAsThePortSays)
+{
+    EXPECT_TRUE(scales->IsConnected());
+    port->Close();
+    EXPECT_FALSE(scales->IsConnected());
+    port->Open();
+    EXPECT_TRUE(scales->IsConnected());
+    scales->SetComport(nullptr);
+    EXPECT_FALSE(scales->IsConnected());
+}
+
+TEST_F(Port, ConnectionOpensAndCloses)
+{
+    EXPECT_TRUE(scales->SetConnection(false));
+    EXPECT_FALSE(port->Connected());
+    EXPECT_TRUE(scales->SetConnection(false));
+    EXPECT_TRUE(scales->SetConnection(true));
+    EXPECT_TRUE(port->Connected());
+    EXPECT_TRUE(scales->SetConnection(true));
+    EXPECT_TRUE(port->Connected());
+    trace.expect({});
+}
+
+TEST_F(Port, OpeningAnOpenPortDoesNothing)
+{
+    int openings = 0;
+    port->OnOpening = [&] { ++openings; };
+    EXPECT_TRUE(scales->SetConnection(true));
+    EXPECT_EQ(openings, 0);
+}
+
+TEST_F(Port, FailedOpeningIsReportedInItsOwnWords)
+{
+    port->Close();
+    port->OpenFailure = QStringLiteral("COM7: busy");
+    EXPECT_FALSE(scales->SetConnection(true));
+    trace.expect({"error COM7: busy"});
+    scales->SetOnError({});
+    EXPECT_FALSE(scales->SetConnection(true));
+    trace.expect({});
+    port->OpenFailure.reset();
+    EXPECT_TRUE(scales->SetConnection(true));
+}
+
+TEST_F(Port, WithoutAPortConnectionIsReported)
+{
+    scales->SetComport(nullptr);
+    EXPECT_FALSE(scales->SetConnection(true));
+    trace.expect({kNoPort});
+    EXPECT_FALSE(scales->SetConnection(false));
+    trace.expect({kNoPort});
+    scales->SetOnError({});
+    EXPECT_FALSE(scales->SetConnection(true));
+    trace.expect({});
+}
+
+TEST_F(Port, AssigningAPortBindsItAndNothingElse)
+{
+    TMemoryPort other;
+    other.SetPort(QStringLiteral("COM8"));
+    trace.attach(other);
+    use(8);
+    scales->SetComport(&other);
+    EXPECT_EQ(scales->ComPort(), &other);
+    EXPECT_FALSE(other.Connected());
+    EXPECT_TRUE(port->Connected());
+    feed("W 1kg");
+    trace.expect({});
+    other.feed("W 2kg");
+    trace.expect(received(" 2") + QStringList{"log  2 2%"});
+    scales->SetComport(nullptr);
+    other.feed("W 3kg");
+    trace.expect({});
+}
+
+TEST_F(Port, AssigningTheSamePortBeginsThePacketAnew)
+{
+    use(3);
+    feed("0051000000");
+    scales->SetComport(port.get());
+    trace.take();
+    feed("00000000");
+    trace.expect({kStart, kStop});
+}
+
+TEST_F(Port, ClosingAndOpeningKeepsWhatArrived)
+{
+    use(3);
+    feed("0051000000");
+    port->Close();
+    port->Open();
+    trace.take();
+    feed("00000000");
+    trace.expect({kStop, got("005100000000000000"), "log Ask  005100000000000000", "log 001500", "log 1500"});
+}
+
+TEST_F(Port, MayBeDestroyedFirst)
+{
+    use(3);
+    scales->SetSendInterval(1000);
+    feed("00");
+    trace.take();
+    port.reset();
+    EXPECT_EQ(scales->ComPort(), nullptr);
+    EXPECT_FALSE(scales->IsConnected());
+    EXPECT_EQ(scales->GetWeight(true), -1);
+    EXPECT_EQ(scales->GetWeight(false), -1);
+    scales->WriteToPort("x");
+    scales->SetUpComport();
+    clock.advance(5000);
+    trace.expect({});
+    EXPECT_FALSE(scales->SetConnection(true));
+    trace.expect({kNoPort});
+    scales->Reset();
+    trace.expect({kNoPort, "log [07] Reset port "});
+    scales.reset();
+}
+
+TEST_F(Port, IsNotOwned)
+{
+    scales.reset();
+    EXPECT_TRUE(port->Connected());
+    feed("W 1kg");
+    trace.expect({});
+}
+
+TEST_F(Port, WritingSendsEveryByteAndLogsAfterwards)
+{
+    QString text;
+    for (int byte = 0; byte < 256; ++byte) {
+        text += QChar(byte);
+    }
+    scales->WriteToPort(text);
+    trace.expect(sent(text.toLatin1()));
+    const QByteArray written = port->takeWritten();
+    ASSERT_EQ(written.size(), 256);
+    for (int byte = 0; byte < 256; ++byte) {
+        EXPECT_EQ(uchar(written[byte]), byte);
+    }
+}
+
+TEST_F(Port, WritingToAClosedPortDoesNothing)
+{
+    port->Close();
+    scales->WriteToPort("x");
+    trace.expect({});
+}
+
+TEST_F(Port, FailedWriteLeavesTheComponentAndIsNotLogged)
+{
+    port->WriteFailure = QStringLiteral("line gone");
+    EXPECT_THROW(scales->WriteToPort("x"), platform::EComPort);
+    trace.expect({});
+    use(3);
+    EXPECT_THROW(scales->GetWeight(true), platform::EComPort);
+    EXPECT_THROW(scales->GetWeight(false), platform::EComPort);
+    trace.expect({});
+    port->WriteFailure.reset();
+    EXPECT_EQ(scales->GetWeight(true), 0);
+    trace.expect(sent("\x00\x00\x03"_b));
+}
+
+} // namespace
