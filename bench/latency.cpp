@@ -2,6 +2,8 @@
 //
 //   latency CARDS NAME=COMMAND...
 //
+// A program named "networked" serves networked gates, all others classic ones.
+//
 // Every program is started as "COMMAND PORT CARDSFILE". The cards are sent in blocks, one program after the
 // other, round and round, so that noise of the machine meets all alike. Every ninth card is a stranger and
 // must be refused; the times are those of the members. Prints one line of JSON a program.
@@ -35,6 +37,7 @@ constexpr int kWarmUpBlocks = 8;
 // between two cards: the passage is over and the component's timer, set to 1 ms, has come to rest
 constexpr std::chrono::milliseconds kPause{8};
 constexpr int kPauseJitterUs = 2'000;
+constexpr std::string_view kNetworkedName = "networked"; // the program of this name serves networked gates
 
 /// The members' cards in a file that goes away with this object.
 class TCardsFile
@@ -62,28 +65,62 @@ private:
     std::string FPath = "/tmp/tnv5-bench-cards-XXXXXX";
 };
 
-/// One of the gates of the line, 00A to 07A. Every card comes from another one than the card before.
-std::string gateOf(int card)
+std::string hexByte(unsigned value)
 {
-    return {'0', static_cast<char>('0' + card % kGates), 'A'};
+    constexpr char kHex[] = "0123456789ABCDEF";
+    return {kHex[value / 16 % 16], kHex[value % 16]};
 }
 
-/// The command that a gate must get, from "103" (open) or "000" (refuse).
-std::string commandFor(const std::string& gate, const std::string& fields)
+/// The lines of a family of gates, of which there are eight on the line. Every card comes from another one
+/// than the card before.
+struct TProtocol
 {
-    const auto digit = [](char character) { return static_cast<unsigned>(character - '0'); };
-    unsigned sum = static_cast<unsigned>('$') ^ (digit(gate[0]) * 10 + digit(gate[1]));
-    sum ^= static_cast<unsigned char>(gate[2]);
-    for (const char field : fields) {
-        sum ^= digit(field);
-    }
-    constexpr char kHex[] = "0123456789ABCDEF";
-    return "$" + gate + fields + kHex[sum / 16 % 16] + kHex[sum % 16] + "\r";
-}
+    std::string (*cardRead)(char gate, const std::string& card);
+    std::string (*command)(char gate, bool open);
+    std::vector<std::string> (*passage)(char gate);
+};
+
+// classic turnstiles, 00A to 07A
+const TProtocol kClassic = {
+    [](char gate, const std::string& card) { return std::string("$0") + gate + "AR" + card + "\r"; },
+    [](char gate, bool open) {
+        const std::string fields = open ? "103" : "000";
+        unsigned sum =
+            static_cast<unsigned>('$') ^ static_cast<unsigned>(gate - '0') ^ static_cast<unsigned>('A');
+        for (const char field : fields) {
+            sum ^= static_cast<unsigned>(field - '0');
+        }
+        return std::string("$0") + gate + "A" + fields + hexByte(sum) + "\r";
+    },
+    [](char gate) {
+        const std::string address = std::string("0") + gate + "A";
+        return std::vector<std::string>{"#" + address + "Relay 1\r", "$" + address + "P\r",
+                                        "$" + address + "G\r"};
+    }};
+
+// networked turnstiles, 000T to 007T; two characters that nothing verifies end each of their lines
+const TProtocol kNetworked = {
+    [](char gate, const std::string& card) { return std::string("$00") + gate + "TRQ" + card + "00\r"; },
+    [](char gate, bool open) {
+        const std::string line = std::string("$00") + gate + "T" + (open ? "GO" : "PH");
+        unsigned crc = 0xFF;
+        for (const char character : line) {
+            crc ^= static_cast<unsigned char>(character);
+            for (int bit = 0; bit < 8; ++bit) {
+                crc = ((crc & 0x80U) != 0 ? (crc << 1U) ^ 0x31U : crc << 1U) & 0xFFU;
+            }
+        }
+        return line + hexByte(crc);
+    },
+    [](char gate) {
+        const std::string address = std::string("$00") + gate + "T";
+        return std::vector<std::string>{address + "PR00\r", address + "GR00\r"};
+    }};
 
 struct TRunner
 {
     std::unique_ptr<TLatencyPeer> peer;
+    const TProtocol* protocol;
     std::vector<nanoseconds> times;
 };
 
@@ -124,11 +161,11 @@ private:
         for (int i = 0; i < kBlock; ++i) {
             const bool stranger = ++FCards % kStrangerEvery == 0;
             const int card = (stranger ? kFirstStranger : kFirstMember) + FMember(FRandom);
-            const std::string gate = gateOf(FCards);
-            const nanoseconds time = runner.peer->ask("$" + gate + "R" + std::to_string(card) + "\r",
-                                                      commandFor(gate, stranger ? "000" : "103"));
+            const char gate = static_cast<char>('0' + FCards % kGates);
+            const nanoseconds time = runner.peer->ask(runner.protocol->cardRead(gate, std::to_string(card)),
+                                                      runner.protocol->command(gate, !stranger));
             if (!stranger) {
-                runner.peer->passThrough(gate);
+                runner.peer->tell(runner.protocol->passage(gate));
                 if (counted) {
                     runner.times.push_back(time);
                 }
@@ -165,8 +202,9 @@ int run(int argc, char** argv)
         if (equals == std::string::npos) {
             throw std::runtime_error("not NAME=COMMAND: " + argument);
         }
-        runners.push_back({std::make_unique<TLatencyPeer>(argument.substr(0, equals),
-                                                          argument.substr(equals + 1), members.path()),
+        const std::string name = argument.substr(0, equals);
+        runners.push_back({std::make_unique<TLatencyPeer>(name, argument.substr(equals + 1), members.path()),
+                           name == kNetworkedName ? &kNetworked : &kClassic,
                            {}});
     }
     TRun measurement(std::move(runners));

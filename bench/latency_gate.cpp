@@ -5,12 +5,11 @@
 // Opens for the cards in the file CARDS (one card a line) and refuses all others. Prints "ready" when the
 // port is open.
 
+#include "bench/latency_cards.h"
 #include "platform/serial_port.h"
 #include "turnstile/turnstile_device.h"
 
 #include <QCoreApplication>
-#include <QFile>
-#include <QSet>
 #include <cstdio>
 
 namespace {
@@ -22,18 +21,6 @@ using tnv5::turnstile::TTurnStylerDevice;
 
 constexpr int kGates = 8; // 00A to 07A
 
-QSet<QString> loadCards(const QString& path)
-{
-    QSet<QString> cards;
-    QFile file(path);
-    if (file.open(QIODevice::ReadOnly)) {
-        while (!file.atEnd()) {
-            cards.insert(QString::fromLatin1(file.readLine().trimmed()));
-        }
-    }
-    return cards;
-}
-
 int run(const QCoreApplication& application)
 {
     const QStringList arguments = QCoreApplication::arguments();
@@ -41,7 +28,7 @@ int run(const QCoreApplication& application)
         std::fprintf(stderr, "usage: latency_gate PORT CARDS\n");
         return 2;
     }
-    const QSet<QString> cards = loadCards(arguments[2]);
+    const QSet<QString> cards = tnv5::bench::loadCards(arguments[2]);
 
     TSerialPort port;
     port.SetPort(arguments[1]);

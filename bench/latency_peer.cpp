@@ -110,11 +110,11 @@ nanoseconds TLatencyPeer::ask(const std::string& card, const std::string& expect
     return answered - asked;
 }
 
-void TLatencyPeer::passThrough(const std::string& gate)
+void TLatencyPeer::tell(const std::vector<std::string>& lines)
 {
-    send("#" + gate + "Relay 1\r");
-    send("$" + gate + "P\r");
-    send("$" + gate + "G\r");
+    for (const std::string& line : lines) {
+        send(line);
+    }
 }
 
 void TLatencyPeer::send(const std::string& bytes)

@@ -27,8 +27,8 @@ public:
     /// @throws std::runtime_error when the answer is wrong or missing
     std::chrono::nanoseconds ask(const std::string& card, const std::string& expected);
 
-    /// Tells the peer of the passage that follows at the opened gate.
-    void passThrough(const std::string& gate);
+    /// Sends lines that need no answer.
+    void tell(const std::vector<std::string>& lines);
 
 private:
     void start(const std::string& command, const std::string& cardsPath);

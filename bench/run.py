@@ -19,6 +19,7 @@ DOCS = BENCH.parent / "docs" / "performance.md"
 READS = ((4096, 300, "4 KiB reads, 300 gates"), (112, 8, "112-byte reads, 8 gates"))
 HANDLERS = ("no handlers", "decision only", "all handlers")
 IDLE = ("OPEN, acknowledged", "OPEN, with `OnCheckStatus`", "NEW, unanswered")
+IDLE_NETWORKED = ("OPEN", "OPEN, with `OnCheckStatus`", "NEW, host undecided")
 
 
 def progress(text):
@@ -47,12 +48,13 @@ class Runner:
             self.bin / "latency", cards,
             f"floor={self.bin / 'latency_floor'}",
             f"component={self.bin / 'latency_gate'}",
+            f"networked={self.bin / 'latency_d24_gate'}",
             f"pyserial=/usr/bin/python3 {BENCH / 'peers' / 'pyserial_gate.py'}",
             f"serialport=node {BENCH / 'peers' / 'serialport_gate.js'}")
         return {row["name"]: row for row in map(json.loads, output.splitlines())}
 
-    def google(self, pattern, seconds):
-        output = self.lines(self.bin / "turnstile_bench", f"--benchmark_filter={pattern}",
+    def google(self, pattern, seconds, program="turnstile_bench"):
+        output = self.lines(self.bin / program, f"--benchmark_filter={pattern}",
                             f"--benchmark_min_time={seconds}", "--benchmark_format=json")
         rows = json.loads(output)["benchmarks"]
         for row in rows:
@@ -75,10 +77,10 @@ class Runner:
                 found.setdefault("npm", []).append(row["linesPerSecond"])
         return {name: statistics.median(values) for name, values in found.items()}
 
-    def passes(self):
-        progress("cost of a pass over the table")
+    def passes(self, program="turnstile_bench"):
+        progress(f"cost of a pass over the table, {program}")
         costs = {}
-        for row in self.google("StackPass", 0.1 if self.quick else 0.5):
+        for row in self.google("StackPass", 0.1 if self.quick else 0.5, program):
             idle, entries = map(int, re.search(r"idle:(\d)/entries:(\d+)", row["name"]).groups())
             costs[idle, entries] = row["per_entry"] * 1e9
         return costs
@@ -122,11 +124,11 @@ def rate_table(results):
             + "it: " + "; ".join(aims) + ".")
 
 
-def pass_table(costs):
+def pass_table(title, columns, costs):
     sizes = sorted({entries for _, entries in costs})
-    rows = [[f"{entries:,}"] + [f"{costs[idle, entries]:.0f} ns" for idle in range(len(IDLE))]
+    rows = [[f"{entries:,}"] + [f"{costs[idle, entries]:.0f} ns" for idle in range(len(columns))]
             for entries in sizes]
-    return (table(["Entries in the table, cost of each", *IDLE], rows)
+    return (table([title, *columns], rows)
             + f"\n\nAim: at most 500 ns an idle entry: {met(max(costs.values()) <= 500)}.")
 
 
@@ -168,7 +170,9 @@ def main():
         f"Measured on {machine}.",
         latency_table(runner.latency()),
         rate_table([(title, runner.rates(read, addresses)) for read, addresses, title in READS]),
-        pass_table(runner.passes()),
+        pass_table("Entries in the table, cost of each", IDLE, runner.passes()),
+        pass_table("Networked gates: entries in the table, cost of each", IDLE_NETWORKED,
+                   runner.passes("d24_bench")),
         ports_table(runner.ports()),
     ])
     print(report)
