@@ -52,6 +52,10 @@ const TPerson kKarl = {
 const TPerson kLena = {
     QStringLiteral("Lena Sommer"), QStringLiteral("10000012"), {kGym}, -30, 300, false, false, -705};
 const TPerson kMax = {QStringLiteral("Max Herbst"), QStringLiteral("10000013"), {kGym}, -400, -1};
+const QString kApples = QStringLiteral("apples");
+const QString kBananas = QStringLiteral("bananas");
+const QString kMelons = QStringLiteral("melons");
+const QString kNuts = QStringLiteral("nuts");
 const QString kStrangersCard = QStringLiteral("99999999");
 
 TStep passes(const QString& gate, const QString& card)
@@ -109,6 +113,10 @@ void fillClub(host::TDatabase& club, QDate today)
     club.setGate({kSide, kHall, TDirection::In});
     club.setGate({kGymGate, kGym, TDirection::In});
     club.setGate({kGymExit, kGym, TDirection::Out});
+    club.setProduct(kApples, 320);
+    club.setProduct(kBananas, 180);
+    club.setProduct(kMelons, 120);
+    club.setProduct(kNuts, 1'490);
     for (const TPerson& person :
          {kAnna, kBoris, kClara, kDavid, kEmma, kFelix, kGreta, kHugo, kIda, kJonas, kKarl, kLena, kMax}) {
         const qint64 id = club.addMember(person.name);
@@ -118,6 +126,21 @@ void fillClub(host::TDatabase& club, QDate today)
         club.setInside(id, person.inside);
         club.setBalance(id, person.cents);
     }
+}
+
+QList<TPurchase> demoPurchases()
+{
+    const auto buys = [](const TPerson& person, const QString& product, const QList<int>& loads,
+                         qint64 cents) {
+        return TPurchase{person.name, person.card, product, loads, cents};
+    };
+    return {
+        buys(kAnna, kApples, {450}, 144),
+        buys(kGreta, kMelons, {21'000, 2'450}, 294), // leans on the scale at first
+        buys(kBoris, kBananas, {1'210, 820}, 148),   // thinks better of it
+        buys(kJonas, kNuts, {125}, 186),
+        buys(kIda, kApples, {333}, 107),
+    };
 }
 
 QStringList demoGates()

@@ -24,6 +24,16 @@ struct TVisitor
     QList<TStep> steps;
 };
 
+/// Somebody who buys fruit by weight, and what must be charged; written down by hand as well.
+struct TPurchase
+{
+    QString name;
+    QString card;
+    QString product;
+    QList<int> loads; ///< what lies on the scale, in grams, one after the other; the last is what is bought
+    qint64 cents;
+};
+
 /// Address of the controller that answers nothing.
 extern const QString kSilentGate;
 
@@ -35,5 +45,6 @@ QStringList demoGates();
 /// The networked gates.
 QStringList demoBoards();
 QList<TVisitor> demoVisitors();
+QList<TPurchase> demoPurchases();
 
 } // namespace tnv5::cli

@@ -1,5 +1,6 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
+#include "apps/tnv5/demo_counter.h"
 #include "apps/tnv5/demo_report.h"
 #include "apps/tnv5/stop_signal.h"
 #include "host/club_host.h"
@@ -67,6 +68,7 @@ private:
 
     TDemoGates FAllGates;
     TDemoStreet FStreet;
+    TDemoCounter FFruit;
     TStopSignal FStop;
     platform::TTimer FTimer;
     QElapsedTimer FWatch;
@@ -116,6 +118,7 @@ TDemo::TDemo(host::TDatabase& club, const TDemoOptions& options)
       FBoardHost(FBoards, FHost.desk()),
       FAllGates(FGates, FBus),
       FStreet(FAllGates, [this](const QString& gate) { return ready(gate); }),
+      FFruit(club),
       FStop([] { QCoreApplication::quit(); })
 {
     prepareGates();
@@ -183,13 +186,15 @@ bool TDemo::ready(const QString& gate)
 
 int TDemo::run()
 {
-    announce(QStringLiteral("simulated gates on two pseudo-terminals, real serial ports, a real database"));
+    announce(QStringLiteral(
+        "simulated gates and a scale on pseudo-terminals, real serial ports, a real database"));
     if (!FKeeper.start()) {
         throw platform::Exception(QStringLiteral("The simulated line cannot be opened"));
     }
     if (!FConnector.GetConnected()) {
         throw platform::Exception(QStringLiteral("The simulated bus cannot be opened"));
     }
+    FFruit.open();
     FBus.setPingInterval(kPingMs);
     for (const TVisitor& visitor : demoVisitors()) {
         FStreet.invite(visitor);
@@ -249,12 +254,13 @@ void TDemo::look()
         if (fraction() > 1) {
             announce(QStringLiteral("closing time: those who are on their way finish"));
             FStreet.close();
+            FFruit.close();
             FPhase = TPhase::Closing;
         }
         break;
     case TPhase::Closing:
         FOverdue = FWatch.elapsed() > FOptions.seconds * 1000LL + kClosingLimitMs;
-        if (FStreet.empty() || FOverdue) {
+        if ((FStreet.empty() && FFruit.quiet()) || FOverdue) {
             QCoreApplication::quit();
         }
         break;
@@ -297,10 +303,11 @@ void TDemo::plugAgain()
 int TDemo::conclude()
 {
     const QList<TVisit>& visits = FStreet.visits();
-    for (const QString& line : closingTable(visits)) {
+    for (const QString& line : closingTable(visits) + FFruit.closingRows() + QStringList(QString())) {
         print(line);
     }
     QStringList wrong = compare(visits, FClub.passesAfter(FFirstPass, std::numeric_limits<int>::max()));
+    wrong << FFruit.compare();
     if (FOverdue) {
         wrong << QStringLiteral("not everybody has come through in time");
     }
@@ -310,7 +317,8 @@ int TDemo::conclude()
     if (!wrong.isEmpty()) {
         return kFailed;
     }
-    print(QStringLiteral("Every card got what the club's books say, and the journal holds all of it."));
+    print(QStringLiteral("Every card got what the club's books say, every weight was charged, and the "
+                         "journal holds all of it."));
     return kDone;
 }
 

@@ -61,14 +61,9 @@ QStringList shownRows(const TVisit& visit)
     return visit.display.mid(0, visit.step.shown.size());
 }
 
-QString row(const QString& name, const QString& value)
-{
-    return QStringLiteral("  %1 %2").arg(name, -32).arg(value, 10);
-}
-
 QString row(const QString& name, qsizetype value)
 {
-    return row(name, QString::number(value));
+    return closingRow(name, QString::number(value));
 }
 
 /// One row a gate.
@@ -139,6 +134,11 @@ QStringList compare(const QList<TVisit>& visits, const QList<TPass>& journal)
     return wrong;
 }
 
+QString closingRow(const QString& name, const QString& value)
+{
+    return QStringLiteral("  %1 %2").arg(name, -32).arg(value, 10);
+}
+
 QStringList closingTable(const QList<TVisit>& visits)
 {
     const auto count = [&visits](auto&& test) {
@@ -171,10 +171,10 @@ QStringList closingTable(const QList<TVisit>& visits)
         const auto ms = [&times](double percent) {
             return QString::number(percentile(times, percent), 'f', 2) + QStringLiteral(" ms");
         };
-        lines << row(QStringLiteral("card to relay, median"), ms(50));
-        lines << row(QStringLiteral("card to relay, 99th percentile"), ms(99));
+        lines << closingRow(QStringLiteral("card to relay, median"), ms(50));
+        lines << closingRow(QStringLiteral("card to relay, 99th percentile"), ms(99));
     }
-    return lines << QString() << gateRows(visits) << QString();
+    return lines << QString() << gateRows(visits);
 }
 
 } // namespace tnv5::cli

@@ -8,6 +8,8 @@ namespace tnv5::cli {
 /// @return one line for each difference; none: everything is as it must be.
 QStringList compare(const QList<TVisit>& visits, const QList<host::TPass>& journal);
 
+/// A row of the closing table.
+QString closingRow(const QString& name, const QString& value);
 /// The closing table.
 QStringList closingTable(const QList<TVisit>& visits);
 

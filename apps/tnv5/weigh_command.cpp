@@ -2,8 +2,8 @@
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/stop_signal.h"
 #include "host/port_diagnosis.h"
+#include "host/scale_reader.h"
 #include "platform/serial_port.h"
-#include "platform/timer.h"
 #include "scales/families.h"
 #include "scales/scales_device.h"
 
@@ -20,9 +20,7 @@ namespace tnv5::cli {
 namespace {
 
 constexpr int kEnglish = 2;
-constexpr int kLookMs = 20;
-constexpr int kAskMs = 300; // slower than any scale answers
-constexpr int kPatienceMs = 4'000;
+constexpr int kReadingsWithoutWeight = 13; // about 4 s
 
 struct TWeighOptions
 {
@@ -33,7 +31,7 @@ struct TWeighOptions
     bool json = false;
 };
 
-/// Asks a scale again and again and tells its weight: once, or each new one.
+/// Tells the weight on a scale: once, when it has come to rest, or each new one.
 class TWeighing
 {
 public:
@@ -56,8 +54,12 @@ public:
         FScales.SetUpComport();
         FScales.SetOnError(
             [this](platform::TComponent*, const QString& message) { tellTroubleOnce(message); });
-        FLook.SetInterval(kLookMs);
-        FLook.OnTimer = [this](platform::TTimer*) { look(); };
+        FReader.OnReading = [this](int weight) { onReading(weight); };
+        FReader.OnSteady = [this](int weight) { onSteady(weight); };
+        FReader.OnSilent = [this] {
+            tellTroubleOnce(QStringLiteral("The scale does not answer."));
+            giveUp();
+        };
     }
 
     /// @throws platform::EComPort
@@ -71,68 +73,42 @@ public:
             }
             throw;
         }
-        ask();
-        FLook.SetEnabled(true);
+        FReader.start();
     }
 
     int result() const { return FResult; }
 
 private:
-    void ask()
+    void onReading(int weight)
     {
-        FSinceAskMs = 0;
-        FBytesBefore = FPort.bytesRead();
-        FScales.GetWeight(true);
-    }
-
-    void look()
-    {
-        FSinceAskMs += kLookMs;
-        const bool answered = FPort.bytesRead() != FBytesBefore;
-        const int weight = FScales.LastWeight();
+        FWithoutWeight = weight > 0 ? 0 : FWithoutWeight + 1;
         if (weight > 0) {
+            FTrouble.clear();
+        }
+        // 0: it answers, but nothing that can be weighed is on it, or it moves
+        if (FOptions.watch && FTold != weight) {
             tellWeight(weight);
         }
-        FSilentMs = answered ? 0 : FSilentMs + kLookMs;
-        FWeightlessMs = weight > 0 ? 0 : FWeightlessMs + kLookMs;
-        if (FSinceAskMs >= kAskMs) {
-            if (answered && weight <= 0) {
-                tellNoWeight();
-            }
-            ask();
+        if (FWithoutWeight > kReadingsWithoutWeight) {
+            giveUp();
         }
-        if (FSilentMs >= kPatienceMs) {
-            tellTroubleOnce(QStringLiteral("The scale does not answer."));
-            giveUp();
-        } else if (FWeightlessMs >= kPatienceMs) {
-            giveUp();
+    }
+
+    void onSteady(int weight)
+    {
+        if (!FOptions.watch) {
+            tellWeight(weight);
+            end(kDone);
         }
     }
 
     void tellWeight(int weight)
     {
-        if (weight > 0) {
-            FTrouble.clear();
-        }
-        if (FTold == weight) {
-            return;
-        }
         FTold = weight;
         if (FOptions.json) {
             printObject({{QStringLiteral("weight"), weight}});
         } else {
             print(FOptions.watch ? now() + u' ' + QString::number(weight) : QString::number(weight));
-        }
-        if (!FOptions.watch) {
-            end(kDone);
-        }
-    }
-
-    /// It answers, but nothing that can be weighed is on it, or it moves.
-    void tellNoWeight()
-    {
-        if (FOptions.watch && FTold != 0) {
-            tellWeight(0);
         }
     }
 
@@ -173,7 +149,7 @@ private:
 
     void end(int result)
     {
-        FLook.SetEnabled(false);
+        FReader.stop();
         FResult = result;
         QCoreApplication::quit();
     }
@@ -181,11 +157,8 @@ private:
     TWeighOptions FOptions;
     platform::TSerialPort FPort;
     scales::TScalesDevice FScales;
-    platform::TTimer FLook;
-    int FSinceAskMs = 0;
-    int FSilentMs = 0;
-    int FWeightlessMs = 0;
-    qint64 FBytesBefore = 0;
+    host::TScaleReader FReader{FScales};
+    int FWithoutWeight = 0; // readings in a row
     std::optional<int> FTold;
     QString FTrouble; // told, and not over yet
     int FResult = kDone;

@@ -162,11 +162,34 @@ platform::TDateTime toDateTime(const QString& text)
     return static_cast<double>(ms) / static_cast<double>(platform::kMsPerDay);
 }
 
+qint64 priceFor(int grams, qint64 centsPerKg)
+{
+    constexpr qint64 kGramsPerKg = 1'000;
+    return (grams * centsPerKg + kGramsPerKg / 2) / kGramsPerKg;
+}
+
+QString amountText(qint64 cents)
+{
+    constexpr quint64 kCents = 100;
+    const quint64 amount = cents < 0 ? 0 - static_cast<quint64>(cents) : static_cast<quint64>(cents);
+    return QStringLiteral("%1%2.%3")
+        .arg(cents < 0 ? QStringLiteral("-") : QString())
+        .arg(amount / kCents)
+        .arg(amount % kCents, 2, 10, QChar(u'0'));
+}
+
 QString logLine(const TPass& pass)
 {
     const platform::TDateTime when = pass.ended != 0 ? pass.ended : pass.began;
     return QStringLiteral("%1  %2  %3  %4")
         .arg(timeOf(when).toString(kTimeFormat), pass.gate, whoOf(pass), whatOf(pass));
+}
+
+QString logLine(const TSale& sale)
+{
+    return QStringLiteral("%1  scale  %2 (%3)  %4 g %5 at %6/kg: %7")
+        .arg(timeOf(sale.sold).toString(kTimeFormat), sale.name, sale.card, QString::number(sale.grams),
+             sale.product, amountText(sale.centsPerKg), amountText(sale.cents));
 }
 
 } // namespace tnv5::host

@@ -87,6 +87,26 @@ struct TPass
 
 using PPass = std::shared_ptr<TPass>;
 
+/// Goods sold by weight, a row of the sales.
+struct TSale
+{
+    qint64 id = 0; ///< row of the sales, 0: not written yet
+    platform::TDateTime sold = 0;
+    QString card;
+    qint64 member = 0; ///< whose account is charged
+    QString name;      ///< of the member; not kept in the sales
+    QString product;
+    qint64 centsPerKg = 0;
+    int grams = 0;
+    qint64 cents = 0; ///< what is charged
+};
+
+/// Price of that many grams, rounded to the nearest cent, halves up. @param grams 0 or more
+qint64 priceFor(int grams, qint64 centsPerKg);
+
+/// An amount of cents with two decimals. Example: -5 gives "-0.05".
+QString amountText(qint64 cents);
+
 // The words below are those of the journal, the gate table and the log.
 QString toText(TDirection direction);
 QString toText(TRefusal refusal);
@@ -108,5 +128,7 @@ platform::TDateTime toDateTime(const QString& text);
 /// One line of log about a pass: when, where, who, what and why.
 /// Example: "12:00:00.250  01A  Anna Berg (12345678)  refused: expired".
 QString logLine(const TPass& pass);
+/// Example: "12:00:00.250  scale  Anna Berg (10000001)  450 g apples at 3.20/kg: 1.44".
+QString logLine(const TSale& sale);
 
 } // namespace tnv5::host

@@ -18,16 +18,6 @@ QString plain(QString text)
 
 } // namespace
 
-QString amountText(qint64 cents)
-{
-    constexpr quint64 kCents = 100;
-    const quint64 amount = cents < 0 ? 0 - static_cast<quint64>(cents) : static_cast<quint64>(cents);
-    return QStringLiteral("%1%2.%3")
-        .arg(cents < 0 ? QStringLiteral("-") : QString())
-        .arg(amount / kCents)
-        .arg(amount % kCents, 2, 10, QChar(u'0'));
-}
-
 QString displayText(const TPass& pass)
 {
     if (common::IsPseudoCard(pass.card)) {

@@ -13,9 +13,6 @@ namespace tnv5::host {
 /// Example: "|Anna Berg|Balance 12.50||||".
 QString displayText(const TPass& pass);
 
-/// An amount of cents with two decimals. Example: -5 gives "-0.05".
-QString amountText(qint64 cents);
-
 /// Runs the gates of a D24 component: hands its questions to a desk and answers them, with the text for the
 /// display of the controller.
 ///

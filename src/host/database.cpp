@@ -95,6 +95,20 @@ TPass passFrom(const TRows& row)
     return pass;
 }
 
+TSale saleFrom(const TRows& row)
+{
+    TSale sale;
+    sale.id = row.value(0).toLongLong();
+    sale.sold = toDateTime(row.value(1).toString());
+    sale.card = row.value(2).toString();
+    sale.member = row.value(3).toLongLong();
+    sale.product = row.value(4).toString();
+    sale.centsPerKg = row.value(5).toLongLong();
+    sale.grams = row.value(6).toInt();
+    sale.cents = row.value(7).toLongLong();
+    return sale;
+}
+
 /// SQL knows no empty text that comes from a null QString: it would become NULL.
 QString notNull(const QString& text)
 {
@@ -140,6 +154,18 @@ struct TDatabase::TParts
     TStatement endPass = statement(u"UPDATE pass SET ended = ?, ending = ? WHERE id = ?");
     TStatement passes = statement(u"SELECT id, began, ended, card, member, gate, reason, ending FROM pass"
                                   u" WHERE id > ? ORDER BY id LIMIT ?");
+    TStatement setProduct =
+        statement(u"INSERT INTO product (name, cents_per_kg) VALUES (?, ?)"
+                  u" ON CONFLICT (name) DO UPDATE SET cents_per_kg = excluded.cents_per_kg");
+    TStatement price = statement(u"SELECT cents_per_kg FROM product WHERE name = ?");
+    TStatement addSale =
+        statement(u"INSERT INTO sale (sold, card, member, product, cents_per_kg, grams, cents)"
+                  u" VALUES (?, ?, ?, ?, ?, ?, ?)");
+    TStatement charge = statement(u"UPDATE member SET balance = balance - ? WHERE id = ?");
+    TStatement sales =
+        statement(u"SELECT id, sold, card, member, product, cents_per_kg, grams, cents FROM sale"
+                  u" WHERE id > ? ORDER BY id LIMIT ?");
+    TStatement lastSale = statement(u"SELECT coalesce(max(id), 0) FROM sale");
     TStatement lastPass = statement(u"SELECT coalesce(max(id), 0) FROM pass");
 };
 
@@ -284,6 +310,45 @@ QList<TPass> TDatabase::passesAfter(qint64 id, int limit)
 qint64 TDatabase::lastPass()
 {
     TRows rows = F->lastPass.run();
+    return rows.next() ? rows.value(0).toLongLong() : 0;
+}
+
+void TDatabase::setProduct(const QString& name, qint64 centsPerKg)
+{
+    F->setProduct.run({notNull(name), centsPerKg});
+}
+
+std::optional<qint64> TDatabase::priceOf(const QString& product)
+{
+    TRows rows = F->price.run({notNull(product)});
+    return rows.next() ? std::optional(rows.value(0).toLongLong()) : std::nullopt;
+}
+
+void TDatabase::sell(TSale& sale)
+{
+    TWriteTransaction transaction(F->connection.database());
+    const qint64 id = F->addSale
+                          .run({toText(sale.sold), notNull(sale.card), sale.member, notNull(sale.product),
+                                sale.centsPerKg, sale.grams, sale.cents})
+                          .insertedId();
+    F->charge.run({sale.cents, sale.member});
+    transaction.commit();
+    sale.id = id;
+}
+
+QList<TSale> TDatabase::salesAfter(qint64 id, int limit)
+{
+    QList<TSale> sales;
+    TRows rows = F->sales.run({id, limit});
+    while (rows.next()) {
+        sales.append(saleFrom(rows));
+    }
+    return sales;
+}
+
+qint64 TDatabase::lastSale()
+{
+    TRows rows = F->lastSale.run();
     return rows.next() ? rows.value(0).toLongLong() : 0;
 }
 

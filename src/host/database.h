@@ -52,6 +52,18 @@ public:
     /// The last row of the journal, 0 when it is empty.
     qint64 lastPass();
 
+    /// Adds what is sold by weight, or changes its price. @param centsPerKg 0 to 1,000,000,000
+    void setProduct(const QString& name, qint64 centsPerKg);
+    /// Price of a kilogram in cents; nothing when it is not sold.
+    std::optional<qint64> priceOf(const QString& product);
+    /// Writes a sale and takes its price from the member's account, which may go below 0: both or neither.
+    /// The sale gets its `id`.
+    void sell(TSale& sale);
+    /// Sales after a row, oldest first, `limit` at most.
+    QList<TSale> salesAfter(qint64 id, int limit);
+    /// The last row of the sales, 0 when there is none.
+    qint64 lastSale();
+
     /// How long a write waits for another program, in milliseconds.
     void setBusyTimeout(int ms);
 

@@ -54,6 +54,24 @@ const QStringList kVersion2 = {
     QStringLiteral("ALTER TABLE member ADD COLUMN balance INTEGER NOT NULL DEFAULT 0"), // cents
 };
 
+const QStringList kVersion3 = {
+    QStringLiteral("CREATE TABLE product ("
+                   " name TEXT PRIMARY KEY,"
+                   " cents_per_kg INTEGER NOT NULL CHECK (cents_per_kg BETWEEN 0 AND 1000000000)"
+                   ") WITHOUT ROWID"),
+    // Product and price are kept as they were when it was sold.
+    QStringLiteral("CREATE TABLE sale ("
+                   " id INTEGER PRIMARY KEY,"
+                   " sold TEXT NOT NULL,"
+                   " card TEXT NOT NULL,"
+                   " member INTEGER REFERENCES member(id) ON DELETE SET NULL,"
+                   " product TEXT NOT NULL,"
+                   " cents_per_kg INTEGER NOT NULL,"
+                   " grams INTEGER NOT NULL CHECK (grams > 0),"
+                   " cents INTEGER NOT NULL)"),
+    QStringLiteral("CREATE INDEX sale_member ON sale(member)"),
+};
+
 int versionOf(QSqlDatabase& database)
 {
     TStatement version(database, QStringLiteral("PRAGMA user_version"));
@@ -65,7 +83,7 @@ int versionOf(QSqlDatabase& database)
 
 const QList<QStringList>& schemaSteps()
 {
-    static const QList<QStringList> steps = {kVersion1, kVersion2};
+    static const QList<QStringList> steps = {kVersion1, kVersion2, kVersion3};
     return steps;
 }
 

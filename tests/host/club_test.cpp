@@ -41,6 +41,15 @@ TEST(ClubTimes, NoTimeIsAnEmptyText)
     EXPECT_EQ(toDateTime(QStringLiteral("2026-13-05 12:00:00.000")), 0);
 }
 
+TEST(ClubWords, Amounts)
+{
+    EXPECT_EQ(amountText(0), QStringLiteral("0.00"));
+    EXPECT_EQ(amountText(5), QStringLiteral("0.05"));
+    EXPECT_EQ(amountText(-5), QStringLiteral("-0.05"));
+    EXPECT_EQ(amountText(-12'345), QStringLiteral("-123.45"));
+    EXPECT_EQ(amountText(std::numeric_limits<qint64>::min()), QStringLiteral("-92233720368547758.08"));
+}
+
 TEST(GateText, AddressZoneAndDirection)
 {
     const auto gate = toGate(QStringLiteral("04D:sauna:inner"));

@@ -79,15 +79,6 @@ TEST(D24Display, NameAndBalanceOrReason)
     EXPECT_EQ(displayText(button), QString());
 }
 
-TEST(D24Display, Amounts)
-{
-    EXPECT_EQ(amountText(0), QStringLiteral("0.00"));
-    EXPECT_EQ(amountText(5), QStringLiteral("0.05"));
-    EXPECT_EQ(amountText(-5), QStringLiteral("-0.05"));
-    EXPECT_EQ(amountText(-12'345), QStringLiteral("-123.45"));
-    EXPECT_EQ(amountText(std::numeric_limits<qint64>::min()), QStringLiteral("-92233720368547758.08"));
-}
-
 TEST_F(TD24HostTest, ACardFromReadingToPassage)
 {
     feed("$0.0.0.0:101TRQ100");

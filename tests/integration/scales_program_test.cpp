@@ -81,6 +81,16 @@ TEST(ScalesProgram, WaitsUntilTheWeightHasSettled)
     EXPECT_EQ(run.output(), QStringLiteral("{\"weight\":980}\n"));
 }
 
+TEST(ScalesProgram, WaitsForRestOnAScaleThatTellsWhatMoves)
+{
+    sim::TPty pty(QStringLiteral("scale"));
+    sim::TSimulatedScale scale(pty, 2);
+    scale.put(980, 500); // says 490, not settled, until then
+    TRun run(weigh(pty, 2));
+    EXPECT_EQ(run.exitCode(), 0);
+    EXPECT_EQ(run.output(), QStringLiteral("980\n"));
+}
+
 TEST(ScalesProgram, WatchesWhatComesAndGoes)
 {
     sim::TPty pty(QStringLiteral("scale"));

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "apps/tnv5/demo_club.h"
+#include "host/goods_counter.h"
+#include "platform/serial_port.h"
+#include "sim/pty.h"
+#include "sim/scales.h"
+
+namespace tnv5::cli {
+
+/// The fruit counter of the demo: a simulated scale on a pseudo-terminal and those who buy, on the other side
+/// a real port, the component and the host's counter.
+class TDemoCounter
+{
+public:
+    explicit TDemoCounter(host::TDatabase& club);
+
+    /// @throws platform::Exception when the simulated scale cannot be opened
+    void open();
+    /// Nobody begins anew; who is being served is served.
+    void close() { FClosed = true; }
+    /// Nobody is at the counter.
+    bool quiet() const { return FState == TState::Nobody; }
+
+    /// Compares every purchase with what had to come of it, in the sales and in the accounts.
+    /// @return one line for each difference; none: everything is as it must be.
+    QStringList compare() const;
+    /// Rows of the closing table.
+    QStringList closingRows() const;
+
+private:
+    enum class TState { Nobody, Filling, Leaving };
+
+    void look();
+    void stepUp();
+    void put(int load);
+    void onSold(const host::TSale& sale);
+    const TPurchase& current() const { return FPurchases[FNext]; }
+
+    host::TDatabase& FClub;
+    const QList<TPurchase> FPurchases;
+    std::map<QString, qint64> FBalances; // by card, at first
+    const qint64 FFirstSale;             // what the sales held before
+
+    sim::TPty FPty;
+    sim::TSimulatedScale FScale;
+    platform::TSerialPort FPort;
+    scales::TScalesDevice FScales;
+    host::TGoodsCounter FCounter;
+
+    platform::TTimer FTimer;
+    TState FState = TState::Nobody;
+    int FSinceMs = 0; // in this state, or since something was put on
+    qsizetype FNext = 0;
+    qsizetype FPut = 0;            // how many of the loads are done
+    QList<const TPurchase*> FDone; // purchases that the host says are sold
+    bool FClosed = false;
+};
+
+} // namespace tnv5::cli
