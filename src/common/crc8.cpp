@@ -11,16 +11,7 @@ QString Crc8Digits(QStringView line)
 
 QString HexByte(quint8 value)
 {
-    QString digits;
-    AppendHex(digits, value);
-    return digits;
-}
-
-void AppendHex(QString& text, quint8 value)
-{
-    constexpr char16_t kHex[] = u"0123456789ABCDEF";
-    text.append(QChar(kHex[value >> 4]));
-    text.append(QChar(kHex[value & 0xF]));
+    return QString::fromLatin1(HexDigits(value));
 }
 
 } // namespace tnv5::common

@@ -37,8 +37,12 @@ constexpr quint8 Crc8(QByteArrayView bytes)
 QString Crc8Digits(QStringView line);
 
 /// A byte as exactly two upper-case hexadecimal digits.
+constexpr std::array<char, 2> HexDigits(quint8 value)
+{
+    constexpr char kHex[] = "0123456789ABCDEF";
+    return {kHex[value >> 4], kHex[value & 0xF]};
+}
+/// The same as a text.
 QString HexByte(quint8 value);
-/// Appends a byte as exactly two upper-case hexadecimal digits.
-void AppendHex(QString& text, quint8 value);
 
 } // namespace tnv5::common

@@ -3,8 +3,8 @@
 #include "platform/errors.h"
 
 #include <algorithm>
+#include <deque>
 #include <memory>
-#include <vector>
 
 namespace tnv5::common {
 
@@ -38,6 +38,15 @@ public:
         return found == FRecords.end() ? -1 : static_cast<int>(found - FRecords.begin());
     }
 
+    /// Index of the last record that matches; -1 when there is none.
+    template <class Matches>
+    int lastIndexOf(Matches matches) const
+    {
+        const auto found = std::find_if(FRecords.rbegin(), FRecords.rend(),
+                                        [&](const PRecord& record) { return matches(*record); });
+        return static_cast<int>(FRecords.rend() - found) - 1;
+    }
+
     /// Appends an empty record. @throws platform::Exception with `whenFull` when the table is full.
     PRecord append(const QString& whenFull)
     {
@@ -50,7 +59,7 @@ public:
     void remove(int index) { FRecords.erase(FRecords.begin() + index); }
 
 private:
-    std::vector<PRecord> FRecords;
+    std::deque<PRecord> FRecords; // records mostly leave where they came in: at the front
 };
 
 } // namespace tnv5::common

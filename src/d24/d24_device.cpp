@@ -2,6 +2,7 @@
 
 #include "common/elapsed.h"
 #include "common/messages.h"
+#include "common/text.h"
 #include "d24/d24_command.h"
 #include "d24/d24_line.h"
 #include "d24/d24_texts.h"
@@ -100,7 +101,7 @@ void TTurnStylerDeviceD24::p_hw_ProtocolIn(const QString& AMess)
 {
     Operation([this, line = AMess] {
         if (FLogEvent) {
-            Fire(FLogEvent, kReadFromPortLog + line);
+            Fire(FLogEvent, common::Joined(kReadFromPortLog, line));
         }
         if (FRemoutDevice == podServer) {
             monitor(common::LogMessage(common::kReadFromPort + line));

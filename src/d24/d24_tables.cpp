@@ -1,23 +1,27 @@
 #include "d24/d24_tables.h"
 
 #include "common/messages.h"
+#include "common/text.h"
 #include "d24/d24_texts.h"
 
 namespace tnv5::d24 {
 
+using common::Same;
+
 int TPassTable::findDevice(QStringView device) const
 {
-    return indexOf([device](const TRFidInfo& pass) { return pass.Device == device; });
+    return indexOf([device](const TRFidInfo& pass) { return Same(pass.Device, device); });
 }
 
 int TPassTable::findIP(QStringView ip) const
 {
-    return indexOf([ip](const TRFidInfo& pass) { return pass.IP == ip; });
+    return indexOf([ip](const TRFidInfo& pass) { return Same(pass.IP, ip); });
 }
 
 int TPassTable::findCard(QStringView device, QStringView card) const
 {
-    return indexOf([&](const TRFidInfo& pass) { return pass.Device == device && pass.CardNumber == card; });
+    return indexOf(
+        [&](const TRFidInfo& pass) { return Same(pass.Device, device) && Same(pass.CardNumber, card); });
 }
 
 PRFidInfo TPassTable::add(const QString& ip, const QString& device, const QString& deviceType,
@@ -35,13 +39,8 @@ PRFidInfo TPassTable::add(const QString& ip, const QString& device, const QStrin
 
 int TLivenessTable::find(QStringView ip, QStringView device) const
 {
-    for (int index = size() - 1; index >= 0; --index) {
-        const PDevicelist entry = at(index);
-        if (entry->IP == ip && entry->Device == device) {
-            return index;
-        }
-    }
-    return -1;
+    return lastIndexOf(
+        [&](const TDevicelist& entry) { return Same(entry.Device, device) && Same(entry.IP, ip); });
 }
 
 PDevicelist TLivenessTable::add(const QString& ip, const QString& device, const QString& deviceType)

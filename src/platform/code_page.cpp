@@ -133,12 +133,14 @@ QString fromWire(QByteArrayView bytes, QStringView before)
     return text;
 }
 
-QByteArray toWire(QStringView text)
+QByteArray toWire(QStringView text, QByteArrayView after)
 {
     const TCodePage& page = *current();
-    QByteArray bytes(text.size(), Qt::Uninitialized);
-    std::transform(text.begin(), text.end(), bytes.begin(),
-                   [&page](QChar character) { return static_cast<char>(page.byte(character.unicode())); });
+    QByteArray bytes(text.size() + after.size(), Qt::Uninitialized);
+    const auto rest = std::transform(text.begin(), text.end(), bytes.begin(), [&page](QChar character) {
+        return static_cast<char>(page.byte(character.unicode()));
+    });
+    std::copy(after.begin(), after.end(), rest);
     return bytes;
 }
 

@@ -18,8 +18,9 @@ QByteArray codePage();
 /// Text of bytes that came from a port or socket, with `before` in front. Every byte gives one character.
 QString fromWire(QByteArrayView bytes, QStringView before = {});
 
-/// Bytes of a text that goes to a port or socket; a character that the code page lacks becomes "?".
-QByteArray toWire(QStringView text);
+/// Bytes of a text that goes to a port or socket, with `after` behind; a character that the code page lacks
+/// becomes "?".
+QByteArray toWire(QStringView text, QByteArrayView after = {});
 
 /// The byte that one character becomes on the wire.
 uchar wireByte(QChar character);

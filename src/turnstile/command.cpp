@@ -89,11 +89,9 @@ QString checksum(QStringView command)
 
 QByteArray commandLine(QStringView command)
 {
-    QString line;
-    line.reserve(command.size() + 3);
-    line.append(command);
-    common::AppendHex(line, checksumValue(command));
-    return platform::toWire(line.append(QChar(u'\r')));
+    const auto [high, low] = common::HexDigits(checksumValue(command));
+    const char end[] = {high, low, '\r'};
+    return platform::toWire(command, {end, sizeof end});
 }
 
 } // namespace tnv5::turnstile

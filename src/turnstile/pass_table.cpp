@@ -1,18 +1,20 @@
 #include "turnstile/pass_table.h"
 
 #include "common/messages.h"
+#include "common/text.h"
 
 namespace tnv5::turnstile {
 
 int TPassTable::find(QStringView device) const
 {
-    return indexOf([device](const TRFidInfo& pass) { return pass.Device == device; });
+    return indexOf([device](const TRFidInfo& pass) { return common::Same(pass.Device, device); });
 }
 
 int TPassTable::find(QStringView device, QStringView card) const
 {
-    return indexOf(
-        [device, card](const TRFidInfo& pass) { return pass.Device == device && pass.CardNumber == card; });
+    return indexOf([device, card](const TRFidInfo& pass) {
+        return common::Same(pass.Device, device) && common::Same(pass.CardNumber, card);
+    });
 }
 
 PRFidInfo TPassTable::add(const QString& device, const QString& card)

@@ -266,11 +266,15 @@ void TTurnStylerDevice::report(const QString& name, const QString& device, const
         return;
     }
     // copies: the handler may change the record that the arguments stand in, the echo carries the same values
-    const QVariant values[] = {device, card, status1, status2};
-    showStatus(this, name, values[0], values[1], values[2], values[3]);
+    const QVariant deviceValue = device;
+    const QVariant cardValue = card;
+    const QVariant value1 = status1;
+    const QVariant value2 = &status1 == &status2 ? QVariant() : QVariant(status2); // mostly they are the same
+    const QVariant& second = &status1 == &status2 ? value1 : value2;
+    showStatus(this, name, deviceValue, cardValue, value1, second);
     if (FRemoutDevice == podServer) {
         ServerEcho(common::StatusMessage(
-            {name, values[0].toString(), values[1].toString(), values[2].toString(), values[3].toString()}));
+            {name, deviceValue.toString(), cardValue.toString(), value1.toString(), second.toString()}));
     }
 }
 
@@ -292,7 +296,7 @@ void TTurnStylerDevice::reportEchoedError(QStringView code, const QString& text)
 void TTurnStylerDevice::log(const QString& prefix, const QString& text)
 {
     if (FLogEvent) {
-        Fire(FLogEvent, prefix + text);
+        Fire(FLogEvent, common::Joined(prefix, text));
     }
     if (FRemoutDevice == podServer) {
         ServerEcho(common::LogMessage(prefix + text));

@@ -34,6 +34,23 @@ TEST(CopyFrom, GivesTheRest)
     EXPECT_EQ(CopyFrom(u"7", 0), u"7");
 }
 
+TEST(Joined, OneBehindTheOther)
+{
+    EXPECT_EQ(Joined(u"01A", u"R5"), u"01AR5");
+    EXPECT_EQ(Joined(u"", u"R5"), u"R5");
+    EXPECT_EQ(Joined(u"01A", u""), u"01A");
+    EXPECT_EQ(Joined(u"", u""), u"");
+}
+
+TEST(Same, LengthAndCaseCount)
+{
+    EXPECT_TRUE(Same(u"01A", u"01A"));
+    EXPECT_TRUE(Same(u"", QStringView()));
+    EXPECT_FALSE(Same(u"01A", u"01a"));
+    EXPECT_FALSE(Same(u"01A", u"01AR"));
+    EXPECT_FALSE(Same(u"01AR", u"01A"));
+}
+
 TEST(Pos, CountsFromOneAndIsZeroWhenAbsent)
 {
     EXPECT_EQ(Pos(u"!", u"LOG!x"), 4);
