@@ -7,6 +7,7 @@ import os
 import pathlib
 import platform
 import re
+import shutil
 import statistics
 import subprocess
 import sys
@@ -20,6 +21,12 @@ READS = ((4096, 300, "4 KiB reads, 300 gates"), (112, 8, "112-byte reads, 8 gate
 HANDLERS = ("no handlers", "decision only", "all handlers")
 IDLE = ("OPEN, acknowledged", "OPEN, with `OnCheckStatus`", "NEW, unanswered")
 IDLE_NETWORKED = ("OPEN", "OPEN, with `OnCheckStatus`", "NEW, host undecided")
+CONNECTOR = (("PingsReceived", "pings received, answered and routed"),
+             ("CardsReceived", "card lines received and routed"),
+             ("RelayCommandsSent", "relay commands sent"),
+             ("DisplayCommandsSent", "lines of display commands sent"))
+SCALES = (("silent", "nobody says anything"), ("unpolled", "no polling, two talk by themselves"),
+          ("polled", "polled every {interval_ms} ms"))
 
 
 def progress(text):
@@ -31,6 +38,16 @@ class Runner:
         self.bin = build / "bench"
         self.modules = build / "peers" / "node_modules"
         self.quick = quick
+        self.has_npm = shutil.which("node") is not None and (self.modules / "serialport").is_dir()
+        self.has_pyserial = subprocess.run(["/usr/bin/python3", "-c", "import serial"], check=False,
+                                           stderr=subprocess.DEVNULL).returncode == 0
+        self.has_modbus = (self.bin / "modbus_frames").exists()
+
+    def missing(self):
+        """Names of the peers that are not there to be compared with."""
+        peers = (("npm serialport", self.has_npm), ("pyserial", self.has_pyserial),
+                 ("libmodbus", self.has_modbus))
+        return [name for name, there in peers if not there]
 
     def lines(self, *command):
         """Output of a program, line by line; its failure ends the run."""
@@ -44,13 +61,14 @@ class Runner:
     def latency(self):
         cards = 300 if self.quick else 2000
         progress(f"card to command over pseudo-terminals, {cards} cards each")
-        output = self.lines(
-            self.bin / "latency", cards,
-            f"floor={self.bin / 'latency_floor'}",
-            f"component={self.bin / 'latency_gate'}",
-            f"networked={self.bin / 'latency_d24_gate'}",
-            f"pyserial=/usr/bin/python3 {BENCH / 'peers' / 'pyserial_gate.py'}",
-            f"serialport=node {BENCH / 'peers' / 'serialport_gate.js'}")
+        programs = [f"floor={self.bin / 'latency_floor'}",
+                    f"component={self.bin / 'latency_gate'}",
+                    f"networked={self.bin / 'latency_d24_gate'}"]
+        if self.has_pyserial:
+            programs.append(f"pyserial=/usr/bin/python3 {BENCH / 'peers' / 'pyserial_gate.py'}")
+        if self.has_npm:
+            programs.append(f"serialport=node {BENCH / 'peers' / 'serialport_gate.js'}")
+        output = self.lines(self.bin / "latency", cards, *programs)
         return {row["name"]: row for row in map(json.loads, output.splitlines())}
 
     def google(self, pattern, seconds, program="turnstile_bench"):
@@ -73,9 +91,13 @@ class Runner:
                 for row in self.google(f"CardLines/.*/read:{read}/", 0.5):
                     handlers = HANDLERS[int(re.search(r"handlers:(\d)", row["name"])[1])]
                     found.setdefault(handlers, []).append(row["items_per_second"])
-                row = json.loads(self.lines("node", BENCH / "peers" / "delimiter_rate.js", reads.name, 1))
-                found.setdefault("npm", []).append(row["linesPerSecond"])
-        return {name: statistics.median(values) for name, values in found.items()}
+                if self.has_npm:
+                    row = self.peer("node", BENCH / "peers" / "delimiter_rate.js", reads.name, 1)
+                    found.setdefault("npm", []).append(row["linesPerSecond"])
+        return medians(found)
+
+    def peer(self, *command):
+        return json.loads(self.lines(*command))
 
     def passes(self, program="turnstile_bench"):
         progress(f"cost of a pass over the table, {program}")
@@ -85,10 +107,51 @@ class Runner:
             costs[idle, entries] = row["per_entry"] * 1e9
         return costs
 
+    def connector(self):
+        """Median rates of the connector and its peers, the programs taking turns."""
+        rounds, seconds = (2, 0.1) if self.quick else (5, 0.25)
+        found = {}
+        for number in range(rounds):
+            progress(f"line connector, round {number + 1} of {rounds}")
+            for row in self.google(".", seconds, "connector_bench"):
+                name, size = re.match(r"(\w+)/\w+:(\d+)", row["name"]).groups()
+                rate = row.get("items_per_second", row.get("bytes_per_second"))
+                found.setdefault((name, int(size)), []).append(rate)
+            if self.has_npm:
+                for boards in {size for name, size in found if name == CONNECTOR[0][0]}:
+                    row = self.peer("node", BENCH / "peers" / "board_lines.js", boards, 1)
+                    found.setdefault(("npm", boards), []).append(row["linesPerSecond"])
+            if self.has_modbus:
+                row = self.peer(self.bin / "modbus_frames", 1)
+                found.setdefault(("modbus", 0), []).append(row["framesPerSecond"])
+        return medians(found)
+
+    def scales(self):
+        """Median packets per second and allocations a packet, by family and whether there is a log."""
+        rounds, seconds = (1, 0.1) if self.quick else (5, 0.25)
+        rates, allocations = {}, {}
+        for number in range(rounds):
+            progress(f"packets of scales, round {number + 1} of {rounds}")
+            for row in self.google("Packets", seconds, "scales_bench"):
+                key = tuple(map(int, re.search(r"family:(\d+)/log:(\d)", row["name"]).groups()))
+                rates.setdefault(key, []).append(row["items_per_second"])
+                if allocations.setdefault(key, row["allocs/packet"]) != row["allocs/packet"]:
+                    sys.exit(f"{row['name']}: not the same allocations in every run")
+        return medians(rates), allocations
+
+    def idle_scales(self):
+        seconds, rounds = (2, 3) if self.quick else (5, 5)
+        progress(f"eight scales with nothing to do, {rounds} × 3 × {seconds} s")
+        return json.loads(self.lines(self.bin / "idle_scales", "--seconds", seconds, "--rounds", rounds))
+
     def ports(self):
         ports, seconds = (50, 3) if self.quick else (200, 10)
         progress(f"{ports} ports at full rate for {seconds} s")
         return json.loads(self.lines(self.bin / "many_ports", ports, seconds))
+
+
+def medians(found):
+    return {name: statistics.median(values) for name, values in found.items()}
 
 
 def met(condition):
@@ -102,26 +165,30 @@ def table(head, rows):
 
 def latency_table(latency):
     floor, ours = latency["floor"], latency["component"]
-    peers = (latency["pyserial"], latency["serialport"])
+    peers = [latency[name] for name in ("pyserial", "serialport") if name in latency]
     rows = [[name, f"{row['median_us']:.0f} µs", f"{row['p99_us']:.0f} µs",
              f"{row['median_us'] / floor['median_us']:.2f}"]
             for name, row in latency.items()]
-    faster = all(ours[key] < peer[key] for peer in peers for key in ("median_us", "p99_us"))
-    return (table(["Card to open command", "median", "99th percentile", "median / floor"], rows)
-            + f"\n\nAim: median at most 1.6 × floor: {met(ours['median_us'] <= 1.6 * floor['median_us'])}; "
-            + f"median and 99th percentile below both other loops: {met(faster)}.")
+    aims = f"Aim: median at most 1.6 × floor: {met(ours['median_us'] <= 1.6 * floor['median_us'])}"
+    if peers:
+        faster = all(ours[key] < peer[key] for peer in peers for key in ("median_us", "p99_us"))
+        others = "both other loops" if len(peers) == 2 else "the other loop"
+        aims += f"; median and 99th percentile below {others}: {met(faster)}"
+    head = ["Card to open command", "median", "99th percentile", "median / floor"]
+    return table(head, rows) + f"\n\n{aims}."
 
 
 def rate_table(results):
-    names = (*HANDLERS, "npm")
     rows = [[f"{title}: {'npm delimiter parser' if name == 'npm' else 'component, ' + name}",
-             f"{rates[name]:,.0f}", f"{rates[name] / rates['npm']:.2f}"]
-            for title, rates in results for name in names]
+             f"{rates[name]:,.0f}", f"{rates[name] / rates['npm']:.2f}" if "npm" in rates else "–"]
+            for title, rates in results for name in (*HANDLERS, "npm") if name in rates]
+    text = table(["Lines per second", "lines/s", "/ npm"], rows)
     aims = [f"{title}: {met(rates['no handlers'] >= rates['npm'])} and "
-            f"{met(rates['all handlers'] >= rates['npm'] / 2)}" for title, rates in results]
-    return (table(["Lines per second", "lines/s", "/ npm"], rows)
-            + "\n\nAim: without handlers at least the npm parser's rate, with all handlers at least half of "
-            + "it: " + "; ".join(aims) + ".")
+            f"{met(rates['all handlers'] >= rates['npm'] / 2)}" for title, rates in results if "npm" in rates]
+    if aims:
+        text += ("\n\nAim: without handlers at least the npm parser's rate, with all handlers at least half "
+                 + "of it: " + "; ".join(aims) + ".")
+    return text
 
 
 def pass_table(title, columns, costs):
@@ -130,6 +197,44 @@ def pass_table(title, columns, costs):
             for entries in sizes]
     return (table([title, *columns], rows)
             + f"\n\nAim: at most 500 ns an idle entry: {met(max(costs.values()) <= 500)}.")
+
+
+def connector_table(rates):
+    sizes = sorted(size for name, size in rates if name == CONNECTOR[0][0])
+    rows = [[title, *(f"{rates[name, size]:,.0f}" for size in sizes)] for name, title in CONNECTOR]
+    if ("npm", sizes[0]) in rates:
+        pings = CONNECTOR[0][0]
+        rows += [["npm delimiter parser, pings answered alike",
+                  *(f"{rates['npm', size]:,.0f}" for size in sizes)],
+                 ["pings / npm", *(f"{rates[pings, size] / rates['npm', size]:.2f}" for size in sizes)]]
+    return table(["Line connector, lines per second", *(f"{size:,} boards" for size in sizes)], rows)
+
+
+def check_table(rates):
+    rows = [[f"CRC-8, blocks of {size:,} bytes", f"{rate / 1e6:,.0f} million bytes"]
+            for (name, size), rate in sorted(rates.items()) if name == "Crc8Bytes"]
+    if ("modbus", 0) in rates:
+        rows.append(["libmodbus, frames of 8 bytes off a pipe, checked", f"{rates['modbus', 0]:,.0f} frames"])
+    return table(["Checksums", "a second"], rows)
+
+
+def scales_table(rates, allocations):
+    families = sorted({family for family, _ in rates})
+    rows = [[f"{family}", *(text for log in (0, 1)
+                            for text in (f"{rates[family, log]:,.0f}", f"{allocations[family, log]:.1f}"))]
+            for family in families]
+    return table(["Family of scales", "packets/s", "allocations a packet", "packets/s, `OnLog`",
+                  "allocations a packet, `OnLog`"], rows)
+
+
+def idle_scales_table(idle):
+    base = idle["unpolled"]["cpu_percent"]
+    rows = [[title.format(**idle), f"{idle[state]['cpu_percent']:.2f} %",
+             f"{idle[state]['wakeups_per_s']:.1f}", f"{idle[state]['packets_per_s']:.1f}",
+             f"{idle[state]['cpu_percent'] / base:.2f}"]
+            for state, title in SCALES]
+    return table([f"Eight scales, {idle['seconds']} s each", "of one processor", "wake-ups/s", "packets/s",
+                  "processor / no polling"], rows)
 
 
 def ports_table(ports):
@@ -159,20 +264,26 @@ def update_docs(report):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--build", type=pathlib.Path, required=True, help="build directory")
-    parser.add_argument("--quick", action="store_true", help="a rough figure in half a minute")
+    parser.add_argument("--quick", action="store_true", help="a rough figure in about a minute")
     parser.add_argument("--update-docs", action="store_true", help="put the table into docs/performance.md")
     options = parser.parse_args()
     runner = Runner(options.build.resolve(), options.quick)
 
     machine = (f"{os.cpu_count()} processors ({processor()}), Linux {platform.release()}, "
                f"load before the run {os.getloadavg()[0]:.1f}" + (", quick run" if options.quick else ""))
+    missing = runner.missing()
+    connector = runner.connector()
     report = "\n\n".join([
-        f"Measured on {machine}.",
+        f"Measured on {machine}." + (f" Not installed: {', '.join(missing)}." if missing else ""),
         latency_table(runner.latency()),
         rate_table([(title, runner.rates(read, addresses)) for read, addresses, title in READS]),
         pass_table("Entries in the table, cost of each", IDLE, runner.passes()),
         pass_table("Networked gates: entries in the table, cost of each", IDLE_NETWORKED,
                    runner.passes("d24_bench")),
+        connector_table(connector),
+        check_table(connector),
+        scales_table(*runner.scales()),
+        idle_scales_table(runner.idle_scales()),
         ports_table(runner.ports()),
     ])
     print(report)

@@ -1,5 +1,12 @@
-// Packets decoded per second by the scales component, of each family, on a port in memory.
+// Packets decoded per second by the scales component, and allocations for each, of every family, on a port in
+// memory.
+//
+// allocs/packet: what is allocated between a read's being handed over by the port and the component's having
+// the weight: queue of reads, splitter, decoding, log lines, events. Making the packet and the reading of a
+// real port are not in it. Counted over the packets of one round after a round of warm-up, before the clock
+// runs, and so the same in every run; a queue that allocates now and then makes it a fraction.
 
+#include "bench/allocations.h"
 #include "scales/families.h"
 #include "scales/scales_device.h"
 #include "sim/scales_wire.h"
@@ -7,6 +14,7 @@
 #include "testing/memory_port.h"
 
 #include <benchmark/benchmark.h>
+#include <cstdio>
 
 namespace tnv5::bench {
 
@@ -20,52 +28,84 @@ constexpr int kWeights = 1'000;
 constexpr int kLightest = 100;
 constexpr int kStep = 17; // more than the smallest change that is told
 
+int weightOf(qsizetype packet)
+{
+    return kLightest + static_cast<int>(packet) * kStep;
+}
+
 /// What a scale says for many weights, one read each.
 QByteArrayList packets(int family)
 {
     const sim::TScaleWire& wire = *sim::scaleWire(family);
     QByteArrayList list;
     for (int i = 0; i < kWeights; ++i) {
-        const sim::TLoad load{kLightest + i * kStep, true, false};
+        const sim::TLoad load{weightOf(i), true, false};
         list.append(wire.Second.isEmpty() ? wire.Answer(load) : wire.SecondAnswer(load));
     }
     return list;
 }
 
-// Without a request in between: the dialogue stays where a weight is expected.
+/// A component that has been asked for the weight. No request comes in between: the dialogue stays where a
+/// weight is expected.
+class TReader
+{
+public:
+    TReader(int family, bool logged) : FReads(packets(family))
+    {
+        FPort.KeepWrites = false;
+        if (logged) {
+            FDevice.SetOnLog([this](platform::TComponent*, const QString&) { ++FEvents; });
+        }
+        FDevice.SetOnWeight([this](platform::TComponent*, int) { ++FEvents; });
+        FDevice.SetComport(&FPort);
+        FDevice.SetScalesType(family);
+        FDevice.SetUpComport();
+        FDevice.SetConnection(true);
+        FDevice.GetWeight(true);
+        if (!sim::scaleWire(family)->Second.isEmpty()) {
+            FPort.feed(sim::scaleWire(family)->Answer({kLightest, true, false}));
+        }
+    }
+
+    void feed(qsizetype packet) { FPort.feed(FReads[packet]); }
+    bool knows(qsizetype packet) const { return FDevice.LastWeight() == weightOf(packet); }
+    /// Something to keep, so that no event can be left out.
+    qint64 events() const { return FEvents; }
+
+private:
+    const TManualClock FClock;
+    TMemoryPort FPort;
+    TScalesDevice FDevice;
+    const QByteArrayList FReads;
+    qint64 FEvents = 0;
+};
+
+/// Allocations of one round over all packets.
+std::uint64_t allocationsOfRound(TReader& reader)
+{
+    const std::uint64_t before = allocations();
+    for (qsizetype packet = 0; packet < kWeights; ++packet) {
+        reader.feed(packet);
+    }
+    return allocations() - before;
+}
+
 void Packets(benchmark::State& state)
 {
-    const int family = static_cast<int>(state.range(0));
-    const bool logged = state.range(1) != 0;
-    const TManualClock clock;
-    TMemoryPort port;
-    port.KeepWrites = false;
-    TScalesDevice device;
-    qint64 events = 0;
-    if (logged) {
-        device.SetOnLog([&events](platform::TComponent*, const QString&) { ++events; });
-    }
-    device.SetOnWeight([&events](platform::TComponent*, int) { ++events; });
-    device.SetComport(&port);
-    device.SetScalesType(family);
-    device.SetUpComport();
-    device.SetConnection(true);
-    device.GetWeight(true);
-    if (!sim::scaleWire(family)->Second.isEmpty()) {
-        port.feed(sim::scaleWire(family)->Answer({kLightest, true, false}));
-    }
-    const QByteArrayList reads = packets(family);
-    qsizetype next = 0;
+    TReader reader(static_cast<int>(state.range(0)), state.range(1) != 0);
+    allocationsOfRound(reader); // what is allocated once and kept
+    state.counters["allocs/packet"] = static_cast<double>(allocationsOfRound(reader)) / kWeights;
+    qsizetype packet = 0;
     while (state.KeepRunning()) {
-        port.feed(reads[next]);
-        if (device.LastWeight() != kLightest + static_cast<int>(next) * kStep) {
+        reader.feed(packet);
+        if (!reader.knows(packet)) {
             state.SkipWithError("a weight is wrong");
             break;
         }
-        next = (next + 1) % reads.size();
+        packet = (packet + 1) % kWeights;
     }
     state.SetItemsProcessed(state.iterations());
-    benchmark::DoNotOptimize(events);
+    benchmark::DoNotOptimize(reader.events());
 }
 
 BENCHMARK(Packets)->ArgNames({"family", "log"})->ArgsProduct({{1, 2, 3, 4, 5, 6, 7, 8}, {0, 1}});
@@ -74,4 +114,17 @@ BENCHMARK(Packets)->ArgNames({"family", "log"})->ArgsProduct({{1, 2, 3, 4, 5, 6,
 
 } // namespace tnv5::bench
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv)
+{
+    if (!tnv5::bench::allocationsAreSeen()) {
+        std::fprintf(stderr, "scales_bench: allocations are not counted on this system\n");
+        return 1;
+    }
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 1;
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

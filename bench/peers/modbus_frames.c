@@ -1,6 +1,6 @@
 /* Frames a second that libmodbus takes off a line and checks: frames of its serial protocol, whose length it
- * knows from the function code and whose CRC-16 it checks, read from a pipe that always has more. Prints
- * frames/s. Usage: modbus_frames [seconds] */
+ * knows from the function code and whose CRC-16 it checks, read from a pipe that always has more. Prints one
+ * line of JSON. Usage: modbus_frames [seconds] */
 
 #include <errno.h>
 #include <fcntl.h>
@@ -58,7 +58,7 @@ int main(int argc, char **argv)
             ++frames;
         }
     }
-    printf("libmodbus frames/s: %.0f\n", (double)frames / (now() - start));
+    printf("{\"framesPerSecond\": %.0f}\n", (double)frames / (now() - start));
     modbus_set_socket(modbus, -1);
     modbus_free(modbus);
     return 0;
