@@ -103,6 +103,16 @@ TEST_F(LivenessTable, AnEntryIsHeardNowWithTheDate)
     EXPECT_DOUBLE_EQ(entry->Pingtime, 46'027.75);
 }
 
+TEST_F(LivenessTable, IsBounded)
+{
+    for (std::size_t i = 0; i < TLivenessTable::kMaxRecords; ++i) {
+        controllers.add("1", QString::number(i), "T");
+    }
+    EXPECT_THROW(controllers.add("1", "one more", "T"), platform::Exception);
+    EXPECT_EQ(controllers.size(), int(TLivenessTable::kMaxRecords));
+    EXPECT_EQ(controllers.find(u"1", u"65535"), 65'535);
+}
+
 TEST_F(LivenessTable, TheLastMatchOfLinkAndDeviceIsFound)
 {
     controllers.add("1", "001T", "T");

@@ -25,8 +25,9 @@ TEST(Examples, TheFirstGateOpensForMembersOnly)
 
     const auto refused = [&] {
         const quint64 stranger = gates.readCard(QStringLiteral("01A"), QStringLiteral("11111111"));
-        return eventually([&] { return gates.reading(stranger).Fate != sim::TFate::Waiting; }) &&
-               gates.reading(stranger).Fate == sim::TFate::Refused;
+        EXPECT_TRUE(eventually([&] { return gates.reading(stranger).Fate != sim::TFate::Waiting; }));
+        EXPECT_NE(gates.reading(stranger).Fate, sim::TFate::Opened);
+        return gates.reading(stranger).Fate == sim::TFate::Refused;
     };
     // the pass before is retired at the next tick; a card that comes sooner is not stored
     EXPECT_TRUE(eventually([&] { return !gates.gateOpen(QStringLiteral("01A")); }));
