@@ -9,7 +9,6 @@ namespace tnv5::sim {
 namespace {
 
 constexpr int kPeriodMs = 100;
-constexpr qsizetype kLongestRequest = 8;
 
 const TScaleWire& wireOf(int family)
 {
@@ -76,8 +75,9 @@ void TSimulatedScale::receive(const QByteArray& bytes)
     if (talksByItself()) {
         return;
     }
+    const qsizetype longest = std::max(FWire.Request.size(), FWire.Second.size());
     for (const char byte : bytes) {
-        FHeard = FHeard.right(kLongestRequest - 1) + byte;
+        FHeard = FHeard.right(longest - 1) + byte;
         if (heard(FWire.Request)) {
             say(FWire.Answer);
         } else if (!FWire.Second.isEmpty() && heard(FWire.Second)) {

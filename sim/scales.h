@@ -7,7 +7,7 @@
 
 namespace tnv5::sim {
 
-/// A scale of one of eight families with something on its platform.
+/// A scale of one of the families with something on its platform.
 ///
 ///     TPty pty(QStringLiteral("scale"));
 ///     TSimulatedScale scale(pty, 2);
@@ -21,7 +21,7 @@ namespace tnv5::sim {
 class TSimulatedScale final
 {
 public:
-    /// @param family 1 to 8
+    /// @param family number of the family, from 1 on
     /// @throws platform::Exception when there is no such family.
     TSimulatedScale(TByteStream& stream, int family);
     ~TSimulatedScale();

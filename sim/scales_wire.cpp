@@ -1,8 +1,8 @@
 #include "sim/scales_wire.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
+#include <vector>
 
 namespace tnv5::sim {
 
@@ -124,7 +124,7 @@ QByteArray fromWToKg(const TLoad& load)
 
 const TScaleWire* scaleWire(int family)
 {
-    static const std::array<TScaleWire, 8> wires = {{
+    static const std::vector<TScaleWire> wires = {
         {"D", stateBytes, "E", weightBytes, 65'535, {}},
         {"\x05", ready, "\x11", framedWeight, 99'999, "\x01\x04\x06"},
         {QByteArray("\x00\x00\x03", 3), eighteenBytes, {}, nullptr, 999'999, {}},
@@ -133,7 +133,7 @@ const TScaleWire* scaleWire(int family)
         {"\x05\r", lineOfB, {}, nullptr, 99'999, "B\r\n"},
         {{}, fifteenCharacters, {}, nullptr, 99'999, "\x02\r\n"},
         {{}, fromWToKg, {}, nullptr, 99'999, "Wkg"},
-    }};
+    };
     return family >= 1 && family <= static_cast<int>(wires.size())
                ? &wires[static_cast<std::size_t>(family - 1)]
                : nullptr;

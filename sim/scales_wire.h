@@ -2,7 +2,7 @@
 
 #include <QByteArray>
 
-/// What scales of the eight families say and hear, as bytes.
+/// What scales of each family say and hear, as bytes.
 namespace tnv5::sim {
 
 /// What lies on a platform at the moment of asking.
@@ -29,7 +29,7 @@ struct TScaleWire
     QByteArray Marks;
 };
 
-/// The wire of a family, 1 to 8; nullptr for any other number.
+/// The wire of a family, by its number from 1 on; nullptr when there is no such family.
 const TScaleWire* scaleWire(int family);
 
 /// The least weight that any family can show.

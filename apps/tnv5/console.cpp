@@ -23,8 +23,23 @@ void write(std::FILE* file, const QString& text)
     std::fflush(file);
 }
 
-void writeLine(std::FILE* file, const QString& line)
+/// A line as it may go to a terminal: what came from a wire or a file must not command it.
+QString harmless(const QString& line)
 {
+    QString text;
+    for (const QChar character : line) {
+        if (character.category() == QChar::Other_Control) {
+            text += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QChar(u'0'));
+        } else {
+            text += character;
+        }
+    }
+    return text;
+}
+
+void writeLine(std::FILE* file, const QString& rawLine)
+{
+    const QString line = harmless(rawLine);
     if (progress().isEmpty()) {
         write(file, line + u'\n');
         return;

@@ -4,7 +4,7 @@
 
 namespace tnv5::cli {
 
-/// Writes one line to standard output at once.
+/// Writes one line to standard output at once. Control characters are shown as "\x1b", here and below.
 void print(const QString& line);
 /// Writes one line to standard error.
 void complain(const QString& line);

@@ -1,12 +1,12 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
-#include "apps/tnv5/protocol_option.h"
 #include "apps/tnv5/replay_stage.h"
 #include "apps/tnv5/stop_signal.h"
 #include "sim/pty.h"
 #include "testing/manual_clock.h"
 #include "tools/player.h"
 
+#include <CLI/CLI.hpp>
 #include <QCoreApplication>
 
 namespace tnv5::cli {
@@ -76,6 +76,19 @@ int replayOnPty(const TReplayOptions& options, const QList<tools::TEntry>& entri
     });
 }
 
+/// `protocol` must live as long as the command.
+CLI::Option* addProtocolOption(CLI::App& command, tools::TProtocol& protocol)
+{
+    const auto set = [&protocol](const std::string& name) {
+        protocol = name == "bus" ? tools::TProtocol::Bus : tools::TProtocol::Turnstile;
+    };
+    return command
+        .add_option_function<std::string>("--as", set,
+                                          "What is spoken: bus (boards) or turnstile (classic controllers)")
+        ->type_name("PROTOCOL")
+        ->check(CLI::IsMember({"bus", "turnstile"}).description(""));
+}
+
 int replay(const TReplayOptions& options)
 {
     const QList<tools::TEntry> entries = tools::readRecording(QString::fromStdString(options.file));
@@ -94,13 +107,18 @@ void addReplayCommand(CLI::App& app, TCommand& chosen)
     command->add_option("file", options->file, "Recording of \"tnv5 watch --record\"")
         ->required()
         ->type_name("FILE");
-    addProtocolOption(*command, options->protocol);
+    CLI::Option* protocol = addProtocolOption(*command, options->protocol);
     command->add_option("--speed", options->speed, "How many times as fast as recorded; 0: without waiting")
         ->check(CLI::Range(0.0, 1'000'000.0))
         ->capture_default_str();
     command->add_flag("--refuse", options->refuse, "Refuse every card instead of letting it pass");
     command->add_flag("--pty", options->pty, "Play it out on a pseudo-terminal for another program");
-    command->callback([&chosen, options] { chosen = [options] { return replay(*options); }; });
+    command->callback([&chosen, options, protocol] {
+        if (!options->pty && protocol->count() == 0) {
+            throw CLI::RequiredError("--as or --pty");
+        }
+        chosen = [options] { return replay(*options); };
+    });
 }
 
 } // namespace tnv5::cli

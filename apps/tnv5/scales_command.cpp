@@ -15,9 +15,9 @@ QString settingsText(const scales::TFamily& family)
     if (!family.settings) {
         return QStringLiteral("your own");
     }
-    const bool even = family.settings->parity == platform::TParity::Even;
-    return QString::number(family.settings->baudRate) +
-           (even ? QStringLiteral(" 8E1") : QStringLiteral(" 8N1"));
+    constexpr const char* kParities = "NOEMS"; // in the order of TParity
+    const QLatin1Char parity(kParities[static_cast<std::size_t>(family.settings->parity)]);
+    return QString::number(family.settings->baudRate) + QStringLiteral(" 8") + parity + u'1';
 }
 
 QString requestText(const scales::TFamily& family)

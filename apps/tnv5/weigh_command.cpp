@@ -58,7 +58,7 @@ public:
         FReader.OnSteady = [this](int weight) { onSteady(weight); };
         FReader.OnSilent = [this] {
             tellTroubleOnce(QStringLiteral("The scale does not answer."));
-            giveUp();
+            endUnlessWatching();
         };
     }
 
@@ -114,8 +114,15 @@ private:
 
     void giveUp()
     {
-        if (!FOptions.watch) {
+        if (!FOptions.watch && FTrouble.isEmpty()) {
             tellTroubleOnce(QStringLiteral("No weight: the platform is empty, or what is on it moves."));
+        }
+        endUnlessWatching();
+    }
+
+    void endUnlessWatching()
+    {
+        if (!FOptions.watch) {
             end(kFailed);
         }
     }

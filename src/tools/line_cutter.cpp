@@ -1,6 +1,7 @@
 #include "tools/line_cutter.h"
 
 #include "common/crc8.h"
+#include "scales/families.h"
 
 #include <algorithm>
 
@@ -41,22 +42,27 @@ qsizetype findStart(QByteArrayView bytes, qsizetype at)
     return -1;
 }
 
-/// What a packet of a scale ends with; empty: only silence ends it.
-QByteArrayView endOfScales(int family)
+/// What a packet of a scale ends with: the family's stop string, or what stands here for a family that finds
+/// its packets by positions. Empty: only silence ends it.
+QByteArrayView endOfScales(int number)
 {
-    switch (family) {
+    switch (number) {
     case 2:
         return "\x04";
-    case 5:
-        return ">";
     case 6:
-    case 7:
         return "\n";
-    case 8:
-        return "kg";
     default:
-        return {};
+        const scales::TFamily* family = scales::familyOf(number);
+        return family == nullptr ? QByteArrayView() : QByteArrayView(family->stop);
     }
+}
+
+/// What a family asks with, when that can be told from an answer: several bytes. It shows when both sides of
+/// a line are heard.
+QByteArrayView requestOfScales(int number)
+{
+    const scales::TFamily* family = scales::familyOf(number);
+    return family == nullptr || family->request.size() < 2 ? QByteArrayView() : family->request;
 }
 
 /// The control characters of family 2 that are pieces of their own outside a packet.
@@ -88,6 +94,7 @@ QByteArrayList TLineCutter::take(QByteArrayView bytes)
 QByteArrayList TLineCutter::takeOfScales(QByteArrayView bytes)
 {
     const QByteArrayView end = endOfScales(FScalesType);
+    const QByteArrayView asked = requestOfScales(FScalesType);
     QByteArrayList pieces;
     for (const char byte : bytes) {
         const bool alone = isAlone(FScalesType, byte) && !FPending.startsWith('\x01');
@@ -95,7 +102,9 @@ QByteArrayList TLineCutter::takeOfScales(QByteArrayView bytes)
             flush(pieces);
         }
         FPending += byte;
-        if (alone || (!end.isEmpty() && FPending.endsWith(end)) || FPending.size() >= kMaxPiece) {
+        const bool request = !asked.isEmpty() && FPending == asked;
+        const bool ended = !end.isEmpty() && FPending.endsWith(end);
+        if (alone || request || ended || FPending.size() >= kMaxPiece) {
             flush(pieces);
         }
     }

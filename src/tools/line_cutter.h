@@ -21,7 +21,7 @@ public:
     /// A piece is not longer than this.
     static constexpr qsizetype kMaxPiece = 4'096;
 
-    /// @param scalesType number of the family on the line of a scale, 1 to 8
+    /// @param scalesType number of the family on the line of a scale, from 1 on
     explicit TLineCutter(TProtocol protocol, int scalesType = 0)
         : FProtocol(protocol), FScalesType(scalesType)
     {

@@ -2,6 +2,7 @@
 // the component survives, and every wait ends. The first byte chooses the family, the second the host's
 // manners; in the stream, a byte 0xF0 to 0xFF ends a read and is something that the host or the clock does.
 
+#include "scales/families.h"
 #include "scales/scales_device.h"
 #include "testing/manual_clock.h"
 #include "testing/memory_port.h"
@@ -19,6 +20,9 @@ namespace {
 /// Passes of the message loop that an input may take; what it does takes less, unless a wait never ends.
 constexpr int kMaxPasses = 2'000'000;
 
+/// Every family, none, and one number that is no family.
+const int kNumbers = static_cast<int>(scales::families().size()) + 1;
+
 class THost
 {
 public:
@@ -32,7 +36,7 @@ public:
         };
         FPort.KeepWrites = false;
         FPort.Open();
-        FScales->SetScalesType(family % 10);
+        FScales->SetScalesType(family % kNumbers);
         FScales->SetComport(&FPort);
         FScales->SetOnLog([this](TComponent*, const QString&) { act(); });
         FScales->SetOnError([this](TComponent*, const QString&) { act(); });
@@ -81,7 +85,7 @@ private:
             FScales->SetUpComport();
             break;
         case 8:
-            FScales->SetScalesType((FScales->ScalesType() + 1) % 10);
+            FScales->SetScalesType((FScales->ScalesType() + 1) % kNumbers);
             break;
         default:
             FClock.advance((number - 8) * 700);

@@ -61,7 +61,7 @@ QStringList weigh(const sim::TPty& pty, int family, const QStringList& more = {}
 
 TEST(ScalesProgram, WeighsOnceOnAScaleOfEachFamily)
 {
-    for (int family = 1; family <= 8; ++family) {
+    for (int family = 1; sim::scaleWire(family) != nullptr; ++family) {
         sim::TPty pty(QStringLiteral("scale"));
         sim::TSimulatedScale scale(pty, family);
         scale.put(1'250);
@@ -124,6 +124,7 @@ TEST(ScalesProgram, TellsWhyThereIsNoWeight)
     TRun silent(weigh(pty, 5));
     EXPECT_EQ(silent.exitCode(), 1);
     EXPECT_TRUE(silent.output().contains(QStringLiteral("does not answer")));
+    EXPECT_FALSE(silent.output().contains(QStringLiteral("platform is empty")));
 
     TRun unplugged(weigh(pty, 5, {QStringLiteral("--watch")}));
     ASSERT_TRUE(eventually([&] { return pty.opened(); }));
@@ -133,8 +134,31 @@ TEST(ScalesProgram, TellsWhyThereIsNoWeight)
 
     TRun noPort(weigh(pty, 5));
     EXPECT_EQ(noPort.exitCode(), 1);
-    TRun noFamily(weigh(pty, 9));
+    int none = 1;
+    while (sim::scaleWire(none) != nullptr) {
+        ++none;
+    }
+    TRun noFamily(weigh(pty, none));
     EXPECT_NE(noFamily.exitCode(), 0);
+}
+
+TEST(ScalesProgram, TellsOneReasonWhyThereIsNoWeight)
+{
+    sim::TPty pty(QStringLiteral("scale"));
+    sim::TSimulatedScale scale(pty, 2);
+    scale.put(-20);
+    TRun run(weigh(pty, 2));
+    EXPECT_EQ(run.exitCode(), 1);
+    EXPECT_EQ(run.output(), QStringLiteral("[3] Weight <0!\n"));
+}
+
+TEST(ScalesProgram, BytesOfTheLineDoNotCommandTheTerminal)
+{
+    sim::TPty pty(QStringLiteral("scale"));
+    TRun run(weigh(pty, 3, {QStringLiteral("--watch")}));
+    ASSERT_TRUE(eventually([&] { return pty.opened(); }));
+    pty.write(QByteArray("\x1b[2J\x00\n", 6) + QByteArray(12, '0'));
+    EXPECT_TRUE(run.says(QStringLiteral("'\\x0a\\x00J2[\\x1b' is not a valid integer value\n")));
 }
 
 TEST(ScalesProgram, WatchExplainsTheLine)

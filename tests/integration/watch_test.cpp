@@ -126,6 +126,8 @@ TEST_F(Watch, RecordingOfATurnstilePlaysIntoTheComponent)
         EXPECT_TRUE(replay.output().contains(QStringLiteral("sends   $01A10366\\r"))) << speed;
         EXPECT_TRUE(replay.output().contains(QStringLiteral("COME 01A 12345678 FINISH"))) << speed;
     }
+    TProgramRun intoNothing({QStringLiteral("replay"), recording});
+    EXPECT_NE(intoNothing.exitCode(), 0) << "neither --as nor --pty";
     TProgramRun refused({QStringLiteral("replay"), recording, QStringLiteral("--as"),
                          QStringLiteral("turnstile"), QStringLiteral("--speed"), QStringLiteral("0"),
                          QStringLiteral("--refuse")});

@@ -9,7 +9,15 @@ namespace {
 using namespace tnv5;
 using namespace tnv5::tests;
 
-INSTANTIATE_TEST_SUITE_P(Families, TEveryFamily, ::testing::Range(1, 9));
+INSTANTIATE_TEST_SUITE_P(Families, TEveryFamily, ::testing::Range(1, int(samples().size()) + 1));
+
+TEST(Samples, EveryFamilyHasOne)
+{
+    ASSERT_EQ(samples().size() + 1, scales::families().size());
+    for (int type = 1; type <= int(samples().size()); ++type) {
+        EXPECT_EQ(sampleOf(type).type, type);
+    }
+}
 
 /// Lines other than those of the search, which there are as many of as reads.
 QStringList withoutSearch(const QStringList& lines)
@@ -40,8 +48,8 @@ TEST_P(TEveryFamily, WeighsInOneRead)
 
 TEST_P(TEveryFamily, WeighsInEveryCut)
 {
-    if (GetParam() == 1) {
-        return; // each read is a packet
+    if (everyReadIsAPacket()) {
+        return;
     }
     const QByteArray& bytes = sample().bytes;
     const QStringList expected = withoutSearch(weighedAtOnce());
@@ -62,7 +70,7 @@ TEST_P(TEveryFamily, WeighsInEveryCut)
 
 TEST_P(TEveryFamily, AsksForTheStartOnceAndForTheEndAtEveryByte)
 {
-    if (GetParam() == 1) {
+    if (everyReadIsAPacket()) {
         return;
     }
     prepare();
@@ -80,8 +88,8 @@ TEST_P(TEveryFamily, AsksForTheStartOnceAndForTheEndAtEveryByte)
 
 TEST_P(TEveryFamily, IgnoresGarbageBetweenPackets)
 {
-    if (GetParam() == 1 || GetParam() == 3 || GetParam() == 4) {
-        return; // any byte begins a packet
+    if (anyByteBegins()) {
+        return;
     }
     prepare();
     const QByteArray garbage = "\x00\xFF?!\r"_b;

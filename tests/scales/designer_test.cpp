@@ -25,7 +25,7 @@ protected:
 TEST_F(Designer, PropertiesAreStored)
 {
     EXPECT_TRUE(scales->Designing());
-    for (int type = 0; type <= 9; ++type) {
+    for (int type = 0; type <= int(samples().size()) + 1; ++type) {
         scales->SetScalesType(type);
         EXPECT_EQ(scales->ScalesType(), type);
     }
@@ -36,7 +36,7 @@ TEST_F(Designer, PropertiesAreStored)
     EXPECT_EQ(scales->ComPort(), port.get());
     QStringList list;
     scales->GetScalesList(list);
-    EXPECT_EQ(list.size(), 9);
+    EXPECT_EQ(list.size(), qsizetype(samples().size()) + 1);
 }
 
 TEST_F(Designer, NothingTicks)
@@ -61,7 +61,7 @@ TEST_F(Designer, NothingIsHeard)
 
 TEST_F(Designer, NothingTouchesTheMissingParts)
 {
-    for (int type = 0; type <= 9; ++type) {
+    for (int type = 0; type <= int(samples().size()) + 1; ++type) {
         scales->SetScalesType(type);
         scales->SetUpComport();
         scales->SetComport(port.get());

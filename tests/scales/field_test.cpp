@@ -246,25 +246,6 @@ TEST_F(Field, SmallChangesAreStoredToo)
     }
 }
 
-/// A packet that carries no weight, for each family.
-QByteArray blankOf(int type)
-{
-    switch (type) {
-    case 3:
-        return QByteArray(18, ' ');
-    case 4:
-        return QByteArray(17, ' ');
-    case 5:
-        return "<>";
-    case 6:
-        return "B\r\n";
-    case 7:
-        return "\x02\r\n";
-    default:
-        return "Wkg";
-    }
-}
-
 TEST_F(Field, AnyPacketEndsTheHandshake)
 {
     for (int type = 3; type <= 8; ++type) {
@@ -273,7 +254,7 @@ TEST_F(Field, AnyPacketEndsTheHandshake)
         feed("\x05\x01"_b);
         EXPECT_EQ(scales->LastWeight(), 0) << type; // a handshake is expected
         scales->SetScalesType(type);
-        feed(blankOf(type));
+        feed(sampleOf(type).blank);
         EXPECT_EQ(trace.countOf("log [03]"), 2) << type;
         scales->SetScalesType(1);
         scales->SetComport(port.get());

@@ -152,7 +152,7 @@ TEST_F(Framing, WithoutAFamilyTheStringsThatWereSetDecide)
     feed("<1>W1kg\x02\r\n");
     trace.expect({kStart});
     use(8);
-    for (const int type : {0, 9, -1}) {
+    for (const int type : noFamilies()) {
         use(type);
         feed("W1kg");
         trace.expect(received("1")); // heard, but nobody knows what it means

@@ -11,11 +11,18 @@ namespace {
 using namespace tnv5;
 using namespace tnv5::tests;
 
-TEST_P(TEveryFamily, OnlyTheFirstTwoRaiseOnWeight)
+TEST(Notified, AreFamilies1And2)
+{
+    for (const TSample& sample : samples()) {
+        EXPECT_EQ(isTold(sample), sample.type <= 2) << sample.type;
+    }
+}
+
+TEST_P(TEveryFamily, OnWeightIsRaisedOrNot)
 {
     prepare();
     feed(sample().bytes);
-    EXPECT_EQ(trace.countOf("weight"), GetParam() <= 2 ? 1 : 0);
+    EXPECT_EQ(trace.countOf("weight"), isTold(sample()) ? 1 : 0);
     EXPECT_EQ(scales->LastWeight(), sample().weight);
 }
 

@@ -57,24 +57,26 @@ protected:
 TEST_F(Port, SettingsOfEveryFamily)
 {
     constexpr auto one = TStopBits::One;
-    expectAfterSetUp(1, {4800, 8, TParity::Even, one, 10});
-    expectAfterSetUp(2, {9600, 8, TParity::None, one, 10});
-    expectAfterSetUp(3, {4800, 8, TParity::Even, one, 10});
-    expectAfterSetUp(5, {9600, 8, TParity::None, one, 0});
-    expectAfterSetUp(6, {9600, 8, TParity::None, one, 0});
-    expectAfterSetUp(7, {9600, 8, TParity::None, one, 0});
-    expectAfterSetUp(8, {9600, 8, TParity::None, one, 0});
+    const std::vector<TExpectedSettings> expected = {
+        {4800, 8, TParity::Even, one, 10},             // 1
+        {9600, 8, TParity::None, one, 10},             // 2
+        {4800, 8, TParity::Even, one, 10},             // 3
+        {19'200, 7, TParity::Odd, TStopBits::Two, 10}, // 4: those of the host
+        {9600, 8, TParity::None, one, 0},              // 5
+        {9600, 8, TParity::None, one, 0},              // 6
+        {9600, 8, TParity::None, one, 0},              // 7
+        {9600, 8, TParity::None, one, 0},              // 8
+    };
+    ASSERT_EQ(expected.size(), samples().size());
+    for (const TSample& sample : samples()) {
+        expectAfterSetUp(sample.type, expected[size_t(sample.type - 1)]);
+    }
     trace.expect({});
-}
-
-TEST_F(Port, FamilyFourKeepsTheSettingsOfTheHost)
-{
-    expectAfterSetUp(4, {19'200, 7, TParity::Odd, TStopBits::Two, 10});
 }
 
 TEST_F(Port, NoFamilyKeepsTheSettingsOfTheHost)
 {
-    for (const int type : {0, 9, -1}) {
+    for (const int type : noFamilies()) {
         spoilSettings();
         scales->SetScalesType(type);
         scales->SetUpComport();
@@ -88,7 +90,7 @@ TEST_F(Port, NoFamilyKeepsTheSettingsOfTheHost)
 TEST_F(Port, SetUpWithoutAPortDoesNothing)
 {
     scales->SetComport(nullptr);
-    for (int type = -1; type <= 9; ++type) {
+    for (int type = -1; type <= int(samples().size()) + 1; ++type) {
         scales->SetScalesType(type);
         scales->SetUpComport();
     }

@@ -116,7 +116,7 @@ class Request : public TScalesTest
 
 TEST_F(Request, WithoutAFamilyThereIsNoValue)
 {
-    for (const int type : {0, 9, -1, 100, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+    for (const int type : noFamilies()) {
         use(type);
         scales->SetLastWeight(55);
         trace.take();

@@ -2,8 +2,8 @@
 
 #include "scales/families.h"
 #include "scales/scales_texts.h"
-#include "scales_bench.h"
 #include "support/text_printers.h"
+#include "wire_samples.h"
 
 #include <limits>
 
@@ -37,7 +37,7 @@ QString alphabets(const QString& text)
     return result;
 }
 
-TEST(Texts, ListHasTheNineNamesInTheirOrder)
+TEST(Texts, ListHasTheNamesInTheirOrder)
 {
     QStringList list;
     TScalesDevice().GetScalesList(list);
@@ -57,7 +57,7 @@ TEST(Texts, NamesMixTheAlphabetsAsMeant)
 {
     QStringList list;
     TScalesDevice().GetScalesList(list);
-    ASSERT_EQ(list.size(), 9);
+    ASSERT_EQ(list.size(), kNames.size());
     EXPECT_EQ(alphabets(list[0]), "cc.ccccccc");
     EXPECT_EQ(alphabets(list[1]), ".ccccc.c..cc.cc..cc.cc");
     EXPECT_EQ(alphabets(list[2]), ".lll..cc..ll..ll..ll..ll");
@@ -73,7 +73,7 @@ TEST(Texts, OddNamesByTheirCodes)
 {
     QStringList list;
     TScalesDevice().GetScalesList(list);
-    ASSERT_EQ(list.size(), 9);
+    ASSERT_EQ(list.size(), kNames.size());
     EXPECT_EQ(list[5].left(6), QString::fromUtf16(u"\u0412H-600"));
     EXPECT_EQ(list[4].left(6), QString::fromUtf16(u"\u0412\u04204149"));
     EXPECT_EQ(list[2].mid(6, 2), QString::fromUtf16(u"\u0410\u0420"));
@@ -150,13 +150,13 @@ TEST(Texts, ReportsAreEmptyInOtherLanguages)
 
 TEST(Families, AreFoundByTheirNumber)
 {
-    ASSERT_EQ(families().size(), 9U);
-    for (int type = 1; type <= 8; ++type) {
+    ASSERT_EQ(families().size(), size_t(kNames.size()));
+    for (int type = 1; type < kNames.size(); ++type) {
         ASSERT_NE(familyOf(type), nullptr) << type;
         EXPECT_EQ(familyOf(type), &families()[size_t(type)]);
         EXPECT_EQ(familyOf(type)->name, kNames[type]);
     }
-    for (const int type : {0, -1, 9, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+    for (const int type : noFamilies()) {
         EXPECT_EQ(familyOf(type), nullptr) << type;
     }
 }

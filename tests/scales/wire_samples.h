@@ -1,8 +1,10 @@
 #pragma once
 
+#include "scales/families.h"
 #include "scales_bench.h"
 
-#include <array>
+#include <limits>
+#include <vector>
 
 namespace tnv5::tests {
 
@@ -17,13 +19,15 @@ struct TSample
     QByteArray packet;   ///< the packet that is cut out of it
     QStringList decoded; ///< lines between "[03]" and the event, the event included
     int weight;
+    QByteArray blank;   ///< a packet without a weight, where a weight is expected
     qsizetype rest = 0; ///< bytes behind the packet, which are looked at once more and dropped
 };
 
-inline const std::array<TSample, 8>& samples()
+/// By number; every family has one.
+inline const std::vector<TSample>& samples()
 {
-    static const std::array<TSample, 8> all = {{
-        {1, "D", "\x80\x00"_b, "E", "90", "90", {"log 0 12345", "weight 12345"}, 12345},
+    static const std::vector<TSample> all = {
+        {1, "D", "\x80\x00"_b, "E", "90", "90", {"log 0 12345", "weight 12345"}, 12345, "xyz"},
         {2,
          "\x05",
          "\x06",
@@ -31,7 +35,8 @@ inline const std::array<TSample, 8>& samples()
          "\x01\x02S 01.234kg*\x03\x04",
          "\x01\x02S 01.234kg*\x03\x04",
          {"weight 1234"},
-         1234},
+         1234,
+         "\x01\x02X\x04"},
         {3,
          "\x00\x00\x03"_b,
          {},
@@ -39,7 +44,8 @@ inline const std::array<TSample, 8>& samples()
          "005100000001000000"_b,
          "005100000001000000"_b,
          {"log Ask  005100000001000000", "log 001500", "log 1500"},
-         1500},
+         1500,
+         QByteArray(18, ' ')},
         {4,
          "\x00\x00\x03\x00\x00\x00\x00\x00"_b,
          {},
@@ -47,9 +53,27 @@ inline const std::array<TSample, 8>& samples()
          "00521000000\x00\x01\x80\xFF\x20\x0D"_b,
          "00521000000\x00\x01\x80\xFF\x20\x0D"_b,
          {"log 012500", "log 12500"},
-         12500},
-        {5, "<\x00!>"_b, {}, {}, "<\x00!00750\x0D>"_b, "\x00!00750\x0D"_b, {"log 00750", "log 750"}, 750},
-        {6, "\x05\x0D", {}, {}, "B 00.850 kg\r\n", "B 00.850 kg\r", {"log 00850", "log 850"}, 850, 1},
+         12500,
+         QByteArray(17, ' ')},
+        {5,
+         "<\x00!>"_b,
+         {},
+         {},
+         "<\x00!00750\x0D>"_b,
+         "\x00!00750\x0D"_b,
+         {"log 00750", "log 750"},
+         750,
+         "<>"},
+        {6,
+         "\x05\x0D",
+         {},
+         {},
+         "B 00.850 kg\r\n",
+         "B 00.850 kg\r",
+         {"log 00850", "log 850"},
+         850,
+         "B\r\n",
+         1},
         {7,
          {},
          {},
@@ -57,9 +81,10 @@ inline const std::array<TSample, 8>& samples()
          "\x02ST+ 01250 g  US\r\n",
          "ST+ 01250 g  US",
          {"log 01250", "log ST+ 01250 g  US 1250%"},
-         1250},
-        {8, {}, {}, {}, "W  002.340kg", "  002.340", {"log   002.340 2340%"}, 2340},
-    }};
+         1250,
+         "\x02\r\n"},
+        {8, {}, {}, {}, "W  002.340kg", "  002.340", {"log   002.340 2340%"}, 2340, "Wkg"},
+    };
     return all;
 }
 
@@ -68,11 +93,33 @@ inline const TSample& sampleOf(int type)
     return samples().at(size_t(type - 1));
 }
 
+/// The numbers that are no family: none, the first behind the last, and others.
+inline std::vector<int> noFamilies()
+{
+    return {0,   int(scales::families().size()),  -1,
+            100, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()};
+}
+
+/// Whether the weight is told by `OnWeight`.
+inline bool isTold(const TSample& sample)
+{
+    return sample.decoded.contains(weighed(sample.weight));
+}
+
 /// Every family, as a parameter.
 class TEveryFamily : public ::testing::TestWithParam<int>, protected TScalesBench
 {
 protected:
     const TSample& sample() const { return sampleOf(GetParam()); }
+    const scales::TFamily& family() const { return *scales::familyOf(GetParam()); }
+
+    /// Noise before a packet cannot be told from it.
+    bool anyByteBegins() const { return family().findStart(scales::TStep::Ask, "?") == 1; }
+    /// Only silence tells packets apart.
+    bool everyReadIsAPacket() const
+    {
+        return anyByteBegins() && family().findStop(scales::TStep::Ask, "?") == 1;
+    }
 
     /// The lines of the request of this family.
     QStringList requested() const

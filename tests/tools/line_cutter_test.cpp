@@ -49,6 +49,26 @@ TEST(LineCutter, DamagedCommandEndsAtTheNextLine)
     expectPieces(TProtocol::Bus, {"$000AGO0", "$000APING\r"});
 }
 
+TEST(LineCutter, BothSidesOfAScale)
+{
+    const auto expectOfScale = [](int family, const QByteArrayList& pieces) {
+        const QByteArray all = pieces.join();
+        for (qsizetype size = 1; size <= all.size(); ++size) {
+            TLineCutter cutter(TProtocol::Scales, family);
+            QByteArrayList got;
+            for (qsizetype at = 0; at < all.size(); at += size) {
+                got += cutter.take(QByteArrayView(all).sliced(at, std::min(size, all.size() - at)));
+            }
+            EXPECT_EQ(got + cutter.pause(), pieces) << family << ' ' << size;
+        }
+    };
+    expectOfScale(2, {"\x05", "\x06", "\x11", "\x01\x02S 01.234kge\x03\x04"});
+    expectOfScale(3, {QByteArray("\x00\x00\x03", 3), "005100000000000000"});
+    expectOfScale(4, {QByteArray("\x00\x00\x03\x00\x00\x00\x00\x00", 8), "00521000000000000"});
+    expectOfScale(5, {QByteArray("<\x00!>", 4), QByteArray("<\x00!00750\r>", 10)});
+    expectOfScale(6, {"\x05\r", "B 00.850 kg\r\n", "\x05\r"});
+}
+
 TEST(LineCutter, NothingIsLostAndNothingGrows)
 {
     std::mt19937 random(3);

@@ -1,0 +1,155 @@
+// The dialogues on the pages of the families (docs/scales/N-*.md), played line by line: what an installer
+// compares with the log of a real scale is what the component says.
+//
+// In a block "```dialogue" a line that is not indented is what is done:
+//
+//     ask             GetWeight(true)
+//     scale BYTES     one read from the scale
+//     pause SECONDS   time passes
+//     known NUMBER    LastWeight is this
+//
+// and a line behind two blanks is what the component says about it: a line of OnLog, or
+//
+//     weight NUMBER   OnWeight
+//     error TEXT      OnError
+//     raised          a conversion error reaches the host's exception handler
+
+#include "wire_samples.h"
+
+#include "support/text_printers.h"
+
+#include <QDir>
+#include <QRegularExpression>
+
+namespace {
+
+using namespace tnv5;
+using namespace tnv5::tests;
+
+const QString kIndent = QStringLiteral("  ");
+
+QByteArray unescaped(const QString& text)
+{
+    QByteArray bytes;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar next = text[i] == u'\\' && i + 1 < text.size() ? text[i + 1] : QChar();
+        if (next == u'x') {
+            bytes += char(text.mid(i + 2, 2).toInt(nullptr, 16));
+            i += 3;
+        } else if (!next.isNull()) {
+            bytes += next == u'r' ? '\r' : next == u'n' ? '\n' : '\\';
+            ++i;
+        } else {
+            bytes += text[i].toLatin1();
+        }
+    }
+    return bytes;
+}
+
+/// The blocks of a page, as lines.
+QList<QStringList> dialoguesOf(const QString& path)
+{
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    static const QRegularExpression block(QStringLiteral("^```dialogue\n(.*?)\n```$"),
+                                          QRegularExpression::MultilineOption |
+                                              QRegularExpression::DotMatchesEverythingOption);
+    QList<QStringList> result;
+    for (auto match = block.globalMatch(QString::fromUtf8(file.readAll())); match.hasNext();) {
+        result << match.next().captured(1).split(u'\n');
+    }
+    return result;
+}
+
+/// Plays one block and writes down what happens, in the words of the page.
+class TPlayed
+{
+public:
+    explicit TPlayed(int type)
+    {
+        FBench.scales->SetScalesType(type);
+        FBench.trace.take();
+    }
+
+    QStringList play(const QStringList& page)
+    {
+        for (const QString& line : page) {
+            act(line);
+        }
+        takeEvents();
+        return FLines;
+    }
+
+private:
+    void act(const QString& line)
+    {
+        const QString rest = line.section(u' ', 1);
+        if (line == u"ask") {
+            tell(line);
+            FBench.scales->GetWeight(true);
+        } else if (line.startsWith(u"scale ")) {
+            tell(line);
+            FBench.feed(unescaped(rest));
+        } else if (line.startsWith(u"pause ")) {
+            tell(line);
+            FBench.clock.advance(qRound64(rest.section(u' ', 0, 0).toDouble() * 1'000));
+        } else if (line.startsWith(u"known ")) {
+            tell(QStringLiteral("known %1").arg(FBench.scales->LastWeight()));
+        }
+    }
+
+    void tell(const QString& line)
+    {
+        takeEvents();
+        FLines << line;
+    }
+
+    void takeEvents()
+    {
+        for (const QString& event : FBench.trace.take()) {
+            if (event.startsWith(u"log ")) {
+                FLines << kIndent + event.mid(4);
+            } else if (event.startsWith(u"raised ")) {
+                FLines << kIndent + QStringLiteral("raised");
+            } else if (!event.startsWith(u"write ")) { // its line in the log tells the same
+                FLines << kIndent + event;
+            }
+        }
+    }
+
+    TScalesBench FBench;
+    QStringList FLines;
+};
+
+/// The same bytes in one way of writing, without blanks at the end, which nobody sees on a page.
+std::string normalised(const QStringList& lines)
+{
+    QStringList result;
+    for (const QString& line : lines) {
+        QString text = shown(unescaped(line));
+        text.replace(QStringLiteral("\\x0d"), QStringLiteral("\\r"));
+        text.replace(QStringLiteral("\\x0a"), QStringLiteral("\\n"));
+        while (text.endsWith(u' ')) {
+            text.chop(1);
+        }
+        result << text;
+    }
+    return result.join(u'\n').toStdString();
+}
+
+TEST(Pages, EveryFamilyHasOneWithDialoguesThatAreTrue)
+{
+    const QDir docs(QStringLiteral(TNV5_DOCS "/scales"));
+    for (const TSample& sample : samples()) {
+        const QStringList pages = docs.entryList({QStringLiteral("%1-*.md").arg(sample.type)});
+        ASSERT_EQ(pages.size(), 1) << "family " << sample.type;
+        const QList<QStringList> dialogues = dialoguesOf(docs.filePath(pages.first()));
+        EXPECT_FALSE(dialogues.isEmpty()) << pages.first().toStdString();
+        for (const QStringList& dialogue : dialogues) {
+            EXPECT_EQ(normalised(dialogue), normalised(TPlayed(sample.type).play(dialogue)))
+                << pages.first().toStdString();
+        }
+    }
+}
+
+} // namespace
