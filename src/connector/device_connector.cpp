@@ -148,12 +148,12 @@ void TDeviceConnector::GetCommand(const QString& AMess)
 
 void TDeviceConnector::SendDirectCommand(const QString& IP, const QString& AMess)
 {
-    Q_UNUSED(IP) // one serial port carries every board
-    Operation([&] {
+    Q_UNUSED(IP)                     // one serial port carries every board
+    Operation([this, text = AMess] { // a copy: the host is called before it is used
         if (!usesPort() || !GetConnected() || !FComport) {
             return;
         }
-        const QString line = withChecksum(AMess);
+        const QString line = withChecksum(text);
         CallOut([&] { FComport->Write(platform::toWire(line)); });
         Fire(FLogEvent, line);
     });

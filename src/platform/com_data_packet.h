@@ -49,7 +49,11 @@ public:
     QByteArray StartString() const { return FStartString; }
     void SetStartString(const QByteArray& Value) { FStartString = Value; }
     QByteArray StopString() const { return FStopString; }
-    void SetStopString(const QByteArray& Value) { FStopString = Value; }
+    void SetStopString(const QByteArray& Value)
+    {
+        FStopString = Value;
+        FScanned = 0; // it may stand where the old one was not
+    }
 
     TCustomEvent OnCustomStart;
     TCustomEvent OnCustomStop;

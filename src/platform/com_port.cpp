@@ -43,22 +43,26 @@ void TComPort::SetConnected(bool Value)
 
 void TComPort::Open()
 {
-    if (!Connected()) {
-        doOpen();
-    }
+    Operation([this] {
+        if (!Connected()) {
+            doOpen();
+        }
+    });
 }
 
 void TComPort::Close()
 {
-    doClose();
+    Operation([this] { doClose(); });
 }
 
 void TComPort::Write(const QByteArray& bytes)
 {
-    if (!Connected()) {
-        throw EComPort(QStringLiteral("Port %1 is not open").arg(FPort));
-    }
-    doWrite(bytes);
+    Operation([&] {
+        if (!Connected()) {
+            throw EComPort(QStringLiteral("Port %1 is not open").arg(FPort));
+        }
+        doWrite(bytes);
+    });
 }
 
 void TComPort::deliver(const QByteArray& bytes)

@@ -166,6 +166,7 @@ void TScalesDevice::repeatRequest(const TFamily& family)
     ++FCount;
     if (family.requestAfterReset) {
         Reset();
+        FLastAsk = platform::TimeOfDay();
         WriteToPort(bytesAsText(family.request));
     } else {
         FLastCommand = TStep::Hey;

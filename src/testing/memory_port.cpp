@@ -6,20 +6,6 @@ namespace tnv5::testing {
 
 using platform::EComPort;
 
-namespace {
-
-void failIfOrdered(const std::function<void()>& before, const std::optional<QString>& failure)
-{
-    if (const auto handler = before) {
-        handler();
-    }
-    if (failure) {
-        throw EComPort(*failure);
-    }
-}
-
-} // namespace
-
 TMemoryPort::TMemoryPort(QObject* AOwner) : TComPort(AOwner)
 {
     SetPort(QStringLiteral("MEMORY"));
@@ -45,6 +31,16 @@ void TMemoryPort::raiseError(platform::TComExceptionKind kind, const QString& me
     platform::guarded([&] { fireException(kind, message, osError, osText); });
 }
 
+void TMemoryPort::failIfOrdered(const std::function<void()>& before, const std::optional<QString>& failure)
+{
+    if (const auto handler = before) {
+        CallOut(handler);
+    }
+    if (failure) {
+        throw EComPort(*failure);
+    }
+}
+
 void TMemoryPort::doOpen()
 {
     failIfOrdered(OnOpening, OpenFailure);
@@ -64,7 +60,7 @@ void TMemoryPort::doWrite(const QByteArray& bytes)
         FWrites.append(bytes);
     }
     if (const auto handler = OnWritten) {
-        handler(bytes);
+        CallOut([&] { handler(bytes); });
     }
 }
 

@@ -40,7 +40,7 @@ public:
     std::optional<QString> WriteFailure;
 
     /// Called inside opening, closing and writing, before they take effect; what they raise leaves the
-    /// operation.
+    /// operation. They may destroy the port.
     std::function<void()> OnOpening;
     std::function<void()> OnClosing;
     std::function<void()> OnWriting;
@@ -69,6 +69,8 @@ protected:
     void doWrite(const QByteArray& bytes) override;
 
 private:
+    void failIfOrdered(const std::function<void()>& before, const std::optional<QString>& failure);
+
     bool FOpen = false;
     QByteArrayList FWrites;
 };

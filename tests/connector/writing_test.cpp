@@ -16,6 +16,15 @@ class Writing : public TBusTest
 {
 };
 
+TEST_F(Writing, TheTextOfTheCallerIsTakenAtOnce)
+{
+    port->Close();
+    QString line = "$000AHW";
+    port->OnOpening = [&line] { line = "$000AXX"; };
+    bus->SendDirectCommand("0.0.0.0", line);
+    EXPECT_EQ(port->takeWritten(), "$000AHW29");
+}
+
 TEST_F(Writing, AppendsTheChecksumAndNothingElse)
 {
     bus->SendDirectCommand("0.0.0.0", "$000AECHO");

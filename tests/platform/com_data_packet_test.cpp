@@ -118,6 +118,13 @@ TEST_F(PacketTest, LongStartAndStopStrings)
     EXPECT_EQ(feed("g\r\n"), L({"34"}));
 }
 
+TEST_F(PacketTest, ANewStopStringIsLookedForInWhatIsThereAlready)
+{
+    EXPECT_EQ(feed("$0050kg"), L());
+    packet->SetStopString("kg");
+    EXPECT_EQ(feed("x"), L({"0050"}));
+}
+
 TEST_F(PacketTest, TheStopStringIsLookedForBehindTheStartString)
 {
     const auto same = make("||", "||");

@@ -5,6 +5,7 @@
 
 #include <QVariant>
 #include <gtest/gtest.h>
+#include <utility>
 
 namespace {
 
@@ -82,6 +83,51 @@ TEST(MemoryPort, RaisesAnErrorEventWithTheSystemsNumberAndText)
     };
     port.raiseError(TComExceptionKind::Resource, QStringLiteral("gone "), 5, QStringLiteral(" I/O error"));
     EXPECT_EQ(seen, QStringLiteral("gone 5 I/O error"));
+}
+
+TEST(MemoryPort, MayBeDestroyedInsideItsOwnOperations)
+{
+    TMemoryPort* port = nullptr;
+    const auto destroy = [&port] { delete std::exchange(port, nullptr); };
+    const auto make = [&](bool open) {
+        port = new TMemoryPort;
+        if (open) {
+            port->Open();
+        }
+    };
+
+    make(false);
+    port->OnOpening = destroy;
+    EXPECT_NO_THROW(port->Open());
+    EXPECT_EQ(port, nullptr);
+
+    make(true);
+    port->OnClosing = destroy;
+    EXPECT_NO_THROW(port->Close());
+    EXPECT_EQ(port, nullptr);
+
+    make(true);
+    port->OnWriting = destroy;
+    port->WriteFailure = QStringLiteral("not read any more");
+    EXPECT_NO_THROW(port->Write("x"));
+    EXPECT_EQ(port, nullptr);
+
+    make(true);
+    port->OnWritten = [&](const QByteArray&) { destroy(); };
+    EXPECT_NO_THROW(port->Write("x"));
+    EXPECT_EQ(port, nullptr);
+}
+
+TEST(MemoryPort, MayBeDestroyedByItsErrorHandlerDuringAWrite)
+{
+    auto* port = new TMemoryPort;
+    port->Open();
+    port->OnException = [&](TComponent*, TComExceptionKind, const QString&, qint64, const QString&) {
+        delete std::exchange(port, nullptr);
+    };
+    port->OnWriting = [&] { port->raiseErrorInside(TComExceptionKind::Resource, QString(), 5, QString()); };
+    EXPECT_NO_THROW(port->Write("x"));
+    EXPECT_EQ(port, nullptr);
 }
 
 TEST(MemoryPort, CountsAndKeepsOnlyWhatItIsAskedTo)

@@ -1,0 +1,106 @@
+// Texts and helpers of a scale's model.
+
+#include "model/scales_model.h"
+
+#include <cmath>
+
+namespace tnv5::scales::model {
+
+namespace {
+
+constexpr const char16_t* kMessages[3][4] = {
+    {u"[1] Не найден компонент для чтения порта!", u"[2] Весы перегружены!", u"[3] Отрицательный вес!",
+     u"[4] Весы не отвечают!"},
+    {u"[1] Не знайдено компонент для обробки порта!", u"[2] Вага перевантажена!", u"[3] Від`ємна вага!",
+     u"[4] Вага не відповідає!"},
+    {u"[1] Com port not found!", u"[2] Scales are overvalue!", u"[3] Weight <0!",
+     u"[4] Scales does not answer!"}};
+
+} // namespace
+
+QString TScalesModel::message(int index) const
+{
+    if (lang < 0 || lang > 2) {
+        reach(TBranch::LangOther);
+        return {};
+    }
+    if (index < 0 || index > 3) {
+        reach(TBranch::MessageOther);
+        return {};
+    }
+    return QString::fromUtf16(kMessages[lang][index]);
+}
+
+QStringList TScalesModel::list()
+{
+    return {QStringLiteral("Не выбрано"),
+            QStringLiteral("«МАССА-К» МК_ТВ, МК_ТН"),
+            QStringLiteral("«CAS» АР, AD, DB, ER, EM"),
+            QStringLiteral("ВА-xx, ВЕ-xx, ПВ-xx, ПВм-xx, ВТА-60, ICSxxNT, TigerE"),
+            QStringLiteral("ВР4149, BS-15D1.3T"),
+            QStringLiteral("ВH-600 Промприлад"),
+            QStringLiteral("«DIGI» DS-788"),
+            QStringLiteral("«Axis»"),
+            QStringLiteral("«UPA-Q» continuous mode (made in China)")};
+}
+
+QString TScalesModel::digitsOnly(const QString& text)
+{
+    QString digits;
+    for (const QChar character : text) {
+        if (character >= u'0' && character <= u'9') {
+            digits += character;
+        }
+    }
+    return digits;
+}
+
+QString TScalesModel::replaceStr(const QString& text, const QString& old, const QString& with)
+{
+    QString result;
+    qsizetype at = 0;
+    while (at < text.size()) {
+        if (!old.isEmpty() && QStringView(text).mid(at, old.size()) == old) {
+            result += with;
+            at += old.size();
+        } else {
+            result += text[at++];
+        }
+    }
+    return result;
+}
+
+int TScalesModel::lrc(const QString& text)
+{
+    int sum = 0;
+    for (const QChar character : text) {
+        sum ^= character.unicode() % 256;
+    }
+    return sum;
+}
+
+bool TScalesModel::between(double now, double last, int limit)
+{
+    // a whole second counts as one wherever in the day it lies
+    return std::floor(std::fabs(now - last) * 86'400 + 0.000'005) > limit;
+}
+
+QString TScalesModel::byteToBin(int value)
+{
+    QString bits;
+    for (int weight = 128; weight >= 1; weight /= 2) {
+        bits += value / weight % 2 == 1 ? u'1' : u'0';
+    }
+    return bits;
+}
+
+int TScalesModel::binToInt(const QString& bits)
+{
+    quint32 value = 0;
+    for (const QChar bit : bits) {
+        value = value * 2 + (bit == u'1' ? 1 : 0);
+    }
+    return int(value);
+}
+
+} // namespace tnv5::scales::model
