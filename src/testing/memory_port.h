@@ -60,7 +60,7 @@ public:
     void raiseErrorInside(platform::TComExceptionKind kind, const QString& message, qint64 osError,
                           const QString& osText)
     {
-        fireException(kind, message, osError, osText);
+        Operation([&] { fireException(kind, message, osError, osText); });
     }
 
 protected:

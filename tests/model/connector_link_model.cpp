@@ -100,6 +100,7 @@ constexpr std::array kBranches = {
     "command RL",
     "command SD",
     "command SH",
+    "a port is destroyed inside its own operation",
     "destroyed by a handler",
     "destroyed by a handler that raises",
     "no serial port to ask",
@@ -247,13 +248,31 @@ void TModelSplitter::append(const QByteArray& bytes)
     }
 }
 
+// False when the hook has destroyed the port: then the operation ends quietly, and what the hook raised
+// besides is reported.
+template <class Hook, class... Args>
+bool TModelPort::outlives(const Hook& hook, Args&&... args)
+{
+    if (const auto handler = hook) {
+        try {
+            handler(std::forward<Args>(args)...);
+        } catch (...) {
+            if (!FDead) {
+                throw;
+            }
+            FWorld.report();
+        }
+    }
+    if (FDead) {
+        FWorld.coverage.reach("a port is destroyed inside its own operation");
+    }
+    return !FDead;
+}
+
 void TModelPort::Open()
 {
-    if (FOpen) {
+    if (FOpen || !outlives(OnOpening)) {
         return;
-    }
-    if (const auto handler = OnOpening) {
-        handler();
     }
     if (OpenFailure) {
         throw platform::EComPort(*OpenFailure);
@@ -263,8 +282,8 @@ void TModelPort::Open()
 
 void TModelPort::Close()
 {
-    if (const auto handler = OnClosing) {
-        handler();
+    if (!outlives(OnClosing)) {
+        return;
     }
     if (CloseFailure) {
         throw platform::EComPort(*CloseFailure);
@@ -277,15 +296,13 @@ void TModelPort::Write(const QByteArray& bytes)
     if (!FOpen) {
         throw platform::EComPort(QStringLiteral("Port MEMORY is not open"));
     }
-    if (const auto handler = OnWriting) {
-        handler();
+    if (!outlives(OnWriting)) {
+        return;
     }
     if (WriteFailure) {
         throw platform::EComPort(*WriteFailure);
     }
-    if (const auto handler = OnWritten) {
-        handler(bytes);
-    }
+    outlives(OnWritten, bytes);
 }
 
 void TModelPort::feed(const QByteArray& bytes)
@@ -309,11 +326,10 @@ void TModelPort::feed(const QByteArray& bytes)
 
 void TModelPort::raiseErrorInside(const QString& message, qint64 osError)
 {
-    if (const auto handler = OnException) {
-        handler(message, osError);
-    } else {
+    if (!OnException) {
         FWorld.coverage.reach("a port error that nobody takes");
     }
+    outlives(OnException, message, osError);
 }
 
 void TModelPort::raiseError(const QString& message, qint64 osError)

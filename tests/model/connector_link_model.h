@@ -102,6 +102,8 @@ public:
 
 private:
     friend class TModelSplitter;
+    template <class Hook, class... Args>
+    bool outlives(const Hook& hook, Args&&... args);
     struct TRead
     {
         QByteArray bytes;

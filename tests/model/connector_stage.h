@@ -122,7 +122,7 @@ private:
         case EStep::ClosePort:
             return port.Close();
         case EStep::PortError:
-            return insidePort(step.flag, [&] { FSide.portError(port, step.text, step.number, step.flag); });
+            return FSide.portError(port, step.text, step.number, step.flag);
         default:
             break;
         }
@@ -267,30 +267,16 @@ private:
             return;
         }
         port = FSide.newPort();
-        const auto inside = [this, who](const char* what) { insidePort(true, [&] { happened(who, what); }); };
+        const auto inside = [this, who](const char* what) { happened(who, what); };
         port->OnOpening = [inside] { inside("opening"); };
         port->OnClosing = [inside] { inside("closing"); };
         port->OnWriting = [inside] { inside("writing"); };
         port->OnWritten = [this, who](const QByteArray& bytes) { happened(who, "write " + shown(bytes)); };
     }
 
-    template <class Body>
-    void insidePort(bool inside, Body body)
-    {
-        FInsidePort += inside;
-        try {
-            body();
-        } catch (...) {
-            FInsidePort -= inside;
-            throw;
-        }
-        FInsidePort -= inside;
-    }
-
-    // The in-memory port itself does not stand being destroyed before an operation takes effect.
     void destroyPort(int who)
     {
-        if (FInsidePort == 0 && FPorts[std::size_t(who)] != nullptr) {
+        if (FPorts[std::size_t(who)] != nullptr) {
             FSide.destroy(std::exchange(FPorts[std::size_t(who)], nullptr));
         }
     }
@@ -339,7 +325,6 @@ private:
     const std::vector<TReaction>* FReactions = nullptr;
     std::size_t FReaction = 0;
     std::size_t FDepth = 0;
-    int FInsidePort = 0;
 };
 
 } // namespace tnv5::connector::model
