@@ -24,7 +24,7 @@ using TWeightEvent = std::function<void(TComponent* Sender, int Weight)>;
 ///     scales.SetScalesType(2);
 ///     scales.SetUpComport();
 ///     scales.SetConnection(true);
-///     const int grams = scales.GetWeight(false); // waits up to 3 s while messages are served
+///     const int grams = scales.GetWeight(false); // waits for the answer, messages are served
 ///
 /// Only families 1 and 2 raise `OnWeight`; the others update `LastWeight`, which `GetWeight` returns.
 /// Handlers may weigh again, reset, close the port or destroy the component.
@@ -81,7 +81,7 @@ public:
     void SetUpComport();
 
     /// Asks for the weight. `Safe`: returns at once what is known (0 unless a packet came meanwhile);
-    /// otherwise waits until 3 whole seconds have passed without a packet, serving messages.
+    /// otherwise waits, serving messages, until more than 3 whole seconds have passed without a packet.
     /// @return -1 when not connected or without a family, and when a scale that talks by itself was silent
     int GetWeight(bool Safe);
 

@@ -5,6 +5,7 @@
 #include "support/text_printers.h"
 
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -145,6 +146,29 @@ TEST_F(Request, AWholeDialogueInsideTheWritesOfCas)
     answerAtOnce(*this, sampleOf(2));
     EXPECT_EQ(scales->GetWeight(true), 1234);
     EXPECT_EQ(trace.countOf("weight"), 1);
+}
+
+TEST_F(Request, MassaKTakesTheTimeBetweenTheResetAndTheRequest)
+{
+    use(1);
+    scales->GetWeight(true);
+    clock.advance(4'100);
+    int resets = 0;
+    scales->SetOnLog([&](platform::TComponent*, const QString& text) {
+        if (text.startsWith("[07] ")) {
+            ++resets;
+            clock.advance(5'000);
+        }
+    });
+    bool asked = false;
+    port->OnWritten = [&](const QByteArray&) {
+        if (!std::exchange(asked, true)) {
+            scales->GetWeight(true); // the reset has just ended: nothing has been silent
+        }
+    };
+    scales->GetWeight(true);
+    EXPECT_TRUE(asked);
+    EXPECT_EQ(resets, 1);
 }
 
 TEST_F(Request, TakesTheTimeAfterItWrote)
