@@ -1,8 +1,8 @@
 // Rates of the line connector in memory, with few and with many boards.
 
-#include "common/crc8.h"
-#include "connector/device_connector.h"
-#include "testing/memory_port.h"
+#include "tnv5/common/crc8.h"
+#include "tnv5/connector/device_connector.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <benchmark/benchmark.h>
 
@@ -11,7 +11,7 @@ namespace tnv5::bench {
 namespace {
 
 using connector::TDeviceConnector;
-using testing::TMemoryPort;
+using testkit::TMemoryPort;
 
 constexpr qsizetype kReadSize = 4'096;
 constexpr int kDisplayLines = 6; // of a command

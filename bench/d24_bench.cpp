@@ -2,7 +2,7 @@
 //
 //   d24_bench [options of Google Benchmark]
 
-#include "d24/d24_device.h"
+#include "tnv5/d24/d24_device.h"
 
 #include <QCoreApplication>
 #include <benchmark/benchmark.h>

@@ -13,8 +13,8 @@
 // JSON; fails when a request was not answered, an error was reported, or a weight is wrong in the end.
 
 #include "bench/scales_process.h"
-#include "platform/serial_port.h"
-#include "scales/scales_device.h"
+#include "tnv5/platform/serial_port.h"
+#include "tnv5/scales/scales_device.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -6,8 +6,8 @@
 // port is open.
 
 #include "bench/latency_cards.h"
-#include "d24/d24_device.h"
-#include "platform/serial_port.h"
+#include "tnv5/d24/d24_device.h"
+#include "tnv5/platform/serial_port.h"
 
 #include <QCoreApplication>
 #include <cstdio>

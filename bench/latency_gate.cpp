@@ -6,8 +6,8 @@
 // port is open.
 
 #include "bench/latency_cards.h"
-#include "platform/serial_port.h"
-#include "turnstile/turnstile_device.h"
+#include "tnv5/platform/serial_port.h"
+#include "tnv5/turnstile/turnstile_device.h"
 
 #include <QCoreApplication>
 #include <cstdio>

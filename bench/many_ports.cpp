@@ -8,8 +8,8 @@
 // fails when a line was lost.
 
 #include "bench/line_feeder.h"
-#include "platform/serial_port.h"
-#include "turnstile/turnstile_device.h"
+#include "tnv5/platform/serial_port.h"
+#include "tnv5/turnstile/turnstile_device.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

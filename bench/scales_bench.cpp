@@ -7,11 +7,11 @@
 // runs, and so the same in every run; a queue that allocates now and then makes it a fraction.
 
 #include "bench/allocations.h"
-#include "scales/families.h"
-#include "scales/scales_device.h"
 #include "sim/scales_wire.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
+#include "tnv5/scales/families.h"
+#include "tnv5/scales/scales_device.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdio>
@@ -21,8 +21,8 @@ namespace tnv5::bench {
 namespace {
 
 using scales::TScalesDevice;
-using testing::TManualClock;
-using testing::TMemoryPort;
+using testkit::TManualClock;
+using testkit::TMemoryPort;
 
 constexpr int kWeights = 1'000;
 constexpr int kLightest = 100;

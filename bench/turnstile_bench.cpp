@@ -4,9 +4,9 @@
 //   turnstile_bench --write-reads READ_SIZE ADDRESSES FILE    saves the reads of CardLines for other programs
 
 #include "bench/card_reads.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
-#include "turnstile/turnstile_device.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
+#include "tnv5/turnstile/turnstile_device.h"
 
 #include <QSet>
 #include <benchmark/benchmark.h>
@@ -20,8 +20,8 @@ namespace tnv5::bench {
 namespace {
 
 using platform::TComponent;
-using testing::TManualClock;
-using testing::TMemoryPort;
+using testkit::TManualClock;
+using testkit::TMemoryPort;
 using turnstile::TTurnStylerDevice;
 
 constexpr int kTickMs = 100;

@@ -17,9 +17,9 @@ bool mayEnter(const QString& card, platform::TDateTime timeOfDay)
 
 void testDecision()
 {
-    testing::TManualClock clock(testing::TManualClock::at(21, 59, 50));
-    testing::TMemoryPort port;
-    testing::TWire wire(port);
+    testkit::TManualClock clock(testkit::TManualClock::at(21, 59, 50));
+    testkit::TMemoryPort port;
+    testkit::TWire wire(port);
     turnstile::TTurnStylerDevice gate;
     gate.SetComport(&port);
     gate.SetOnCheckSQL([](auto*, auto& /*device*/, auto& card, auto& /*status*/, auto& /*img*/, auto& mode,
@@ -50,7 +50,7 @@ int main()
         testDecision();
         std::puts("the decision is right");
         return 0;
-    } catch (const testing::EExpectation& error) {
+    } catch (const testkit::EExpectation& error) {
         std::puts(qUtf8Printable(error.message()));
         return 1;
     }

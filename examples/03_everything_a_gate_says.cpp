@@ -42,8 +42,8 @@ void listen(turnstile::TTurnStylerDevice& gate)
 
 int main()
 {
-    testing::TManualClock clock;
-    testing::TMemoryPort port;
+    testkit::TManualClock clock;
+    testkit::TMemoryPort port;
     turnstile::TTurnStylerDevice gate;
     gate.SetDeviceList({QStringLiteral("01A")});
     gate.SetComport(&port);

@@ -1,7 +1,7 @@
 #include "sim/board.h"
 
-#include "platform/code_page.h"
 #include "sim/board_bus.h"
+#include "tnv5/platform/code_page.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/timer.h"
 #include "sim/board_line.h"
 #include "sim/board_records.h"
 #include "sim/byte_stream.h"
 #include "sim/classic_records.h"
 #include "sim/later.h"
+#include "tnv5/platform/timer.h"
 
 #include <QHash>
 #include <QPointer>

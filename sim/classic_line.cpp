@@ -1,7 +1,7 @@
 #include "sim/classic_line.h"
 
-#include "platform/errors.h"
 #include "sim/classic_controller.h"
+#include "tnv5/platform/errors.h"
 
 #include <algorithm>
 

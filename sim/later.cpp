@@ -1,6 +1,6 @@
 #include "sim/later.h"
 
-#include "platform/timer.h"
+#include "tnv5/platform/timer.h"
 
 namespace tnv5::sim {
 

@@ -1,6 +1,6 @@
 #include "sim/pty.h"
 
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include <QFile>
 #include <QPointer>

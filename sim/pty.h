@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/timer.h"
 #include "sim/byte_stream.h"
+#include "tnv5/platform/timer.h"
 
 #include <QObject>
 #include <QString>

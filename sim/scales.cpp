@@ -1,6 +1,6 @@
 #include "sim/scales.h"
 
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include <algorithm>
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/timer.h"
 #include "sim/byte_stream.h"
 #include "sim/later.h"
 #include "sim/scales_wire.h"
+#include "tnv5/platform/timer.h"
 
 namespace tnv5::sim {
 

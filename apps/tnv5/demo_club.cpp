@@ -1,6 +1,6 @@
 #include "apps/tnv5/demo_club.h"
 
-#include "common/messages.h"
+#include "tnv5/common/messages.h"
 
 namespace tnv5::cli {
 

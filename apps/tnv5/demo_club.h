@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/database.h"
 #include "sim/classic_line.h"
+#include "tnv5/host/database.h"
 
 namespace tnv5::cli {
 

@@ -3,12 +3,12 @@
 #include "apps/tnv5/demo_counter.h"
 #include "apps/tnv5/demo_report.h"
 #include "apps/tnv5/stop_signal.h"
-#include "host/club_host.h"
-#include "host/d24_host.h"
-#include "host/port_keeper.h"
-#include "platform/serial_port.h"
 #include "sim/line_faults.h"
 #include "sim/pty.h"
+#include "tnv5/host/club_host.h"
+#include "tnv5/host/d24_host.h"
+#include "tnv5/host/port_keeper.h"
+#include "tnv5/platform/serial_port.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "apps/tnv5/demo_club.h"
-#include "host/goods_counter.h"
-#include "platform/serial_port.h"
 #include "sim/pty.h"
 #include "sim/scales.h"
+#include "tnv5/host/goods_counter.h"
+#include "tnv5/platform/serial_port.h"
 
 namespace tnv5::cli {
 

@@ -1,6 +1,6 @@
 #include "apps/tnv5/demo_report.h"
 
-#include "common/messages.h"
+#include "tnv5/common/messages.h"
 
 #include <algorithm>
 #include <cmath>

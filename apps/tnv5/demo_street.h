@@ -1,7 +1,7 @@
 #pragma once
 
 #include "apps/tnv5/demo_gates.h"
-#include "platform/timer.h"
+#include "tnv5/platform/timer.h"
 
 #include <QElapsedTimer>
 #include <map>

@@ -1,6 +1,6 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include <CLI/CLI.hpp>
 #include <QGuiApplication>

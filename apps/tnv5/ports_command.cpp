@@ -1,6 +1,6 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
-#include "host/port_list.h"
+#include "tnv5/host/port_list.h"
 
 #include <CLI/CLI.hpp>
 

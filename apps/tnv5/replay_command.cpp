@@ -3,8 +3,8 @@
 #include "apps/tnv5/replay_stage.h"
 #include "apps/tnv5/stop_signal.h"
 #include "sim/pty.h"
-#include "testing/manual_clock.h"
-#include "tools/player.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/tools/player.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
@@ -26,7 +26,7 @@ struct TReplayOptions
 
 int replayAtOnce(const TReplayOptions& options, const QList<tools::TEntry>& entries)
 {
-    testing::TManualClock clock;
+    testkit::TManualClock clock;
     TReplayStage stage(options.protocol, !options.refuse);
     tools::playAtOnce(
         entries, [&](qint64 ms) { clock.advance(ms); }, [&](const QByteArray& bytes) { stage.hear(bytes); });

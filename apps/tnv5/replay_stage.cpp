@@ -1,7 +1,7 @@
 #include "apps/tnv5/replay_stage.h"
 
 #include "apps/tnv5/console.h"
-#include "tools/recording.h"
+#include "tnv5/tools/recording.h"
 
 #include <QTime>
 #include <utility>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "connector/device_connector.h"
-#include "testing/memory_port.h"
-#include "tools/line_cutter.h"
-#include "turnstile/turnstile_device.h"
+#include "tnv5/connector/device_connector.h"
+#include "tnv5/testing/memory_port.h"
+#include "tnv5/tools/line_cutter.h"
+#include "tnv5/turnstile/turnstile_device.h"
 
 #include <memory>
 
@@ -24,7 +24,7 @@ private:
     void addTurnstile(bool allow);
     void tellStatus(const QString& status);
 
-    testing::TMemoryPort FPort;
+    testkit::TMemoryPort FPort;
     std::unique_ptr<connector::TDeviceConnector> FConnector;
     std::unique_ptr<turnstile::TTurnStylerDevice> FTurnstile;
     QString FLastStatus;

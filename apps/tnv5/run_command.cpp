@@ -1,10 +1,10 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/stop_signal.h"
-#include "host/club_host.h"
-#include "host/port_diagnosis.h"
-#include "host/port_keeper.h"
-#include "platform/serial_port.h"
+#include "tnv5/host/club_host.h"
+#include "tnv5/host/port_diagnosis.h"
+#include "tnv5/host/port_keeper.h"
+#include "tnv5/platform/serial_port.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>

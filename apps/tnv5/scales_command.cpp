@@ -1,7 +1,7 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
-#include "scales/families.h"
-#include "tools/recording.h"
+#include "tnv5/scales/families.h"
+#include "tnv5/tools/recording.h"
 
 #include <CLI/CLI.hpp>
 

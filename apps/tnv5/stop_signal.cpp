@@ -1,6 +1,6 @@
 #include "apps/tnv5/stop_signal.h"
 
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include <QSocketNotifier>
 #include <csignal>

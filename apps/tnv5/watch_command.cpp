@@ -1,12 +1,12 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/stop_signal.h"
-#include "host/port_diagnosis.h"
-#include "platform/com_data_packet.h"
-#include "platform/serial_port.h"
-#include "platform/timer.h"
-#include "scales/families.h"
-#include "tools/explanation.h"
+#include "tnv5/host/port_diagnosis.h"
+#include "tnv5/platform/com_data_packet.h"
+#include "tnv5/platform/serial_port.h"
+#include "tnv5/platform/timer.h"
+#include "tnv5/scales/families.h"
+#include "tnv5/tools/explanation.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>

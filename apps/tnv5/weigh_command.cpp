@@ -1,11 +1,11 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/stop_signal.h"
-#include "host/port_diagnosis.h"
-#include "host/scale_reader.h"
-#include "platform/serial_port.h"
-#include "scales/families.h"
-#include "scales/scales_device.h"
+#include "tnv5/host/port_diagnosis.h"
+#include "tnv5/host/scale_reader.h"
+#include "tnv5/platform/serial_port.h"
+#include "tnv5/scales/families.h"
+#include "tnv5/scales/scales_device.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
-#include "common/convert.h"
+#include "tnv5/common/convert.h"
 
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include <limits>
 

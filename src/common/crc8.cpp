@@ -1,6 +1,6 @@
-#include "common/crc8.h"
+#include "tnv5/common/crc8.h"
 
-#include "platform/code_page.h"
+#include "tnv5/platform/code_page.h"
 
 namespace tnv5::common {
 

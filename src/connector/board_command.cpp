@@ -1,6 +1,6 @@
-#include "connector/board_command.h"
+#include "tnv5/connector/board_command.h"
 
-#include "common/text.h"
+#include "tnv5/common/text.h"
 
 #include <algorithm>
 #include <array>

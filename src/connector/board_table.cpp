@@ -1,6 +1,6 @@
-#include "connector/board_table.h"
+#include "tnv5/connector/board_table.h"
 
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 namespace tnv5::connector {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/clock.h"
+#include "tnv5/platform/clock.h"
 
 #include <QHash>
 #include <QString>

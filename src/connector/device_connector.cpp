@@ -1,10 +1,10 @@
-#include "connector/device_connector.h"
+#include "tnv5/connector/device_connector.h"
 
-#include "common/convert.h"
-#include "common/crc8.h"
-#include "common/text.h"
-#include "connector/connector_texts.h"
-#include "platform/code_page.h"
+#include "tnv5/common/convert.h"
+#include "tnv5/common/crc8.h"
+#include "tnv5/common/text.h"
+#include "tnv5/connector/connector_texts.h"
+#include "tnv5/platform/code_page.h"
 
 namespace tnv5::connector {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "connector/board_command.h"
-#include "connector/board_table.h"
-#include "platform/com_data_packet.h"
-#include "platform/com_port.h"
+#include "tnv5/connector/board_command.h"
+#include "tnv5/connector/board_table.h"
+#include "tnv5/platform/com_data_packet.h"
+#include "tnv5/platform/com_port.h"
 
 #include <QPointer>
 #include <memory>

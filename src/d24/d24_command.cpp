@@ -1,4 +1,4 @@
-#include "d24/d24_command.h"
+#include "tnv5/d24/d24_command.h"
 
 namespace tnv5::d24 {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "d24/d24_types.h"
+#include "tnv5/d24/d24_types.h"
 
 /// The commands that answer a pass, in the connector's short form: code + IP + ":" + controller + display
 /// text.

@@ -1,12 +1,12 @@
-#include "d24/d24_device.h"
+#include "tnv5/d24/d24_device.h"
 
-#include "common/elapsed.h"
-#include "common/messages.h"
-#include "common/text.h"
-#include "d24/d24_command.h"
-#include "d24/d24_line.h"
-#include "d24/d24_texts.h"
-#include "platform/code_page.h"
+#include "tnv5/common/elapsed.h"
+#include "tnv5/common/messages.h"
+#include "tnv5/common/text.h"
+#include "tnv5/d24/d24_command.h"
+#include "tnv5/d24/d24_line.h"
+#include "tnv5/d24/d24_texts.h"
+#include "tnv5/platform/code_page.h"
 
 namespace tnv5::d24 {
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "connector/device_connector.h"
-#include "d24/d24_tables.h"
-#include "d24/d24_types.h"
-#include "platform/timer.h"
+#include "tnv5/connector/device_connector.h"
+#include "tnv5/d24/d24_tables.h"
+#include "tnv5/d24/d24_types.h"
+#include "tnv5/platform/timer.h"
 
 #include <QPointer>
 #include <QVariantList>

@@ -1,6 +1,6 @@
-#include "d24/d24_line.h"
+#include "tnv5/d24/d24_line.h"
 
-#include "common/text.h"
+#include "tnv5/common/text.h"
 
 namespace tnv5::d24 {
 

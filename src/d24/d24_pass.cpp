@@ -1,12 +1,12 @@
 // The working half of the component: the pass over the table, the host's check, and the commands.
 
-#include "common/busy_scope.h"
-#include "common/elapsed.h"
-#include "common/messages.h"
-#include "common/variants.h"
-#include "d24/d24_command.h"
-#include "d24/d24_device.h"
-#include "d24/d24_texts.h"
+#include "tnv5/common/busy_scope.h"
+#include "tnv5/common/elapsed.h"
+#include "tnv5/common/messages.h"
+#include "tnv5/common/variants.h"
+#include "tnv5/d24/d24_command.h"
+#include "tnv5/d24/d24_device.h"
+#include "tnv5/d24/d24_texts.h"
 
 #include <optional>
 

@@ -1,8 +1,8 @@
-#include "d24/d24_tables.h"
+#include "tnv5/d24/d24_tables.h"
 
-#include "common/messages.h"
-#include "common/text.h"
-#include "d24/d24_texts.h"
+#include "tnv5/common/messages.h"
+#include "tnv5/common/text.h"
+#include "tnv5/d24/d24_texts.h"
 
 namespace tnv5::d24 {
 

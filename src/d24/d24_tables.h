@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/record_table.h"
-#include "d24/d24_types.h"
+#include "tnv5/common/record_table.h"
+#include "tnv5/d24/d24_types.h"
 
 #include <QStringView>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/clock.h"
-#include "platform/component.h"
+#include "tnv5/platform/clock.h"
+#include "tnv5/platform/component.h"
 
 #include <QImage>
 #include <QList>

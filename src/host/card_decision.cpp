@@ -1,4 +1,4 @@
-#include "host/card_decision.h"
+#include "tnv5/host/card_decision.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/club.h"
+#include "tnv5/host/club.h"
 
 namespace tnv5::host {
 

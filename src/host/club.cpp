@@ -1,6 +1,6 @@
-#include "host/club.h"
+#include "tnv5/host/club.h"
 
-#include "common/messages.h"
+#include "tnv5/common/messages.h"
 
 #include <QRegularExpression>
 #include <QTime>

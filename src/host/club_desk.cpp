@@ -1,10 +1,10 @@
-#include "host/club_desk.h"
+#include "tnv5/host/club_desk.h"
 
-#include "common/messages.h"
-#include "d24/d24_types.h"
-#include "host/card_decision.h"
-#include "host/picture.h"
-#include "turnstile/turnstile_types.h"
+#include "tnv5/common/messages.h"
+#include "tnv5/d24/d24_types.h"
+#include "tnv5/host/card_decision.h"
+#include "tnv5/host/picture.h"
+#include "tnv5/turnstile/turnstile_types.h"
 
 #include <algorithm>
 

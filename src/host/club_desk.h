@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/journal.h"
+#include "tnv5/host/journal.h"
 
 #include <QCache>
 #include <QImage>

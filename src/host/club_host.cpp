@@ -1,4 +1,4 @@
-#include "host/club_host.h"
+#include "tnv5/host/club_host.h"
 
 namespace tnv5::host {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/club_desk.h"
-#include "turnstile/turnstile_device.h"
+#include "tnv5/host/club_desk.h"
+#include "tnv5/turnstile/turnstile_device.h"
 
 #include <QPointer>
 

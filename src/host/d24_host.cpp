@@ -1,6 +1,6 @@
-#include "host/d24_host.h"
+#include "tnv5/host/d24_host.h"
 
-#include "common/messages.h"
+#include "tnv5/common/messages.h"
 
 #include <algorithm>
 

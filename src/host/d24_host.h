@@ -1,7 +1,7 @@
 #pragma once
 
-#include "d24/d24_device.h"
-#include "host/club_desk.h"
+#include "tnv5/d24/d24_device.h"
+#include "tnv5/host/club_desk.h"
 
 #include <QPointer>
 

@@ -1,6 +1,6 @@
-#include "host/database.h"
+#include "tnv5/host/database.h"
 
-#include "host/schema.h"
+#include "tnv5/host/schema.h"
 
 #include <QSqlError>
 #include <atomic>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/club.h"
-#include "host/statement.h"
+#include "tnv5/host/club.h"
+#include "tnv5/host/statement.h"
 
 namespace tnv5::host {
 

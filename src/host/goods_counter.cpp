@@ -1,4 +1,4 @@
-#include "host/goods_counter.h"
+#include "tnv5/host/goods_counter.h"
 
 namespace tnv5::host {
 

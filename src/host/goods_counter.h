@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/database.h"
-#include "host/scale_reader.h"
+#include "tnv5/host/database.h"
+#include "tnv5/host/scale_reader.h"
 
 namespace tnv5::host {
 

@@ -1,4 +1,4 @@
-#include "host/journal.h"
+#include "tnv5/host/journal.h"
 
 #include <algorithm>
 #include <utility>

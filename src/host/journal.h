@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/database.h"
-#include "platform/timer.h"
+#include "tnv5/host/database.h"
+#include "tnv5/platform/timer.h"
 
 #include <QHash>
 #include <QSet>

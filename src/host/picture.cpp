@@ -1,4 +1,4 @@
-#include "host/picture.h"
+#include "tnv5/host/picture.h"
 
 #include <QGuiApplication>
 #include <QPainter>

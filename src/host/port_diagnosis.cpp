@@ -1,4 +1,4 @@
-#include "host/port_diagnosis.h"
+#include "tnv5/host/port_diagnosis.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/port_list.h"
+#include "tnv5/host/port_list.h"
 
 #include <optional>
 

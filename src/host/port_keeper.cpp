@@ -1,4 +1,4 @@
-#include "host/port_keeper.h"
+#include "tnv5/host/port_keeper.h"
 
 #include <algorithm>
 #include <utility>

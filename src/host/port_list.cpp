@@ -1,4 +1,4 @@
-#include "host/port_list.h"
+#include "tnv5/host/port_list.h"
 
 #include <QDir>
 #include <QSerialPortInfo>

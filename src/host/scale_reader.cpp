@@ -1,4 +1,4 @@
-#include "host/scale_reader.h"
+#include "tnv5/host/scale_reader.h"
 
 #include <algorithm>
 

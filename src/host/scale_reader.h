@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/timer.h"
-#include "scales/scales_device.h"
+#include "tnv5/platform/timer.h"
+#include "tnv5/scales/scales_device.h"
 
 #include <functional>
 

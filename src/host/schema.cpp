@@ -1,6 +1,6 @@
-#include "host/schema.h"
+#include "tnv5/host/schema.h"
 
-#include "host/statement.h"
+#include "tnv5/host/statement.h"
 
 namespace tnv5::host {
 

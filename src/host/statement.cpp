@@ -1,4 +1,4 @@
-#include "host/statement.h"
+#include "tnv5/host/statement.h"
 
 #include <QSqlError>
 

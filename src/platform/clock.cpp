@@ -1,6 +1,6 @@
-#include "platform/clock.h"
+#include "tnv5/platform/clock.h"
 
-#include "platform/timer.h"
+#include "tnv5/platform/timer.h"
 
 #include <QCoreApplication>
 #include <QTimer>

@@ -1,6 +1,6 @@
-#include "platform/code_page.h"
+#include "tnv5/platform/code_page.h"
 
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include <QHash>
 #include <QStringDecoder>

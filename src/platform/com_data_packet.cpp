@@ -1,4 +1,4 @@
-#include "platform/com_data_packet.h"
+#include "tnv5/platform/com_data_packet.h"
 
 #include <algorithm>
 

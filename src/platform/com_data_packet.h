@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/com_port.h"
+#include "tnv5/platform/com_port.h"
 
 #include <QByteArray>
 #include <QPointer>

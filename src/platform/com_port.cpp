@@ -1,6 +1,6 @@
-#include "platform/com_port.h"
+#include "tnv5/platform/com_port.h"
 
-#include "platform/com_data_packet.h"
+#include "tnv5/platform/com_data_packet.h"
 
 namespace tnv5::platform {
 

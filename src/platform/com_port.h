@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/component.h"
+#include "tnv5/platform/component.h"
 
 #include <QByteArray>
 #include <QList>
@@ -23,7 +23,7 @@ using TComportError =
     std::function<void(TComponent* Sender, TComExceptionKind Kind, const QString& ComportMessage,
                        qint64 WinError, const QString& WinMessage)>;
 
-/// A serial port. `TSerialPort` is a real one, `testing::TMemoryPort` one in memory.
+/// A serial port. `TSerialPort` is a real one, `testkit::TMemoryPort` one in memory.
 ///
 /// What is read goes whole to the first attached packet splitter, then whole to the next, in order of
 /// attachment, also when a handler pumps messages and more is read meanwhile.

@@ -1,4 +1,4 @@
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include <QLoggingCategory>
 

@@ -1,4 +1,4 @@
-#include "platform/serial_port.h"
+#include "tnv5/platform/serial_port.h"
 
 #include <QSerialPort>
 #include <cerrno>

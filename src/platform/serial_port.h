@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/com_port.h"
-#include "platform/timer.h"
+#include "tnv5/platform/com_port.h"
+#include "tnv5/platform/timer.h"
 
 class QSerialPort;
 

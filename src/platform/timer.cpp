@@ -1,6 +1,6 @@
-#include "platform/timer.h"
+#include "tnv5/platform/timer.h"
 
-#include "platform/clock.h"
+#include "tnv5/platform/clock.h"
 
 #include <QTimerEvent>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/component.h"
+#include "tnv5/platform/component.h"
 
 #include <QBasicTimer>
 

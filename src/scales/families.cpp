@@ -1,4 +1,4 @@
-#include "scales/families.h"
+#include "tnv5/scales/families.h"
 
 namespace tnv5::scales {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scales/scales_family.h"
+#include "tnv5/scales/scales_family.h"
 
 #include <vector>
 

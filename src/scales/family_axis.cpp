@@ -1,7 +1,7 @@
 // Talks by itself: packets from STX to CR LF, 15 characters, the weight in characters 5 to 9.
 
-#include "common/text.h"
-#include "scales/families.h"
+#include "tnv5/common/text.h"
+#include "tnv5/scales/families.h"
 
 namespace tnv5::scales {
 

@@ -1,8 +1,8 @@
 // Three zero-filled bytes ask; at least 18 bytes answer, the weight in the first six, least significant
 // first.
 
-#include "scales/families.h"
-#include "scales/family_reversed.h"
+#include "tnv5/scales/families.h"
+#include "tnv5/scales/family_reversed.h"
 
 namespace tnv5::scales {
 

@@ -1,7 +1,7 @@
 // A request and its answer stand between "<" and ">".
 
-#include "common/text.h"
-#include "scales/families.h"
+#include "tnv5/common/text.h"
+#include "tnv5/scales/families.h"
 
 namespace tnv5::scales {
 

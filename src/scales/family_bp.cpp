@@ -1,8 +1,8 @@
 // Eight bytes ask; at least 17 bytes answer, the weight in the first six, least significant first. The port
 // keeps the host's settings; intended.
 
-#include "scales/families.h"
-#include "scales/family_reversed.h"
+#include "tnv5/scales/families.h"
+#include "tnv5/scales/family_reversed.h"
 
 namespace tnv5::scales {
 

@@ -1,7 +1,7 @@
 // A dialogue of control characters: ENQ is answered by ACK, DC1 by a packet from SOH to EOT.
 
-#include "common/text.h"
-#include "scales/families.h"
+#include "tnv5/common/text.h"
+#include "tnv5/scales/families.h"
 
 namespace tnv5::scales {
 

@@ -1,6 +1,6 @@
 // ENQ CR asks; the answer runs from the last "B" to the last CR LF.
 
-#include "scales/families.h"
+#include "tnv5/scales/families.h"
 
 namespace tnv5::scales {
 

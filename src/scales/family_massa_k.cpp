@@ -1,7 +1,7 @@
 // A dialogue of bytes: "D" asks whether the weight has settled, "E" for the weight, two bytes answer each.
 
-#include "scales/families.h"
-#include "scales/scales_bits.h"
+#include "tnv5/scales/families.h"
+#include "tnv5/scales/scales_bits.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 // Talks by itself: packets from "W" to "kg"; the weight is all their digits.
 
-#include "common/text.h"
-#include "scales/families.h"
+#include "tnv5/common/text.h"
+#include "tnv5/scales/families.h"
 
 namespace tnv5::scales {
 

@@ -1,4 +1,4 @@
-#include "scales/scales_bits.h"
+#include "tnv5/scales/scales_bits.h"
 
 namespace tnv5::scales {
 

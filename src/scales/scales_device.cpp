@@ -1,10 +1,10 @@
-#include "scales/scales_device.h"
+#include "tnv5/scales/scales_device.h"
 
-#include "common/busy_scope.h"
-#include "common/convert.h"
-#include "common/elapsed.h"
-#include "scales/families.h"
-#include "scales/scales_texts.h"
+#include "tnv5/common/busy_scope.h"
+#include "tnv5/common/convert.h"
+#include "tnv5/common/elapsed.h"
+#include "tnv5/scales/families.h"
+#include "tnv5/scales/scales_texts.h"
 
 #include <cstdlib>
 

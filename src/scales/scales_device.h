@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/clock.h"
-#include "platform/com_data_packet.h"
-#include "platform/com_port.h"
-#include "platform/timer.h"
-#include "scales/scales_family.h"
+#include "tnv5/platform/clock.h"
+#include "tnv5/platform/com_data_packet.h"
+#include "tnv5/platform/com_port.h"
+#include "tnv5/platform/timer.h"
+#include "tnv5/scales/scales_family.h"
 
 #include <QPointer>
 #include <memory>

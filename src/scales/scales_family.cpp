@@ -1,6 +1,6 @@
-#include "scales/scales_family.h"
+#include "tnv5/scales/scales_family.h"
 
-#include "common/text.h"
+#include "tnv5/common/text.h"
 
 namespace tnv5::scales {
 

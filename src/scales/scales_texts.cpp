@@ -1,4 +1,4 @@
-#include "scales/scales_texts.h"
+#include "tnv5/scales/scales_texts.h"
 
 #include <array>
 

@@ -1,10 +1,10 @@
-#include "testing/manual_clock.h"
+#include "tnv5/testing/manual_clock.h"
 
-#include "platform/timer.h"
+#include "tnv5/platform/timer.h"
 
 #include <algorithm>
 
-namespace tnv5::testing {
+namespace tnv5::testkit {
 
 using platform::TTimer;
 
@@ -75,4 +75,4 @@ void TManualClock::jumpTo(qint64 ms)
     FNow = ms;
 }
 
-} // namespace tnv5::testing
+} // namespace tnv5::testkit

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/clock.h"
+#include "tnv5/platform/clock.h"
 
 #include <functional>
 #include <tuple>
 #include <vector>
 
-namespace tnv5::testing {
+namespace tnv5::testkit {
 
 /// A clock that a test holds in its hand. While it lives, the whole module takes its time and ticks from it.
 ///
@@ -54,4 +54,4 @@ private:
     platform::TClock* FPrevious;
 };
 
-} // namespace tnv5::testing
+} // namespace tnv5::testkit

@@ -1,8 +1,8 @@
-#include "testing/memory_port.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <utility>
 
-namespace tnv5::testing {
+namespace tnv5::testkit {
 
 using platform::EComPort;
 
@@ -64,4 +64,4 @@ void TMemoryPort::doWrite(const QByteArray& bytes)
     }
 }
 
-} // namespace tnv5::testing
+} // namespace tnv5::testkit

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/com_port.h"
+#include "tnv5/platform/com_port.h"
 
 #include <QByteArrayList>
 #include <optional>
 
-namespace tnv5::testing {
+namespace tnv5::testkit {
 
 /// A serial port in memory: a test feeds bytes, reads what was written, and orders failures.
 ///
@@ -75,4 +75,4 @@ private:
     QByteArrayList FWrites;
 };
 
-} // namespace tnv5::testing
+} // namespace tnv5::testkit

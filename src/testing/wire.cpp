@@ -1,6 +1,6 @@
-#include "testing/wire.h"
+#include "tnv5/testing/wire.h"
 
-namespace tnv5::testing {
+namespace tnv5::testkit {
 
 void TWire::expect(const QByteArray& bytes)
 {
@@ -31,4 +31,4 @@ QString readable(const QByteArray& bytes)
     return text.isEmpty() ? QStringLiteral("(nothing)") : text;
 }
 
-} // namespace tnv5::testing
+} // namespace tnv5::testkit

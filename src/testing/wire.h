@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/errors.h"
-#include "testing/memory_port.h"
+#include "tnv5/platform/errors.h"
+#include "tnv5/testing/memory_port.h"
 
-namespace tnv5::testing {
+namespace tnv5::testkit {
 
 /// What came out is not what a test expects; the message shows both.
 class EExpectation : public platform::Exception
@@ -45,4 +45,4 @@ private:
 /// Bytes as people read them: control characters as <13>, everything from 127 on as <255>.
 QString readable(const QByteArray& bytes);
 
-} // namespace tnv5::testing
+} // namespace tnv5::testkit

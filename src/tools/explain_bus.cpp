@@ -1,8 +1,8 @@
-#include "common/crc8.h"
-#include "common/text.h"
-#include "connector/device_connector.h"
-#include "platform/code_page.h"
-#include "tools/explanation.h"
+#include "tnv5/common/crc8.h"
+#include "tnv5/common/text.h"
+#include "tnv5/connector/device_connector.h"
+#include "tnv5/platform/code_page.h"
+#include "tnv5/tools/explanation.h"
 
 #include <algorithm>
 

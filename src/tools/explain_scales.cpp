@@ -1,8 +1,8 @@
-#include "tools/explain_scales.h"
+#include "tnv5/tools/explain_scales.h"
 
-#include "common/convert.h"
-#include "scales/families.h"
-#include "scales/scales_texts.h"
+#include "tnv5/common/convert.h"
+#include "tnv5/scales/families.h"
+#include "tnv5/scales/scales_texts.h"
 
 namespace tnv5::tools {
 

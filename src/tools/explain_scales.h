@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/explanation.h"
+#include "tnv5/tools/explanation.h"
 
 namespace tnv5::tools {
 

@@ -1,8 +1,8 @@
-#include "common/text.h"
-#include "platform/code_page.h"
-#include "tools/explanation.h"
-#include "turnstile/command.h"
-#include "turnstile/line.h"
+#include "tnv5/common/text.h"
+#include "tnv5/platform/code_page.h"
+#include "tnv5/tools/explanation.h"
+#include "tnv5/turnstile/command.h"
+#include "tnv5/turnstile/line.h"
 
 #include <algorithm>
 

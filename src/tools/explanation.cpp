@@ -1,6 +1,6 @@
-#include "tools/explanation.h"
+#include "tnv5/tools/explanation.h"
 
-#include "tools/explain_scales.h"
+#include "tnv5/tools/explain_scales.h"
 
 namespace tnv5::tools {
 

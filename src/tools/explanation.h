@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tools/line_cutter.h"
-#include "tools/recording.h"
+#include "tnv5/tools/line_cutter.h"
+#include "tnv5/tools/recording.h"
 
 #include <QString>
 

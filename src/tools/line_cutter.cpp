@@ -1,7 +1,7 @@
-#include "tools/line_cutter.h"
+#include "tnv5/tools/line_cutter.h"
 
-#include "common/crc8.h"
-#include "scales/families.h"
+#include "tnv5/common/crc8.h"
+#include "tnv5/scales/families.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
-#include "tools/player.h"
+#include "tnv5/tools/player.h"
 
-#include "platform/clock.h"
+#include "tnv5/platform/clock.h"
 
 #include <QPointer>
 #include <algorithm>

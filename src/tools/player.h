@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/timer.h"
-#include "tools/recording.h"
+#include "tnv5/platform/timer.h"
+#include "tnv5/tools/recording.h"
 
 #include <QObject>
 

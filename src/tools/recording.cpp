@@ -1,4 +1,4 @@
-#include "tools/recording.h"
+#include "tnv5/tools/recording.h"
 
 #include <QFile>
 #include <algorithm>

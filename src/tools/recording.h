@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include <QByteArray>
 #include <QByteArrayView>

@@ -1,10 +1,10 @@
-#include "turnstile/command.h"
+#include "tnv5/turnstile/command.h"
 
-#include "common/crc8.h"
-#include "common/text.h"
-#include "platform/code_page.h"
-#include "platform/errors.h"
-#include "turnstile/line.h"
+#include "tnv5/common/crc8.h"
+#include "tnv5/common/text.h"
+#include "tnv5/platform/code_page.h"
+#include "tnv5/platform/errors.h"
+#include "tnv5/turnstile/line.h"
 
 namespace tnv5::turnstile {
 

@@ -1,6 +1,6 @@
-#include "turnstile/line.h"
+#include "tnv5/turnstile/line.h"
 
-#include "common/text.h"
+#include "tnv5/common/text.h"
 
 namespace tnv5::turnstile {
 

@@ -1,7 +1,7 @@
-#include "turnstile/pass_table.h"
+#include "tnv5/turnstile/pass_table.h"
 
-#include "common/messages.h"
-#include "common/text.h"
+#include "tnv5/common/messages.h"
+#include "tnv5/common/text.h"
 
 namespace tnv5::turnstile {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "common/record_table.h"
-#include "turnstile/turnstile_types.h"
+#include "tnv5/common/record_table.h"
+#include "tnv5/turnstile/turnstile_types.h"
 
 #include <QStringView>
 

@@ -1,11 +1,11 @@
-#include "turnstile/turnstile_device.h"
+#include "tnv5/turnstile/turnstile_device.h"
 
-#include "common/messages.h"
-#include "common/text.h"
-#include "platform/code_page.h"
-#include "turnstile/command.h"
-#include "turnstile/line.h"
-#include "turnstile/turnstile_texts.h"
+#include "tnv5/common/messages.h"
+#include "tnv5/common/text.h"
+#include "tnv5/platform/code_page.h"
+#include "tnv5/turnstile/command.h"
+#include "tnv5/turnstile/line.h"
+#include "tnv5/turnstile/turnstile_texts.h"
 
 namespace tnv5::turnstile {
 

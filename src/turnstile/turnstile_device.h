@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/com_data_packet.h"
-#include "platform/com_port.h"
-#include "platform/timer.h"
-#include "turnstile/address_list.h"
-#include "turnstile/pass_table.h"
-#include "turnstile/turnstile_types.h"
+#include "tnv5/platform/com_data_packet.h"
+#include "tnv5/platform/com_port.h"
+#include "tnv5/platform/timer.h"
+#include "tnv5/turnstile/address_list.h"
+#include "tnv5/turnstile/pass_table.h"
+#include "tnv5/turnstile/turnstile_types.h"
 
 #include <QPointer>
 #include <QStringList>

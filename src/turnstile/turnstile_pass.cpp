@@ -1,13 +1,13 @@
 // The deciding half of the component: the pass over the table, the host's check, and the commands.
 
-#include "common/busy_scope.h"
-#include "common/elapsed.h"
-#include "common/messages.h"
-#include "common/variants.h"
-#include "turnstile/command.h"
-#include "turnstile/line.h"
-#include "turnstile/turnstile_device.h"
-#include "turnstile/turnstile_texts.h"
+#include "tnv5/common/busy_scope.h"
+#include "tnv5/common/elapsed.h"
+#include "tnv5/common/messages.h"
+#include "tnv5/common/variants.h"
+#include "tnv5/turnstile/command.h"
+#include "tnv5/turnstile/line.h"
+#include "tnv5/turnstile/turnstile_device.h"
+#include "tnv5/turnstile/turnstile_texts.h"
 
 namespace tnv5::turnstile {
 

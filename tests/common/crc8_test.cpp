@@ -1,7 +1,7 @@
-#include "common/crc8.h"
+#include "tnv5/common/crc8.h"
 
-#include "platform/code_page.h"
 #include "support/text_printers.h"
+#include "tnv5/platform/code_page.h"
 
 #include <gtest/gtest.h>
 #include <random>

@@ -1,4 +1,4 @@
-#include "common/elapsed.h"
+#include "tnv5/common/elapsed.h"
 
 #include <gtest/gtest.h>
 #include <limits>

@@ -1,4 +1,4 @@
-#include "common/messages.h"
+#include "tnv5/common/messages.h"
 
 #include "support/text_printers.h"
 

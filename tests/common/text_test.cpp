@@ -1,4 +1,4 @@
-#include "common/text.h"
+#include "tnv5/common/text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "common/variants.h"
+#include "tnv5/common/variants.h"
 
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include <gtest/gtest.h>
 #include <limits>

@@ -1,6 +1,6 @@
 // Cutting a command and building its lines, without a connector.
 
-#include "connector/board_command.h"
+#include "tnv5/connector/board_command.h"
 
 #include "support/text_printers.h"
 

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "connector/device_connector.h"
-#include "platform/code_page.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
+#include "tnv5/connector/device_connector.h"
+#include "tnv5/platform/code_page.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -14,8 +14,8 @@ namespace tnv5::tests {
 
 using connector::TDeviceConnector;
 using platform::TComponent;
-using testing::TManualClock;
-using testing::TMemoryPort;
+using testkit::TManualClock;
+using testkit::TMemoryPort;
 
 /// CRC-8 of the boards' lines worked out bit by bit, so that the tests do not check the table with itself.
 inline quint8 crcBitByBit(const QByteArray& bytes)

@@ -1,6 +1,6 @@
 // Values of a diagnostic reply.
 
-#include "connector/device_connector.h"
+#include "tnv5/connector/device_connector.h"
 
 #include "support/text_printers.h"
 

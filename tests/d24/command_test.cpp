@@ -1,6 +1,6 @@
 // The commands by type of controller, answer and message.
 
-#include "d24/d24_command.h"
+#include "tnv5/d24/d24_command.h"
 
 #include "support/text_printers.h"
 

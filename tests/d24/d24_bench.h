@@ -1,10 +1,10 @@
 #pragma once
 
-#include "d24/d24_device.h"
-#include "platform/code_page.h"
-#include "platform/errors.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
+#include "tnv5/d24/d24_device.h"
+#include "tnv5/platform/code_page.h"
+#include "tnv5/platform/errors.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <QPointer>
 #include <algorithm>
@@ -17,8 +17,8 @@
 namespace tnv5::tests {
 
 using platform::TComponent;
-using testing::TManualClock;
-using testing::TMemoryPort;
+using testkit::TManualClock;
+using testkit::TMemoryPort;
 
 /// One ordered trace, a line of text for each thing that the component does towards its host, its connector
 /// and the monitor. A test injects and then expects, and reads like a transcript.

@@ -1,7 +1,7 @@
 // Cutting a routed line into its fields.
 
-#include "d24/d24_device.h"
-#include "d24/d24_line.h"
+#include "tnv5/d24/d24_device.h"
+#include "tnv5/d24/d24_line.h"
 
 #include "support/text_printers.h"
 

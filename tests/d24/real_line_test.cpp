@@ -2,9 +2,9 @@
 
 #include "d24_bench.h"
 
-#include "common/crc8.h"
 #include "support/text_printers.h"
-#include "testing/wire.h"
+#include "tnv5/common/crc8.h"
+#include "tnv5/testing/wire.h"
 
 namespace {
 
@@ -44,7 +44,7 @@ protected:
 
     TManualClock clock;
     TMemoryPort port;
-    tnv5::testing::TWire wire{port};
+    tnv5::testkit::TWire wire{port};
     connector::TDeviceConnector line;
     d24::TTurnStylerDeviceD24 gate;
     QStringList reports;

@@ -1,8 +1,8 @@
 // The two tables by themselves.
 
-#include "d24/d24_tables.h"
-#include "platform/errors.h"
-#include "testing/manual_clock.h"
+#include "tnv5/d24/d24_tables.h"
+#include "tnv5/platform/errors.h"
+#include "tnv5/testing/manual_clock.h"
 
 #include "support/text_printers.h"
 
@@ -16,7 +16,7 @@ using namespace tnv5::d24;
 class PassTable : public ::testing::Test
 {
 protected:
-    tnv5::testing::TManualClock clock{tnv5::testing::TManualClock::at(18, 0)};
+    tnv5::testkit::TManualClock clock{tnv5::testkit::TManualClock::at(18, 0)};
     TPassTable table;
 };
 

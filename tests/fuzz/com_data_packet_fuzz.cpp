@@ -1,8 +1,8 @@
 // Any stream in any cut gives the same packets, within bounded memory. The first byte chooses the strings,
 // the second one the size of the pieces.
 
-#include "platform/com_data_packet.h"
-#include "testing/memory_port.h"
+#include "tnv5/platform/com_data_packet.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <QByteArrayList>
 #include <cstdint>
@@ -24,7 +24,7 @@ constexpr TStrings kStrings[] = {{"$", "\r"},   {"#", "\r"}, {"<>", "kg"},
 QByteArrayList packetsOf(const TStrings& strings, const QByteArray& stream, qsizetype piece)
 {
     QByteArrayList packets;
-    tnv5::testing::TMemoryPort port;
+    tnv5::testkit::TMemoryPort port;
     TComDataPacket packet;
     packet.SetStartString(strings.start);
     packet.SetStopString(strings.stop);

@@ -2,10 +2,10 @@
 // consumer hears do not depend on how the stream is cut. The first byte chooses the host's manners, the
 // second one the size of the pieces; the rest is both the stream and, line by line, the commands.
 
-#include "connector/board_command.h"
-#include "connector/device_connector.h"
-#include "platform/code_page.h"
-#include "testing/memory_port.h"
+#include "tnv5/connector/board_command.h"
+#include "tnv5/connector/device_connector.h"
+#include "tnv5/platform/code_page.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -29,7 +29,7 @@ void require(bool holds)
 QStringList routedLines(const QByteArray& stream, qsizetype piece)
 {
     QStringList lines;
-    testing::TMemoryPort port;
+    testkit::TMemoryPort port;
     TDeviceConnector bus;
     bus.SetConnectorType(connector::podComPort);
     bus.SetComport(&port);
@@ -114,7 +114,7 @@ private:
         --FDepth;
     }
 
-    testing::TMemoryPort FPort;
+    testkit::TMemoryPort FPort;
     std::unique_ptr<TDeviceConnector> FBus = std::make_unique<TDeviceConnector>();
     std::uint8_t FManners;
     int FCalls = 0;

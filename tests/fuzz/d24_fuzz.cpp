@@ -2,9 +2,9 @@
 // component survives, and in the end every pass is retired. The first byte chooses the host's manners; in the
 // stream, a byte 0xF0 to 0xFF lets time pass, a carriage return ends a line.
 
-#include "d24/d24_device.h"
-#include "platform/code_page.h"
-#include "testing/manual_clock.h"
+#include "tnv5/d24/d24_device.h"
+#include "tnv5/platform/code_page.h"
+#include "tnv5/testing/manual_clock.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -144,7 +144,7 @@ private:
         }
     }
 
-    testing::TManualClock FClock;
+    testkit::TManualClock FClock;
     std::unique_ptr<TLink> FLink = std::make_unique<TLink>();
     std::unique_ptr<d24::TTurnStylerDeviceD24> FGate = std::make_unique<d24::TTurnStylerDeviceD24>();
     QByteArray FLine;

@@ -1,8 +1,8 @@
 // Recordings and explanations take any bytes: a recording that is read is written the same again, and every
 // piece of a line has an explanation.
 
-#include "tools/explanation.h"
-#include "tools/recording.h"
+#include "tnv5/tools/explanation.h"
+#include "tnv5/tools/recording.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -2,10 +2,10 @@
 // the component survives, and every wait ends. The first byte chooses the family, the second the host's
 // manners; in the stream, a byte 0xF0 to 0xFF ends a read and is something that the host or the clock does.
 
-#include "scales/families.h"
-#include "scales/scales_device.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
+#include "tnv5/scales/families.h"
+#include "tnv5/scales/scales_device.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -131,8 +131,8 @@ private:
         --FDepth;
     }
 
-    testing::TManualClock FClock;
-    testing::TMemoryPort FPort;
+    testkit::TManualClock FClock;
+    testkit::TMemoryPort FPort;
     std::unique_ptr<scales::TScalesDevice> FScales = std::make_unique<scales::TScalesDevice>();
     QByteArray FRead;
     std::uint8_t FManners;

@@ -2,9 +2,9 @@
 // survives, and one report comes for every line. The first byte chooses the host's manners; in the stream, a
 // byte 0xF0 to 0xFF lets time pass instead of arriving.
 
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
-#include "turnstile/turnstile_device.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
+#include "tnv5/turnstile/turnstile_device.h"
 
 #include <cstdint>
 #include <memory>
@@ -88,8 +88,8 @@ private:
         }
     }
 
-    testing::TManualClock FClock;
-    testing::TMemoryPort FPort;
+    testkit::TManualClock FClock;
+    testkit::TMemoryPort FPort;
     std::unique_ptr<turnstile::TTurnStylerDevice> FGate;
     std::uint8_t FManners;
     int FCalls = 0;

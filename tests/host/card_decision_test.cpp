@@ -1,5 +1,5 @@
-#include "host/card_decision.h"
 #include "support/text_printers.h"
+#include "tnv5/host/card_decision.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/database.h"
+#include "tnv5/host/database.h"
 
 #include <QFile>
 #include <QSqlDatabase>

@@ -1,8 +1,8 @@
-#include "host/club_fixture.h"
-#include "host/club_host.h"
 #include "support/text_printers.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
+#include "tnv5/host/club_fixture.h"
+#include "tnv5/host/club_host.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
 
 namespace tnv5::host {
 namespace {
@@ -30,8 +30,8 @@ protected:
     void settle() { clock.advance(200); }
     bool isInside(const char* card) { return club.holderOf(QString::fromLatin1(card))->member.inside; }
 
-    testing::TManualClock clock;
-    testing::TMemoryPort port;
+    testkit::TManualClock clock;
+    testkit::TMemoryPort port;
     turnstile::TTurnStylerDevice line;
     qint64 anna = 0;
     qint64 boris = 0;
@@ -99,7 +99,7 @@ TEST_F(TClubHostTest, AGateThatNobodyEntered)
 
 TEST_F(TClubHostTest, TheDayOfTheClockCounts)
 {
-    clock.jumpTo(testing::TManualClock::at(0, 0) + 2 * platform::kMsPerDay);
+    clock.jumpTo(testkit::TManualClock::at(0, 0) + 2 * platform::kMsPerDay);
     feed("$01AR1");
     EXPECT_EQ(port.takeWritten(), kRefuse01A);
     settle();

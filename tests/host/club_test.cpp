@@ -1,14 +1,14 @@
-#include "host/club.h"
-#include "host/picture.h"
 #include "support/text_printers.h"
-#include "testing/manual_clock.h"
+#include "tnv5/host/club.h"
+#include "tnv5/host/picture.h"
+#include "tnv5/testing/manual_clock.h"
 
 #include <gtest/gtest.h>
 
 namespace tnv5::host {
 namespace {
 
-using testing::TManualClock;
+using testkit::TManualClock;
 
 TEST(ClubWords, EveryWordReadsBack)
 {

@@ -1,9 +1,9 @@
-#include "host/club_fixture.h"
-#include "host/club_host.h"
-#include "host/d24_host.h"
 #include "support/text_printers.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
+#include "tnv5/host/club_fixture.h"
+#include "tnv5/host/club_host.h"
+#include "tnv5/host/d24_host.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
 
 namespace tnv5::host {
 namespace {
@@ -46,7 +46,7 @@ protected:
     /// Lets the component make its passes and the journal be written.
     void settle() { clock.advance(200); }
 
-    testing::TManualClock clock;
+    testkit::TManualClock clock;
     TNotingConnector connector;
     d24::TTurnStylerDeviceD24 device;
     qint64 anna = 0;
@@ -206,7 +206,7 @@ TEST_F(TD24HostTest, TheComponentMayGoFirst)
 
 TEST_F(TD24HostTest, BothKindsOfGatesShareOneDesk)
 {
-    testing::TMemoryPort port;
+    testkit::TMemoryPort port;
     port.Open();
     turnstile::TTurnStylerDevice line;
     line.SetComport(&port);

@@ -1,6 +1,6 @@
-#include "host/club_fixture.h"
-#include "host/schema.h"
 #include "support/text_printers.h"
+#include "tnv5/host/club_fixture.h"
+#include "tnv5/host/schema.h"
 
 namespace tnv5::host {
 namespace {

@@ -1,7 +1,7 @@
-#include "host/club_fixture.h"
-#include "host/journal.h"
 #include "support/text_printers.h"
-#include "testing/manual_clock.h"
+#include "tnv5/host/club_fixture.h"
+#include "tnv5/host/journal.h"
+#include "tnv5/testing/manual_clock.h"
 
 namespace tnv5::host {
 namespace {
@@ -24,7 +24,7 @@ protected:
         return pass;
     }
 
-    testing::TManualClock clock;
+    testkit::TManualClock clock;
     TJournal passes;
     QStringList troubles;
     QStringList lost;

@@ -1,5 +1,5 @@
-#include "host/port_diagnosis.h"
 #include "support/text_printers.h"
+#include "tnv5/host/port_diagnosis.h"
 
 #include <QDir>
 #include <QFile>

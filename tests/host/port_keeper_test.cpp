@@ -1,7 +1,7 @@
-#include "host/port_keeper.h"
 #include "support/text_printers.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
+#include "tnv5/host/port_keeper.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <QStringList>
 #include <gtest/gtest.h>
@@ -19,8 +19,8 @@ protected:
         keeper.OnCannotOpen = [this](const QString& why) { told.append(QStringLiteral("cannot: ") + why); };
     }
 
-    testing::TManualClock clock;
-    testing::TMemoryPort port;
+    testkit::TManualClock clock;
+    testkit::TMemoryPort port;
     TPortKeeper keeper;
     QStringList told;
 };

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "scales/scales_device.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
+#include "tnv5/scales/scales_device.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
 
 namespace tnv5::host {
 
@@ -35,8 +35,8 @@ struct TScaleOnPort
         return QByteArray("\x01\x02S") + (load == kNegative ? "-" : " ") + digits + "kge\x03\x04";
     }
 
-    testing::TManualClock clock;
-    testing::TMemoryPort port;
+    testkit::TManualClock clock;
+    testkit::TMemoryPort port;
     scales::TScalesDevice scales;
     int load = 0; ///< in grams, or one of the above
     bool answering = true;

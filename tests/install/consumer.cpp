@@ -9,8 +9,8 @@ using namespace tnv5;
 
 int main()
 {
-    testing::TManualClock clock;
-    testing::TMemoryPort port;
+    testkit::TManualClock clock;
+    testkit::TMemoryPort port;
     turnstile::TTurnStylerDevice gate;
     gate.SetComport(&port);
     gate.SetOnCheckSQL([](turnstile::TComponent*, const QVariant&, const QVariant& card, const QVariant&,

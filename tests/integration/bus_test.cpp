@@ -1,13 +1,13 @@
 // The line connector against a simulated bus of 64 boards: no line may be lost, no checksum be wrong.
 
-#include "connector/device_connector.h"
-#include "platform/serial_port.h"
 #include "sim/board_bus.h"
 #include "sim/memory_stream.h"
 #include "sim/pty.h"
 #include "support/text_printers.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
+#include "tnv5/connector/device_connector.h"
+#include "tnv5/platform/serial_port.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -265,9 +265,9 @@ TEST(Bus, AnHourOf64Boards)
 {
     constexpr qint64 kHourMs = 3'600'000;
     constexpr int kPingMs = 5'000;
-    testing::TManualClock clock;
+    testkit::TManualClock clock;
     sim::TMemoryStream stream;
-    testing::TMemoryPort port;
+    testkit::TMemoryPort port;
     stream.KeepWrites = false;
     port.KeepWrites = false;
     stream.OnWritten = [&](const QByteArray& bytes) { port.feed(bytes); };

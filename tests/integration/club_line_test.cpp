@@ -1,8 +1,8 @@
 // The host on a real serial line, with each fault of the line and of the controllers switched on.
 
-#include "common/messages.h"
 #include "integration/station.h"
 #include "support/text_printers.h"
+#include "tnv5/common/messages.h"
 
 namespace tnv5::integration {
 namespace {

@@ -1,15 +1,15 @@
 // Sixteen D24 gates of all types behind the real connector, with random passers-by: every pass ends in
 // exactly one way, every command arrives, and every display shows the last message.
 
-#include "common/messages.h"
-#include "d24/d24_device.h"
-#include "platform/serial_port.h"
 #include "sim/board_bus.h"
 #include "sim/memory_stream.h"
 #include "sim/pty.h"
 #include "support/text_printers.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
+#include "tnv5/common/messages.h"
+#include "tnv5/d24/d24_device.h"
+#include "tnv5/platform/serial_port.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -304,9 +304,9 @@ TEST(D24, ADayOfSixteenGates)
 {
     constexpr qint64 kHourMs = 3'600'000;
     constexpr int kHours = 24;
-    testing::TManualClock clock;
+    testkit::TManualClock clock;
     sim::TMemoryStream stream;
-    testing::TMemoryPort port;
+    testkit::TMemoryPort port;
     stream.KeepWrites = false;
     port.KeepWrites = false;
     stream.OnWritten = [&](const QByteArray& bytes) { port.feed(bytes); };

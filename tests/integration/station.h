@@ -1,11 +1,11 @@
 #pragma once
 
-#include "host/club_host.h"
-#include "host/port_keeper.h"
-#include "platform/serial_port.h"
 #include "sim/classic_line.h"
 #include "sim/line_faults.h"
 #include "sim/pty.h"
+#include "tnv5/host/club_host.h"
+#include "tnv5/host/port_keeper.h"
+#include "tnv5/platform/serial_port.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>

@@ -4,7 +4,7 @@
 #include "sim/eventually.h"
 #include "sim/pty.h"
 #include "support/text_printers.h"
-#include "tools/recording.h"
+#include "tnv5/tools/recording.h"
 
 #include <QFile>
 #include <QProcess>

@@ -1,6 +1,6 @@
 #include "model/connector_link_model.h"
 
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "model/connector_model.h"
 
 #include "model/connector_text_model.h"
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 namespace tnv5::connector::model {
 

@@ -1,10 +1,10 @@
-#include "connector/device_connector.h"
 #include "model/connector_model.h"
 #include "model/connector_scenario.h"
 #include "model/connector_stage.h"
-#include "platform/code_page.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
+#include "tnv5/connector/device_connector.h"
+#include "tnv5/platform/code_page.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <QVariant>
 #include <gtest/gtest.h>
@@ -46,7 +46,7 @@ class TRealSide
 {
 public:
     using Connector = TWatchedConnector;
-    using Port = testing::TMemoryPort;
+    using Port = testkit::TMemoryPort;
 
     explicit TRealSide(const TScenario& scenario) : FClock(scenario.startMs)
     {
@@ -98,7 +98,7 @@ public:
     }
 
 private:
-    testing::TManualClock FClock;
+    testkit::TManualClock FClock;
     platform::TExceptionHandler FBefore;
 };
 

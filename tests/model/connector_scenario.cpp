@@ -1,7 +1,7 @@
 #include "model/connector_scenario.h"
 
 #include "model/connector_words.h"
-#include "testing/manual_clock.h"
+#include "tnv5/testing/manual_clock.h"
 
 #include <QHash>
 #include <array>
@@ -23,7 +23,7 @@ public:
     TScenario scenario()
     {
         TScenario result;
-        result.startMs = testing::TManualClock::at(FDice.chance(30) ? 23 : 12, 59, 59, FDice.below(1000));
+        result.startMs = testkit::TManualClock::at(FDice.chance(30) ? 23 : 12, 59, 59, FDice.below(1000));
         result.cyrillic = !FDice.chance(15);
         FSteps = &result.steps;
         create(0, FDice.chance(88));

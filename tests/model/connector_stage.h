@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/connector_scenario.h"
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include <algorithm>
 #include <array>

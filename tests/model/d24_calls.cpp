@@ -2,7 +2,7 @@
 
 #include "d24_host.h"
 
-#include "platform/clock.h"
+#include "tnv5/platform/clock.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,6 +1,6 @@
 #include "d24_host.h"
 
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include <QRegularExpression>
 #include <stdexcept>
@@ -34,7 +34,7 @@ private:
     int FIndex;
 };
 
-TSide::TSide() : FHost(std::make_unique<THost>(*this)), FPort(std::make_unique<testing::TMemoryPort>())
+TSide::TSide() : FHost(std::make_unique<THost>(*this)), FPort(std::make_unique<testkit::TMemoryPort>())
 {
     for (int i = 0; i < kScripted; ++i) {
         FScripted[std::size_t(i)] = std::make_unique<TScriptedLink>(*FHost, i);

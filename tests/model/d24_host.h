@@ -1,8 +1,8 @@
 #pragma once
 
-#include "connector/device_connector.h"
-#include "d24/d24_types.h"
-#include "testing/memory_port.h"
+#include "tnv5/connector/device_connector.h"
+#include "tnv5/d24/d24_types.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <QImage>
 #include <QStringList>
@@ -127,7 +127,7 @@ private:
     void makeReal();
 
     std::unique_ptr<THost> FHost;
-    std::unique_ptr<testing::TMemoryPort> FPort;
+    std::unique_ptr<testkit::TMemoryPort> FPort;
     std::array<std::unique_ptr<TScriptedLink>, kScripted> FScripted;
     std::unique_ptr<connector::TDeviceConnector> FReal;
 };

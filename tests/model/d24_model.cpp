@@ -1,6 +1,6 @@
 #include "d24_model.h"
 
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "connector/device_connector.h"
 #include "d24_branches.h"
 #include "d24_host.h"
-#include "platform/errors.h"
+#include "tnv5/connector/device_connector.h"
+#include "tnv5/platform/errors.h"
 
 #include <QPointer>
 #include <array>

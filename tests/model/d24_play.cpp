@@ -1,7 +1,7 @@
 #include "d24_play.h"
 
 #include "d24_sides.h"
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 namespace tnv5::d24::model {
 
@@ -60,8 +60,8 @@ TScenario makeScenario(quint64 seed)
     const int second = below(60);
     const int ms = below(1000);
     const bool atMidnight = below(4) == 0;
-    temper.startMs = atMidnight ? testing::TManualClock::at(23, 59, 58 + second % 2, ms)
-                                : testing::TManualClock::at(hour, minute, second, ms);
+    temper.startMs = atMidnight ? testkit::TManualClock::at(23, 59, 58 + second % 2, ms)
+                                : testkit::TManualClock::at(hour, minute, second, ms);
     for (int event = 0; event < kEventCount; ++event) {
         if (below(8) != 0) {
             scenario.stimuli.push_back({{TOp::Assign, {}, event, 1, 0}, random()});

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "d24/d24_device.h"
 #include "d24_host.h"
 #include "d24_model.h"
-#include "testing/manual_clock.h"
+#include "tnv5/d24/d24_device.h"
+#include "tnv5/testing/manual_clock.h"
 
 namespace tnv5::d24::model {
 
@@ -46,7 +46,7 @@ private:
     void setRecord(const TCall& call);
     void checkSender(const TComponent* Sender);
 
-    testing::TManualClock FClock;
+    testkit::TManualClock FClock;
     std::unique_ptr<TGate> FGate;
 };
 

@@ -1,9 +1,9 @@
 #include "model/scales_side.h"
 
-#include "scales/scales_bits.h"
-#include "scales/scales_device.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
+#include "tnv5/scales/scales_bits.h"
+#include "tnv5/scales/scales_device.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <array>
 
@@ -66,7 +66,7 @@ public:
     void renewPort(int port) override
     {
         auto& slot = FPorts.at(size_t(port));
-        slot = std::make_unique<testing::TMemoryPort>();
+        slot = std::make_unique<testkit::TMemoryPort>();
         auto* const fresh = slot.get();
         fresh->KeepWrites = false;
         fresh->OnOpening = [this, fresh] { host(TEvent::Opening, fresh->Port()); };
@@ -134,16 +134,16 @@ public:
     QString caught() const override { return platform::exceptionMessage(); }
 
 private:
-    testing::TMemoryPort& at(int port) { return *FPorts.at(size_t(port)); }
+    testkit::TMemoryPort& at(int port) { return *FPorts.at(size_t(port)); }
     /// Tells which handler was called; the sender must be the component.
     void tell(TComponent* sender, TEvent event, int handler, const QString& text)
     {
         host(event, numbered(handler, sender == FScales.get() ? text : QStringLiteral("from a stranger")));
     }
 
-    testing::TManualClock FClock;
+    testkit::TManualClock FClock;
     platform::TExceptionHandler FPrevious;
-    std::array<std::unique_ptr<testing::TMemoryPort>, kPorts> FPorts;
+    std::array<std::unique_ptr<testkit::TMemoryPort>, kPorts> FPorts;
     std::unique_ptr<TScalesDevice> FScales;
 };
 

@@ -1,6 +1,6 @@
 #include "model/turnstile_core.h"
 
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include <algorithm>
 

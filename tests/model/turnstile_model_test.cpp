@@ -1,10 +1,10 @@
 #include "model/turnstile_model.h"
 #include "model/turnstile_player.h"
-#include "platform/errors.h"
 #include "support/text_printers.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
-#include "turnstile/turnstile_device.h"
+#include "tnv5/platform/errors.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
+#include "tnv5/turnstile/turnstile_device.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -150,7 +150,7 @@ private:
                                              "TimeDelayOpen", "TimeOut",    "Port"};
     static std::size_t index(TNumber which) { return static_cast<std::size_t>(which); }
 
-    testing::TMemoryPort& at(int port) { return *FPorts[static_cast<std::size_t>(port)]; }
+    testkit::TMemoryPort& at(int port) { return *FPorts[static_cast<std::size_t>(port)]; }
     void makePort(int port);
     TSender senderOf(const TComponent* sender) const
     {
@@ -158,8 +158,8 @@ private:
     }
 
     IHost& FHost;
-    testing::TManualClock FClock;
-    std::array<std::unique_ptr<testing::TMemoryPort>, kPorts> FPorts;
+    testkit::TManualClock FClock;
+    std::array<std::unique_ptr<testkit::TMemoryPort>, kPorts> FPorts;
     TComponent FOther;
     std::unique_ptr<TProbe> FGate;
     platform::TExceptionHandler FPrevious;
@@ -168,7 +168,7 @@ private:
 void TRealGate::makePort(int port)
 {
     auto& place = FPorts[static_cast<std::size_t>(port)];
-    place = std::make_unique<testing::TMemoryPort>();
+    place = std::make_unique<testkit::TMemoryPort>();
     place->KeepWrites = false;
     place->OnWriting = [this, port] { FHost.writing(port); };
     place->OnWritten = [this, port](const QByteArray& bytes) { FHost.written(port, bytes); };

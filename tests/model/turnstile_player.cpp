@@ -1,7 +1,7 @@
 #include "model/turnstile_player.h"
 
 #include "model/turnstile_model.h"
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include <cmath>
 #include <stdexcept>

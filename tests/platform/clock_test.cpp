@@ -1,7 +1,7 @@
-#include "platform/clock.h"
+#include "tnv5/platform/clock.h"
 
-#include "platform/timer.h"
-#include "testing/manual_clock.h"
+#include "tnv5/platform/timer.h"
+#include "tnv5/testing/manual_clock.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -13,7 +13,7 @@
 namespace {
 
 using namespace tnv5::platform;
-using tnv5::testing::TManualClock;
+using tnv5::testkit::TManualClock;
 
 std::unique_ptr<TTimer> makeTimer(int interval, std::function<void(TTimer*)> tick)
 {

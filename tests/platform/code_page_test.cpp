@@ -1,7 +1,7 @@
-#include "platform/code_page.h"
+#include "tnv5/platform/code_page.h"
 
-#include "platform/errors.h"
 #include "support/text_printers.h"
+#include "tnv5/platform/errors.h"
 
 #include <gtest/gtest.h>
 

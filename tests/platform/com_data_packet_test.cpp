@@ -1,7 +1,7 @@
-#include "platform/com_data_packet.h"
+#include "tnv5/platform/com_data_packet.h"
 
 #include "support/text_printers.h"
-#include "testing/memory_port.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -11,7 +11,7 @@
 namespace {
 
 using namespace tnv5::platform;
-using tnv5::testing::TMemoryPort;
+using tnv5::testkit::TMemoryPort;
 
 class PacketTest : public testing::Test
 {

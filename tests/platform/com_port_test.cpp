@@ -1,7 +1,7 @@
-#include "platform/com_port.h"
+#include "tnv5/platform/com_port.h"
 
 #include "support/text_printers.h"
-#include "testing/memory_port.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <QVariant>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 namespace {
 
 using namespace tnv5::platform;
-using tnv5::testing::TMemoryPort;
+using tnv5::testkit::TMemoryPort;
 
 TEST(ComPort, HasTheUsualSettings)
 {

@@ -1,4 +1,4 @@
-#include "platform/component.h"
+#include "tnv5/platform/component.h"
 
 #include <gtest/gtest.h>
 #include <memory>

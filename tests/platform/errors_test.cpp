@@ -1,4 +1,4 @@
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 #include "support/text_printers.h"
 

@@ -1,7 +1,7 @@
-#include "platform/serial_port.h"
+#include "tnv5/platform/serial_port.h"
 
-#include "platform/com_data_packet.h"
 #include "support/text_printers.h"
+#include "tnv5/platform/com_data_packet.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -2,8 +2,8 @@
 
 #include "wire_samples.h"
 
-#include "scales/families.h"
 #include "support/text_printers.h"
+#include "tnv5/scales/families.h"
 
 namespace {
 

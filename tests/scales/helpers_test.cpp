@@ -1,8 +1,8 @@
 // The pure helpers: bits, digits, replacement, checksum, time-out test.
 
-#include "scales/scales_bits.h"
 #include "scales_bench.h"
 #include "support/text_printers.h"
+#include "tnv5/scales/scales_bits.h"
 
 namespace {
 

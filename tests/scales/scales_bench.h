@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/errors.h"
-#include "scales/scales_device.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
+#include "tnv5/platform/errors.h"
+#include "tnv5/scales/scales_device.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
 
 #include <deque>
 #include <gtest/gtest.h>
@@ -16,8 +16,8 @@ namespace tnv5::tests {
 
 using platform::TComponent;
 using scales::TScalesDevice;
-using testing::TManualClock;
-using testing::TMemoryPort;
+using testkit::TManualClock;
+using testkit::TMemoryPort;
 
 /// Bytes with zeroes in them.
 inline QByteArray operator""_b(const char* bytes, size_t size)

@@ -1,8 +1,8 @@
 // Every text of the component, letter for letter.
 
-#include "scales/families.h"
-#include "scales/scales_texts.h"
 #include "support/text_printers.h"
+#include "tnv5/scales/families.h"
+#include "tnv5/scales/scales_texts.h"
 #include "wire_samples.h"
 
 #include <limits>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "scales/families.h"
 #include "scales_bench.h"
+#include "tnv5/scales/families.h"
 
 #include <limits>
 #include <vector>

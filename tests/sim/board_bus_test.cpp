@@ -1,7 +1,7 @@
 #include "sim/board_bus.h"
 #include "sim/memory_stream.h"
 #include "support/text_printers.h"
-#include "testing/manual_clock.h"
+#include "tnv5/testing/manual_clock.h"
 
 #include <gtest/gtest.h>
 
@@ -36,7 +36,7 @@ protected:
 
     void command(const QByteArray& line) { hear(checked(line)); }
 
-    testing::TManualClock clock;
+    testkit::TManualClock clock;
     TMemoryStream stream;
     TBoardBus bus{stream};
 };
@@ -338,7 +338,7 @@ TEST_F(BoardBus, EndlessNoiseIsBounded)
 
 TEST(BoardBusLife, HookMayDestroyTheBus)
 {
-    const testing::TManualClock clock;
+    const testkit::TManualClock clock;
     TMemoryStream stream;
     auto bus = std::make_unique<TBoardBus>(stream);
     bus->addBoard(k000A, 20);
@@ -350,7 +350,7 @@ TEST(BoardBusLife, HookMayDestroyTheBus)
 
 TEST(BoardBusLife, HookMayDestroyTheBusAtAButton)
 {
-    const testing::TManualClock clock;
+    const testkit::TManualClock clock;
     TMemoryStream stream;
     auto bus = std::make_unique<TBoardBus>(stream);
     bus->addBoard(k001T);

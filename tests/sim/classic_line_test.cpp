@@ -1,5 +1,5 @@
 #include "classic_rig.h"
-#include "platform/errors.h"
+#include "tnv5/platform/errors.h"
 
 namespace tnv5::sim {
 namespace {

@@ -3,7 +3,7 @@
 #include "sim/classic_line.h"
 #include "sim/memory_stream.h"
 #include "support/text_printers.h"
-#include "testing/manual_clock.h"
+#include "tnv5/testing/manual_clock.h"
 
 #include <QStringList>
 #include <gtest/gtest.h>
@@ -54,7 +54,7 @@ protected:
 
     TFate fate(quint64 reading) const { return line->reading(reading).Fate; }
 
-    testing::TManualClock clock;
+    testkit::TManualClock clock;
     TMemoryStream stream;
     std::unique_ptr<TClassicLine> line = std::make_unique<TClassicLine>(stream);
     QStringList diary;

@@ -1,5 +1,5 @@
 #include "sim/later.h"
-#include "testing/manual_clock.h"
+#include "tnv5/testing/manual_clock.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -8,7 +8,7 @@
 namespace {
 
 using tnv5::sim::TLater;
-using tnv5::testing::TManualClock;
+using tnv5::testkit::TManualClock;
 
 struct Later : ::testing::Test
 {

@@ -1,7 +1,7 @@
 #include "sim/line_faults.h"
 #include "sim/memory_stream.h"
 #include "support/text_printers.h"
-#include "testing/manual_clock.h"
+#include "tnv5/testing/manual_clock.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -9,7 +9,7 @@
 namespace {
 
 using namespace tnv5::sim;
-using tnv5::testing::TManualClock;
+using tnv5::testkit::TManualClock;
 
 const QByteArray kLine("$01AR12345678\r");
 

@@ -1,9 +1,9 @@
 #include "classic_rig.h"
-#include "platform/com_data_packet.h"
-#include "platform/serial_port.h"
 #include "program.h"
 #include "sim/line_faults.h"
 #include "sim/pty.h"
+#include "tnv5/platform/com_data_packet.h"
+#include "tnv5/platform/serial_port.h"
 
 namespace tnv5::sim {
 namespace {

@@ -1,9 +1,9 @@
 #include "sim/pty.h"
 
 #include "eventually.h"
-#include "platform/errors.h"
 #include "program.h"
 #include "support/text_printers.h"
+#include "tnv5/platform/errors.h"
 
 #include <QFileInfo>
 #include <gtest/gtest.h>

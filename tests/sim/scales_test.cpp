@@ -1,13 +1,13 @@
 #include "sim/scales.h"
 
 #include "eventually.h"
-#include "platform/errors.h"
 #include "program.h"
 #include "sim/line_faults.h"
 #include "sim/memory_stream.h"
 #include "sim/pty.h"
 #include "support/text_printers.h"
-#include "testing/manual_clock.h"
+#include "tnv5/platform/errors.h"
+#include "tnv5/testing/manual_clock.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -48,7 +48,7 @@ protected:
         return stream.takeWritten();
     }
 
-    testing::TManualClock clock;
+    testkit::TManualClock clock;
     TMemoryStream stream;
     std::unique_ptr<TSimulatedScale> scale;
 };

@@ -1,4 +1,4 @@
-#include "testing/wire.h"
+#include "tnv5/testing/wire.h"
 
 #include "support/text_printers.h"
 
@@ -6,7 +6,7 @@
 
 namespace {
 
-using namespace tnv5::testing;
+using namespace tnv5::testkit;
 
 class WireTest : public testing::Test
 {

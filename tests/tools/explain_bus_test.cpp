@@ -1,7 +1,7 @@
 #include "support/text_printers.h"
-#include "tools/explanation.h"
+#include "tnv5/tools/explanation.h"
 
-#include "common/crc8.h"
+#include "tnv5/common/crc8.h"
 
 #include <gtest/gtest.h>
 #include <random>

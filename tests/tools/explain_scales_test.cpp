@@ -1,7 +1,7 @@
-#include "tools/explain_scales.h"
+#include "tnv5/tools/explain_scales.h"
 
 #include "support/text_printers.h"
-#include "tools/line_cutter.h"
+#include "tnv5/tools/line_cutter.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 #include "support/text_printers.h"
-#include "tools/explanation.h"
+#include "tnv5/tools/explanation.h"
 
 #include <gtest/gtest.h>
 #include <random>

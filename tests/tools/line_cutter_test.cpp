@@ -1,5 +1,5 @@
 #include "support/text_printers.h"
-#include "tools/line_cutter.h"
+#include "tnv5/tools/line_cutter.h"
 
 #include <gtest/gtest.h>
 #include <random>

@@ -1,6 +1,6 @@
 #include "support/text_printers.h"
-#include "testing/manual_clock.h"
-#include "tools/player.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/tools/player.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ struct TPlayed
         player.start();
     }
 
-    testing::TManualClock clock;
+    testkit::TManualClock clock;
     TPlayer player;
     QByteArray said;
     bool ended = false;
@@ -60,7 +60,7 @@ TEST(Player, WithoutWaiting)
 
 TEST(Player, HandlerMayDestroyThePlayer)
 {
-    testing::TManualClock clock;
+    testkit::TManualClock clock;
     auto player = std::make_unique<TPlayer>(kEntries, 1);
     player->OnBytes = [&](const QByteArray&) { player.reset(); };
     player->start();
@@ -70,7 +70,7 @@ TEST(Player, HandlerMayDestroyThePlayer)
 
 TEST(Player, AtOnceWithTheTimeThatWasRecorded)
 {
-    testing::TManualClock clock;
+    testkit::TManualClock clock;
     const qint64 start = clock.nowMs();
     QList<qint64> times;
     playAtOnce(

@@ -1,5 +1,5 @@
 #include "support/text_printers.h"
-#include "tools/recording.h"
+#include "tnv5/tools/recording.h"
 
 #include <QBuffer>
 #include <QDir>

@@ -1,5 +1,5 @@
 #include "support/text_printers.h"
-#include "turnstile/address_list.h"
+#include "tnv5/turnstile/address_list.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
-#include "turnstile/command.h"
+#include "tnv5/turnstile/command.h"
 
-#include "platform/code_page.h"
-#include "platform/errors.h"
 #include "support/text_printers.h"
+#include "tnv5/platform/code_page.h"
+#include "tnv5/platform/errors.h"
 
 #include <gtest/gtest.h>
 #include <limits>

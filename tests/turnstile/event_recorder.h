@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/code_page.h"
-#include "platform/errors.h"
-#include "testing/manual_clock.h"
-#include "testing/memory_port.h"
-#include "turnstile/turnstile_device.h"
+#include "tnv5/platform/code_page.h"
+#include "tnv5/platform/errors.h"
+#include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_port.h"
+#include "tnv5/turnstile/turnstile_device.h"
 
 #include <QPointer>
 #include <algorithm>
@@ -19,8 +19,8 @@
 namespace tnv5::tests {
 
 using platform::TComponent;
-using testing::TManualClock;
-using testing::TMemoryPort;
+using testkit::TManualClock;
+using testkit::TMemoryPort;
 
 /// The component with its remote side in the test's hand.
 class TTestGate : public turnstile::TTurnStylerDevice

@@ -1,4 +1,4 @@
-#include "turnstile/line.h"
+#include "tnv5/turnstile/line.h"
 
 #include "support/text_printers.h"
 

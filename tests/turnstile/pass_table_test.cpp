@@ -1,15 +1,15 @@
-#include "turnstile/pass_table.h"
+#include "tnv5/turnstile/pass_table.h"
 
-#include "platform/errors.h"
 #include "support/text_printers.h"
-#include "testing/manual_clock.h"
+#include "tnv5/platform/errors.h"
+#include "tnv5/testing/manual_clock.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using namespace tnv5::turnstile;
-using tnv5::testing::TManualClock;
+using tnv5::testkit::TManualClock;
 
 TEST(PassTable, IsEmptyAtFirst)
 {
