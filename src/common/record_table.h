@@ -1,7 +1,5 @@
 #pragma once
 
-#include "tnv5/platform/errors.h"
-
 #include <algorithm>
 #include <deque>
 #include <memory>
@@ -16,8 +14,8 @@ class TRecordTable
 public:
     using PRecord = std::shared_ptr<Record>;
 
-    /// Noise on a line can invent addresses, and a host may never retire a record: more than this are
-    /// refused.
+    /// Noise on a line can invent addresses, and a host may never retire a record: no more than this are
+    /// kept.
     static constexpr std::size_t kMaxRecords = 65'536;
 
     int size() const { return static_cast<int>(FRecords.size()); }
@@ -47,13 +45,10 @@ public:
         return static_cast<int>(FRecords.rend() - found) - 1;
     }
 
-    /// Appends an empty record. @throws platform::Exception with `whenFull` when the table is full.
-    PRecord append(const QString& whenFull)
+    /// Appends an empty record. @return the record, none when the table is full
+    PRecord append()
     {
-        if (FRecords.size() >= kMaxRecords) {
-            throw platform::Exception(whenFull);
-        }
-        return FRecords.emplace_back(std::make_shared<Record>());
+        return FRecords.size() < kMaxRecords ? FRecords.emplace_back(std::make_shared<Record>()) : nullptr;
     }
 
     void remove(int index) { FRecords.erase(FRecords.begin() + index); }

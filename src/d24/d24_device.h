@@ -1,13 +1,10 @@
 #pragma once
 
-#include "tnv5/connector/device_connector.h"
+#include "tnv5/connector/networked_controller.h"
 #include "tnv5/d24/d24_tables.h"
 #include "tnv5/d24/d24_types.h"
-#include "tnv5/platform/timer.h"
 
-#include <QPointer>
-#include <QVariantList>
-#include <memory>
+#include <optional>
 
 namespace tnv5::d24 {
 
@@ -33,7 +30,7 @@ namespace tnv5::d24 {
 /// Handlers may pump messages, feed lines, replace handlers or destroy the component. Exceptions of
 /// `OnCheckStatus` handlers are reported through `OnError` ("[07] "); those of the other handlers,
 /// `OnCheckSQL` included, end the operation under way and go to the host's exception handler.
-class TTurnStylerDeviceD24 : public TComponent
+class TTurnStylerDeviceD24 : public connector::TNetworkedController
 {
     Q_OBJECT
     Q_PROPERTY(bool CheckCross READ CheckCross WRITE SetCheckCross)
@@ -54,30 +51,17 @@ class TTurnStylerDeviceD24 : public TComponent
     Q_PROPERTY(tnv5::d24::TGetImg OnGetImg READ OnGetImg WRITE SetOnGetImg)
     Q_PROPERTY(QString Server READ Server WRITE SetServer)
     Q_PROPERTY(int Port READ Port WRITE SetPort)
-    Q_PROPERTY(tnv5::d24::TConState RemoutDevice READ RemoutDevice WRITE SetRemoutDevice)
+    Q_PROPERTY(tnv5::controller::TConState RemoutDevice READ RemoutDevice WRITE SetRemoutDevice)
 
 public:
     explicit TTurnStylerDeviceD24(QObject* AOwner = nullptr);
-    ~TTurnStylerDeviceD24() override;
 
     /// Answer an unauthorised crossing with the alarm; false.
     bool CheckCross() const { return FCheckCross; }
     void SetCheckCross(bool Value) { FCheckCross = Value; }
-    /// Whole seconds without a line after which a controller is reported silent; 15.
-    int pingdelay() const { return fpingdelay; }
-    void Setpingdelay(int Value) { fpingdelay = Value; }
     /// Confirmation mode: a command is repeated until the controller confirms it; false.
     bool CheckET() const { return FCheckET; }
     void SetCheckET(bool Value) { FCheckET = Value; }
-
-    /// Controllers that have pinged.
-    const TLivenessTable& DeviceList() const { return FDeviceList; }
-    /// The same for reflection: one map (IP, Device, DeviceType, Pingtime) a controller.
-    QVariantList DeviceListValues() const;
-
-    /// The connector; not owned. The device attached last receives every line of it.
-    connector::TDeviceConnector* Connector() const { return FConnector; }
-    void SetConnector(connector::TDeviceConnector* Value);
 
     // Published for hosts that share code with the classic controller; not read here. 1, 0, 3, 0 and 2.
     int RelayOpen() const { return FRelayOpen; }
@@ -96,12 +80,6 @@ public:
     int TimeOut() const { return FTimeOut; }
     void SetTimeOut(int Value) { FTimeOut = Value; }
 
-    /// One line of log.
-    const TLogEvent& OnLog() const { return FLogEvent; }
-    void SetOnLog(TLogEvent Value) { FLogEvent = std::move(Value); }
-    /// One error: a code in square brackets, a blank and a text.
-    const TLogEvent& OnError() const { return FErrorEvent; }
-    void SetOnError(TLogEvent Value) { FErrorEvent = std::move(Value); }
     const TCheckStatusDevice& OnCheckStatus() const { return FCheckStatus; }
     void SetOnCheckStatus(TCheckStatusDevice Value) { FCheckStatus = std::move(Value); }
     const TCheckSQLDevice& OnCheckSQL() const { return FCheckSQL; }
@@ -109,50 +87,31 @@ public:
     const TGetImg& OnGetImg() const { return FGetImg; }
     void SetOnGetImg(TGetImg Value) { FGetImg = std::move(Value); }
 
-    /// Address and port of the remote mode, and the mode.
-    QString Server() const { return FServer; }
-    void SetServer(const QString& Value) { FServer = Value; }
-    int Port() const { return Fport; }
-    void SetPort(int Value) { Fport = Value; }
-    TConState RemoutDevice() const { return FRemoutDevice; }
-    void SetRemoutDevice(TConState Value) { FRemoutDevice = Value; }
-
-    /// The connector's callback: one routed line.
-    void OnConnectorData(TComponent* Sender, const QString& AMess);
-
     /// Handles one routed line, marker included.
-    void p_hw_ProtocolIn(const QString& AMess);
+    void p_hw_ProtocolIn(const QString& AMess) override;
 
     /// One field of a line: "IP", "DEVICE", "DEVICETYPE", "STATUS", "STATUSSHORT" or "CARDNUMBER"; empty for
     /// any other name.
     static QString ParseMessage(const QString& AType, const QString& AMess);
 
     /// State of the pass of a controller; a new pass with the card is made when there is none. Reports
-    /// "CHECK".
+    /// "CHECK". Empty, without a report, when the table is full ("[13] ").
     QString p_hw_CheckStatus(const QString& IP, const QString& Device, const QString& DeviceType,
                              const QString& Cardnumber, const QString& Status);
     /// Index of the first pass of a controller, -1 when there is none. The IP is not compared; intended.
     int p_hw_FindDevice(const QString& IP, const QString& Device) const;
     /// Index of the first pass of a link, -1 when there is none.
     int p_hw_FindIP(const QString& IP) const { return StackArray.findIP(IP); }
-    /// Index of the pass of a controller and card (`Relay`); a new pass is made when there is none.
+    /// Index of the pass of a controller and card (`Relay`); a new pass is made when there is none. -1 when
+    /// the table is full ("[13] ").
     int p_hw_FindDeviceByRelay(const QString& IP, const QString& Device, const QString& DeviceType,
                                const QString& Relay);
 
-    /// A ping: notes the controller as alive and reports "PING".
-    void DevicePing(const QString& IP, const QString& Device, const QString& DeviceType);
-    /// Index of a controller in `DeviceList`, -1 when it is not there.
-    int DevicePingFind(const QString& IP, const QString& Device) const
-    {
-        return FDeviceList.find(IP, Device);
-    }
     /// Notes a known controller as alive.
-    void UpdatePing(const QString& IP, const QString& Device);
-    /// Reports every silent controller as "NOPING".
-    void DevicePingTime(TComponent* Sender);
+    void UpdatePing(const QString& IP, const QString& Device) { refreshPing(IP, Device); }
 
-    /// One pass over the table: decides, commands, times out and retires; removes at most one record.
-    void p_hw_CallStackArray();
+    /// One sweep over the pass table: decides, commands, times out and retires; removes at most one record.
+    void p_hw_CallStackArray() override;
     /// Asks the host about the pass at an index. An index without a pass gives -1.
     int p_hw_SQLCheck(int AIndex, int AMode);
     /// Sends the refuse (0) or allow (1) commands for the pass at an index. Always true.
@@ -167,24 +126,20 @@ public:
     /// argument (intended), or requests a new pass of controller `Device` with the card "-1-1-1-1-1".
     void p_hw_manual(const QString& IP, const QString& Device, const QString& Status);
 
-    /// Interval of the passes in milliseconds (10 at first); a running timer starts anew. 0: no ticks.
-    void SetTimerInterval(int AValue);
+    /// Interval of the sweeps in milliseconds (10 at first); a running timer starts anew. 0: no ticks.
+    void SetTimerInterval(int AValue) { setSweepInterval(AValue); }
 
     /// Calls `OnCheckStatus`; an exception in it is reported as "[07] ".
     void ShowinternalStatus(TComponent* Sender, const QString& FName, const QString& IP,
                             const QString& Device, const QString& DeviceType, const QString& Cardnumber,
                             const QString& Status1, const QString& Status2);
 
-    /// Sends single-byte text to the monitor clients, or in client mode to the server. An override that runs
-    /// code of the host's must do so through `CallOut`.
-    virtual void SendToMonitor(const QByteArray& AMess);
-
-    /// Readiness of the mode in use; stand-alone: a connector is set and connected.
-    virtual bool Connected();
-
     /// Pending passes, for hosts that show them; a record is shared and may be changed.
     int StackItemsCount() const { return StackArray.size(); }
     PRFidInfo StackItem(int AIndex) const { return StackArray.at(AIndex); }
+
+protected:
+    void reportPing(const connector::TDevicelist& board, const QString& word) override;
 
 private:
     // the way in
@@ -195,54 +150,41 @@ private:
     void handleButton(const TFields& fields);
     void confirm(const QString& device);
     void setStatus(const QString& device, const QString& status);
-    void startStack();
+    std::optional<QString> checkStatus(const TFields& from, const QString& card, const QString& status);
+    PRFidInfo addPass(const TFields& from, const QString& card);
 
-    // the pass over the table
+    // the sweep over the table
     enum class TVerdict { Keep, Remove };
     void resend(const PRFidInfo& pass);
-    TVerdict passOne(const PRFidInfo& pass);
+    TVerdict sweepOne(const PRFidInfo& pass);
     void decide(const PRFidInfo& pass);
     void checkOpen(TRFidInfo& pass) const;
     void beginProgress(const PRFidInfo& pass);
     void checkProgress(TRFidInfo& pass) const;
     TVerdict finish(const PRFidInfo& pass);
     bool elapsed(const TRFidInfo& pass, qint64 limit) const;
-    void stopStackWhenEmpty();
+    void stopSweepsWhenEmpty();
     int sqlCheck(const PRFidInfo& pass, int mode);
     int askHost(const PRFidInfo& pass, int mode, int withoutHandler);
 
     // commands and reports
     bool connectorReady();
     void sendComCommand(const PRFidInfo& pass, int yesnot);
-    QString send(const QString& command);
-    void report(const QString& name, const QString& ip, const QString& device, const QString& deviceType,
-                const QString& card, const QString& status1, const QString& status2);
+    void report(const QString& name, const TFields& from, const QString& card, const QString& status1,
+                const QString& status2);
     void reportPass(const QString& name, const TRFidInfo& pass);
-    void reportError(QStringView code, const QString& text);
-    void monitor(const QString& text);
 
-    std::unique_ptr<platform::TTimer> StackTime;
-    std::unique_ptr<platform::TTimer> PingTimer;
     TPassTable StackArray;
-    TLogEvent FLogEvent;
     int FTimeDelayOpen = 2;
-    TLogEvent FErrorEvent;
     TCheckStatusDevice FCheckStatus;
     int FTimeOut = 5;
-    bool IDBusy = false;
     TCheckSQLDevice FCheckSQL;
     TGetImg FGetImg;
-    int Fport = 0;
-    QString FServer;
-    TConState FRemoutDevice = podNone;
-    TLivenessTable FDeviceList;
     int FRelayOpen = 1;
     int FRelayClose = 0;
     int FRelayCloseDoor = 0;
     int FRelayOpenDoor = 3;
-    QPointer<connector::TDeviceConnector> FConnector;
     bool FCheckET = false;
-    int fpingdelay = 15;
     bool FCheckCross = false;
 };
 

@@ -1,4 +1,4 @@
-// The working half of the component: the pass over the table, the host's check, and the commands.
+// The working half of the component: the sweep over the pass table, the host's check, and the commands.
 
 #include "tnv5/common/busy_scope.h"
 #include "tnv5/common/elapsed.h"
@@ -14,7 +14,7 @@ namespace tnv5::d24 {
 
 namespace {
 
-constexpr int kResendAfter = 1;    // seconds after which an unconfirmed command is repeated, every pass
+constexpr int kResendAfter = 1;    // seconds after which an unconfirmed command is repeated, every sweep
 constexpr int kConfirmTimeout = 2; // seconds that a controller has to confirm
 constexpr int kDoorTimeout = 3;    // seconds that a door may stay open
 constexpr int kOpenGrace = 2;      // seconds added to the time-out of an open turnstile
@@ -35,60 +35,50 @@ bool isKnownStatus(const QString& status)
 
 } // namespace
 
-void TTurnStylerDeviceD24::SetTimerInterval(int AValue)
-{
-    if (!StackTime) {
-        return;
-    }
-    const bool enabled = StackTime->Enabled();
-    StackTime->SetEnabled(false);
-    StackTime->SetInterval(AValue);
-    StackTime->SetEnabled(enabled);
-}
-
 void TTurnStylerDeviceD24::p_hw_CallStackArray()
 {
     Operation([this] {
         if (!IDBusy) {
             std::optional<common::TBusyScope> busy;
-            const int count = StackArray.size(); // what handlers add meanwhile waits for the next pass
+            const int count = StackArray.size(); // what handlers add meanwhile waits for the next sweep
             for (int index = 0; index < count; ++index) {
                 const PRFidInfo pass = StackArray.at(index);
                 if (!pass) {
                     break;
                 }
-                resend(pass); // the first one before the pass counts as busy; intended
+                resend(pass); // the first one before the sweep counts as busy; intended
                 if (!busy) {
                     busy.emplace(*this, IDBusy);
                 }
                 if (StackArray.at(index) != pass) {
-                    break; // a pass inside the resend has removed some
+                    break; // a sweep inside the resend has removed some
                 }
-                if (passOne(pass) == TVerdict::Remove) {
+                if (sweepOne(pass) == TVerdict::Remove) {
                     StackArray.remove(index);
                     return;
                 }
             }
         }
-        stopStackWhenEmpty();
+        stopSweepsWhenEmpty();
     });
 }
 
-void TTurnStylerDeviceD24::stopStackWhenEmpty()
+void TTurnStylerDeviceD24::stopSweepsWhenEmpty()
 {
-    if (StackTime && StackArray.isEmpty()) {
-        StackTime->SetEnabled(false);
+    if (StackArray.isEmpty()) {
+        stopSweeps();
     }
 }
 
 void TTurnStylerDeviceD24::resend(const PRFidInfo& pass)
 {
-    if (FCheckET && !pass->Finish && !pass->Command.isEmpty() && elapsed(*pass, kResendAfter) && FConnector) {
+    if (FCheckET && !pass->Finish && !pass->Command.isEmpty() && elapsed(*pass, kResendAfter) &&
+        hasConnector()) {
         send(pass->Command);
     }
 }
 
-TTurnStylerDeviceD24::TVerdict TTurnStylerDeviceD24::passOne(const PRFidInfo& pass)
+TTurnStylerDeviceD24::TVerdict TTurnStylerDeviceD24::sweepOne(const PRFidInfo& pass)
 {
     if (!isKnownStatus(pass->Status)) {
         return TVerdict::Keep;
@@ -219,20 +209,19 @@ int TTurnStylerDeviceD24::sqlCheck(const PRFidInfo& pass, int mode)
     }
 }
 
-// Exceptions of the handler leave the pass; intended.
+// Exceptions of the handler leave the sweep; intended.
 int TTurnStylerDeviceD24::askHost(const PRFidInfo& pass, int mode, int withoutHandler)
 {
     if (!FCheckSQL) {
         return withoutHandler;
     }
     QVariant mess = QString();
-    QVariant result = -1;
-    Fire(FCheckSQL, pass->IP, pass->Device, pass->DeviceType, pass->CardNumber, pass->Status, pass->Img, mode,
-         mess, result);
+    const QVariant answer = ask(FCheckSQL, withoutHandler, -1, pass->IP, pass->Device, pass->DeviceType,
+                                pass->CardNumber, pass->Status, pass->Img, mode, mess);
     if (mode == cmOpen) {
         pass->InfoMess = mess.toString();
     }
-    return common::VariantToInteger(result);
+    return common::VariantToInteger(answer);
 }
 
 bool TTurnStylerDeviceD24::p_hw_SendComCommand(int AIndex, int yesnot)
@@ -261,31 +250,17 @@ void TTurnStylerDeviceD24::sendComCommand(const PRFidInfo& pass, int yesnot)
         },
         [&](const QString& message) {
             reportError(allow ? kErrorCommand : kErrorRefuse, message);
-            monitor(common::ErrorMessage((allow ? kErrorAllowMonitor : kErrorRefuse).toString() + message));
+            echo(common::ErrorMessage((allow ? kErrorAllowMonitor : kErrorRefuse).toString() + message));
         });
-    if (FLogEvent) {
-        Fire(FLogEvent, common::kSentToPort + commands.main);
-    }
-    monitor(common::LogMessage(common::kSentToPort + commands.main));
-}
-
-QString TTurnStylerDeviceD24::send(const QString& command)
-{
-    if (!FConnector) { // a handler has destroyed it meanwhile
-        throw platform::Exception(common::kPortNotOpen);
-    }
-    QString result;
-    CallOut([&] { result = FConnector->SendCommand(command); });
-    return result;
+    log(common::kSentToPort, commands.main);
 }
 
 bool TTurnStylerDeviceD24::connectorReady()
 {
-    bool ready = false;
-    CallOut([&] { ready = FConnector && FConnector->GetConnected(); });
+    const bool ready = lineReady();
     if (!ready) {
         reportError(kErrorCommand, common::kPortNotOpen);
-        monitor(common::ErrorMessage(kErrorCommand.toString() + common::kPortNotOpen));
+        echo(common::ErrorMessage(kErrorCommand.toString() + common::kPortNotOpen));
     }
     return ready;
 }

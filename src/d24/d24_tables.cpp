@@ -2,7 +2,6 @@
 
 #include "tnv5/common/messages.h"
 #include "tnv5/common/text.h"
-#include "tnv5/d24/d24_texts.h"
 
 namespace tnv5::d24 {
 
@@ -27,7 +26,10 @@ int TPassTable::findCard(QStringView device, QStringView card) const
 PRFidInfo TPassTable::add(const QString& ip, const QString& device, const QString& deviceType,
                           const QString& card)
 {
-    const PRFidInfo pass = append(common::kPassTableFull);
+    const PRFidInfo pass = append();
+    if (!pass) {
+        return pass;
+    }
     pass->IP = ip;
     pass->Device = device;
     pass->DeviceType = deviceType;
@@ -35,19 +37,6 @@ PRFidInfo TPassTable::add(const QString& ip, const QString& device, const QStrin
     pass->Status = common::kNew;
     pass->Starttime = platform::TimeOfDay();
     return pass;
-}
-
-int TLivenessTable::find(QStringView ip, QStringView device) const
-{
-    return lastIndexOf(
-        [&](const TDevicelist& entry) { return Same(entry.Device, device) && Same(entry.IP, ip); });
-}
-
-PDevicelist TLivenessTable::add(const QString& ip, const QString& device, const QString& deviceType)
-{
-    const PDevicelist entry = append(kLivenessTableFull);
-    *entry = {ip, device, deviceType, platform::Now()};
-    return entry;
 }
 
 } // namespace tnv5::d24

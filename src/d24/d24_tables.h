@@ -18,20 +18,8 @@ public:
     /// Index of the first pass of a controller and card, whatever its link; -1 when there is none.
     int findCard(QStringView device, QStringView card) const;
 
-    /// Appends a "NEW" record that starts now. @throws platform::Exception when the table is full.
+    /// Appends a "NEW" record that starts now. @return the record, none when the table is full
     PRFidInfo add(const QString& ip, const QString& device, const QString& deviceType, const QString& card);
-};
-
-/// Controllers that have pinged, in order of their first ping.
-class TLivenessTable : public common::TRecordTable<TDevicelist>
-{
-public:
-    /// Index of the last entry of a link and controller; -1 when there is none.
-    int find(QStringView ip, QStringView device) const;
-
-    /// Appends an entry that was heard now. Its time is a full date-time, unlike that of every later refresh,
-    /// so that a controller counts as silent from its first ping to its next line; intended.
-    PDevicelist add(const QString& ip, const QString& device, const QString& deviceType);
 };
 
 } // namespace tnv5::d24

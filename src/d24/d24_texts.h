@@ -3,13 +3,8 @@
 #include <QString>
 
 /// The D24 component's own texts, letter for letter; those that it shares with the other controllers stand in
-/// common/messages.h.
+/// common/messages.h, controller/controller_texts.h and connector/connector_texts.h.
 namespace tnv5::d24 {
-
-// log; the asterisk, which the monitor text lacks, is intended
-inline const QString kReadFromPortLog = QStringLiteral("%Считано с порта*% ");
-
-inline const QString kLivenessTableFull = QStringLiteral("The table of controllers is full");
 
 // codes of errors
 inline constexpr QStringView kErrorCommand = u"[04] ";
@@ -22,8 +17,6 @@ inline constexpr QStringView kErrorStatusReport = u"[07] ";
 inline const QString kProgressStart = QStringLiteral("PROGRESSSTART");
 inline const QString kConnected = QStringLiteral("CONNECTED");
 inline const QString kDisconnected = QStringLiteral("DISCONNECTED");
-inline const QString kPing = QStringLiteral("PING");
-inline const QString kNoPing = QStringLiteral("NOPING");
 inline const QString kCross = QStringLiteral("CROSS");
 
 } // namespace tnv5::d24

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tnv5/controller/remote_role.h"
 #include "tnv5/platform/clock.h"
 #include "tnv5/platform/component.h"
 
@@ -11,18 +12,18 @@
 
 namespace tnv5::d24 {
 
+using controller::PodClient;
+using controller::podNone;
+using controller::podServer;
+using controller::TConState;
 using platform::TComponent;
 using platform::TLogEvent;
 
 Q_NAMESPACE
 
-/// Remote mode of a controller component. The capital P of the third value is intended.
-enum TConState { podNone, podServer, PodClient };
-Q_ENUM_NS(TConState)
-
 /// Kinds of message; declared for hosts and scripts. The small p of the third value, unlike that of the other
 /// controllers, is intended.
-enum TDevEventType { podlog, podError, podState };
+enum TDevEventType : int { podlog, podError, podState };
 Q_ENUM_NS(TDevEventType)
 
 /// What a handler of `OnCheckSQL` is asked about a pass.
@@ -74,17 +75,5 @@ struct TRFidInfo
 };
 
 using PRFidInfo = std::shared_ptr<TRFidInfo>;
-
-/// One controller that has pinged; kept as long as the component lives.
-struct TDevicelist
-{
-    QString IP;
-    QString Device;
-    QString DeviceType;
-    platform::TDateTime Pingtime =
-        0; ///< when it was last heard: full date and time at first, then time of day
-};
-
-using PDevicelist = std::shared_ptr<TDevicelist>;
 
 } // namespace tnv5::d24

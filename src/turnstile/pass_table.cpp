@@ -19,7 +19,10 @@ int TPassTable::find(QStringView device, QStringView card) const
 
 PRFidInfo TPassTable::add(const QString& device, const QString& card)
 {
-    const PRFidInfo pass = append(common::kPassTableFull);
+    const PRFidInfo pass = append();
+    if (!pass) {
+        return pass;
+    }
     pass->CardNumber = card;
     pass->Device = device;
     pass->Status = common::kNew;

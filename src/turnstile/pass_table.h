@@ -19,7 +19,7 @@ public:
     /// Index of the first record of an address and card; -1 when there is none.
     int find(QStringView device, QStringView card) const;
 
-    /// Appends a "NEW" record that starts now. @throws platform::Exception when the table is full.
+    /// Appends a "NEW" record that starts now. @return the record, none when the table is full
     PRFidInfo add(const QString& device, const QString& card);
 };
 

@@ -2,6 +2,7 @@
 
 #include "tnv5/common/messages.h"
 #include "tnv5/common/text.h"
+#include "tnv5/controller/controller_texts.h"
 #include "tnv5/platform/code_page.h"
 #include "tnv5/turnstile/command.h"
 #include "tnv5/turnstile/line.h"
@@ -10,7 +11,6 @@
 namespace tnv5::turnstile {
 
 using platform::TComDataPacket;
-using platform::TTimer;
 
 namespace {
 
@@ -28,7 +28,8 @@ std::unique_ptr<TComDataPacket> makePacket(const char* start)
 
 } // namespace
 
-TTurnStylerDevice::TTurnStylerDevice(QObject* AOwner) : TComponent(AOwner)
+TTurnStylerDevice::TTurnStylerDevice(QObject* AOwner)
+    : TControllerDevice(AOwner, controller::kClassicFamily, kStackIntervalMs)
 {
     if (Designing()) {
         return;
@@ -37,9 +38,6 @@ TTurnStylerDevice::TTurnStylerDevice(QObject* AOwner) : TComponent(AOwner)
     ComDataPacket1->OnPacket = [this](TComDataPacket*, const QByteArray& body) { OnComData1(body); };
     ComDataPacket2 = makePacket("#");
     ComDataPacket2->OnPacket = [this](TComDataPacket*, const QByteArray& body) { OnComData2(body); };
-    StackTime = std::make_unique<TTimer>();
-    StackTime->SetInterval(kStackIntervalMs);
-    StackTime->OnTimer = [this](TTimer*) { OnTimer(); };
 }
 
 TTurnStylerDevice::~TTurnStylerDevice() = default;
@@ -79,18 +77,14 @@ void TTurnStylerDevice::p_hw_ProtocolIn(const QString& AMess)
         } else if (line.startsWith(kMessageStart)) {
             handleMessage(line);
         }
-        startStack();
+        startSweeps();
     });
 }
 
+// Without a link the line is handled here, as if there were no server.
 bool TTurnStylerDevice::forwarded(const QString& AMess)
 {
-    if (FRemoutDevice != PodClient || !Connected()) {
-        return false;
-    }
-    Attempt([&] { ForwardLine(AMess); },
-            [&](const QString& message) { reportError(kErrorForward, message); });
-    return true;
+    return role() == PodClient && sendToServer(platform::toWire(AMess));
 }
 
 void TTurnStylerDevice::handleEvent(const QString& AMess)
@@ -102,8 +96,9 @@ void TTurnStylerDevice::handleEvent(const QString& AMess)
     }
     if (line.command == kCardRead) {
         const QString card = line.data.toString();
-        const QString status = checkStatus(address, card, kRead);
-        report(common::kCome, address, card, status, status);
+        if (const auto status = checkStatus(address, card, kRead)) {
+            report(common::kCome, address, card, *status, *status);
+        }
     } else if (const PRFidInfo pass = findPass(address)) {
         if (line.command == kPassage) {
             if (isDoor(pass->Device)) {
@@ -182,40 +177,45 @@ void TTurnStylerDevice::addDevice(const QString& address)
     }
 }
 
-void TTurnStylerDevice::startStack()
-{
-    if (StackTime && !StackTime->Enabled()) {
-        StackTime->SetEnabled(true);
-        p_hw_CallStackArray();
-    }
-}
-
 int TTurnStylerDevice::p_hw_FindDeviceByRelay(const QString& Device, const QString& Relay)
 {
     const int index = StackArray.find(Device, Relay);
     if (index >= 0) {
         return index;
     }
-    StackArray.add(Device, Relay);
-    return StackArray.size() - 1;
+    return Operation(
+        [this, device = Device, card = Relay] { return addPass(device, card) ? StackArray.size() - 1 : -1; },
+        -1);
+}
+
+PRFidInfo TTurnStylerDevice::addPass(const QString& device, const QString& card)
+{
+    const PRFidInfo pass = StackArray.add(device, card);
+    if (!pass) {
+        reportError(controller::kErrorTableFull, common::kPassTableFull);
+    }
+    return pass;
 }
 
 QString TTurnStylerDevice::p_hw_CheckStatus(const QString& Device, const QString& Cardnumber,
                                             const QString& Status)
 {
     return Operation([this, device = Device, card = Cardnumber,
-                      status = Status] { return checkStatus(device, card, status); },
+                      status = Status] { return checkStatus(device, card, status).value_or(QString()); },
                      QString());
 }
 
-QString TTurnStylerDevice::checkStatus(const QString& device, const QString& card, const QString& status)
+// None when there is no pass and no room for one.
+std::optional<QString> TTurnStylerDevice::checkStatus(const QString& device, const QString& card,
+                                                      const QString& status)
 {
     QString result = common::kNew;
     if (const PRFidInfo pass = findPass(device)) {
         result = pass->Status;
-    } else {
-        const PRFidInfo added = StackArray.add(device, card);
+    } else if (const PRFidInfo added = addPass(device, card)) {
         Fire(FGetImg, device, added->Img);
+    } else {
+        return std::nullopt;
     }
     report(common::kCheck, device, card, status, result);
     return result;
@@ -231,76 +231,32 @@ void TTurnStylerDevice::ShowinternalStatus(TComponent* Sender, const QString& AN
                                            const QString& Cardnumber, const QString& Status1,
                                            const QString& Status2)
 {
-    Operation([&] { showStatus(Sender, AName, Device, Cardnumber, Status1, Status2); });
-}
-
-void TTurnStylerDevice::showStatus(TComponent* sender, const QVariant& name, const QVariant& device,
-                                   const QVariant& card, const QVariant& status1, const QVariant& status2)
-{
-    if (const auto handler = FCheckStatus) {
-        Attempt([&] { handler(sender, name, device, card, status1, status2); },
-                [&](const QString& message) { reportError(kErrorStatusReport, message); });
-    }
+    Operation([&] {
+        show(Sender, FCheckStatus, kErrorStatusReport,
+             std::array<QVariant, 5>{AName, Device, Cardnumber, Status1, Status2});
+    });
 }
 
 void TTurnStylerDevice::ServerEcho(const QString& AMess)
 {
-    Q_UNUSED(AMess) // no client can be connected yet: the monitor sockets are to come
+    Operation([this, text = AMess] { echo(text); });
 }
 
-bool TTurnStylerDevice::Connected()
+bool TTurnStylerDevice::lineReady()
 {
-    // the remote modes are ready when their socket is; it is to come
-    return FRemoutDevice == podNone && FComport && FComport->Connected();
-}
-
-void TTurnStylerDevice::ForwardLine(const QString& AMess)
-{
-    throw platform::ESocketError(QStringLiteral("No link to the server for: ") + AMess);
+    return FComport && FComport->Connected();
 }
 
 void TTurnStylerDevice::report(const QString& name, const QString& device, const QString& card,
                                const QString& status1, const QString& status2)
 {
-    if (!FCheckStatus && FRemoutDevice != podServer) {
-        return;
-    }
-    // copies: the handler may change the record that the arguments stand in, the echo carries the same values
-    const QVariant deviceValue = device;
-    const QVariant cardValue = card;
-    const QVariant value1 = status1;
-    const QVariant value2 = &status1 == &status2 ? QVariant() : QVariant(status2); // mostly they are the same
-    const QVariant& second = &status1 == &status2 ? value1 : value2;
-    showStatus(this, name, deviceValue, cardValue, value1, second);
-    if (FRemoutDevice == podServer) {
-        ServerEcho(common::StatusMessage(
-            {name, deviceValue.toString(), cardValue.toString(), value1.toString(), second.toString()}));
-    }
-}
-
-void TTurnStylerDevice::reportError(QStringView code, const QString& text)
-{
-    if (FErrorEvent) {
-        Fire(FErrorEvent, code.toString() + text);
-    }
+    reportStatus(FCheckStatus, kErrorStatusReport, name, device, card, status1, status2);
 }
 
 void TTurnStylerDevice::reportEchoedError(QStringView code, const QString& text)
 {
     reportError(code, text);
-    if (FRemoutDevice == podServer) {
-        ServerEcho(common::ErrorMessage(code.toString() + text));
-    }
-}
-
-void TTurnStylerDevice::log(const QString& prefix, const QString& text)
-{
-    if (FLogEvent) {
-        Fire(FLogEvent, common::Joined(prefix, text));
-    }
-    if (FRemoutDevice == podServer) {
-        ServerEcho(common::LogMessage(prefix + text));
-    }
+    echo(common::ErrorMessage(code.toString() + text));
 }
 
 } // namespace tnv5::turnstile

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "tnv5/controller/controller_device.h"
 #include "tnv5/platform/com_data_packet.h"
 #include "tnv5/platform/com_port.h"
-#include "tnv5/platform/timer.h"
 #include "tnv5/turnstile/address_list.h"
 #include "tnv5/turnstile/pass_table.h"
 #include "tnv5/turnstile/turnstile_types.h"
@@ -10,6 +10,7 @@
 #include <QPointer>
 #include <QStringList>
 #include <memory>
+#include <optional>
 
 namespace tnv5::turnstile {
 
@@ -32,7 +33,7 @@ namespace tnv5::turnstile {
 /// `OnCheckStatus` and `OnCheckSQL` handlers are reported through `OnError` ("[07] ", "[05] "); those of the
 /// other handlers end the operation under way and go to the host's exception handler, or to the caller of a
 /// method that the host called itself.
-class TTurnStylerDevice : public TComponent
+class TTurnStylerDevice : public controller::TControllerDevice
 {
     Q_OBJECT
     Q_PROPERTY(QStringList DeviceList READ DeviceList WRITE SetDeviceList)
@@ -46,7 +47,7 @@ class TTurnStylerDevice : public TComponent
     Q_PROPERTY(QString DoorIndex READ DoorIndex WRITE SetDoorIndex)
     Q_PROPERTY(QString Server READ Server WRITE SetServer)
     Q_PROPERTY(int Port READ Port WRITE SetPort)
-    Q_PROPERTY(tnv5::turnstile::TConState RemoutDevice READ RemoutDevice WRITE SetRemoutDevice)
+    Q_PROPERTY(tnv5::controller::TConState RemoutDevice READ RemoutDevice WRITE SetRemoutDevice)
     Q_PROPERTY(tnv5::platform::TLogEvent OnLog READ OnLog WRITE SetOnLog)
     Q_PROPERTY(tnv5::platform::TLogEvent OnError READ OnError WRITE SetOnError)
     Q_PROPERTY(tnv5::turnstile::TCheckStatusDevice OnCheckStatus READ OnCheckStatus WRITE SetOnCheckStatus)
@@ -94,20 +95,6 @@ public:
     QString DoorIndex() const { return FDoorIndex; }
     void SetDoorIndex(const QString& Value) { FDoorIndex = Value; }
 
-    /// Address and port of the remote mode, and the mode.
-    QString Server() const { return FServer; }
-    void SetServer(const QString& Value) { FServer = Value; }
-    int Port() const { return Fport; }
-    void SetPort(int Value) { Fport = Value; }
-    TConState RemoutDevice() const { return FRemoutDevice; }
-    void SetRemoutDevice(TConState Value) { FRemoutDevice = Value; }
-
-    /// One line of log.
-    const TLogEvent& OnLog() const { return FLogEvent; }
-    void SetOnLog(TLogEvent Value) { FLogEvent = std::move(Value); }
-    /// One error: a code in square brackets, a blank and a text.
-    const TLogEvent& OnError() const { return FErrorEvent; }
-    void SetOnError(TLogEvent Value) { FErrorEvent = std::move(Value); }
     const TCheckStatusDevice& OnCheckStatus() const { return FCheckStatus; }
     void SetOnCheckStatus(TCheckStatusDevice Value) { FCheckStatus = std::move(Value); }
     const TCheckSQLDevice& OnCheckSQL() const { return FCheckSQL; }
@@ -116,18 +103,20 @@ public:
     void SetOnGetImg(TGetImg Value) { FGetImg = std::move(Value); }
 
     /// Handles one line, start character included, carriage return excluded, as if a controller had sent it.
-    void p_hw_ProtocolIn(const QString& AMess);
+    void p_hw_ProtocolIn(const QString& AMess) override;
 
     /// Index of the first pass of an address; -1 when there is none.
     int p_hw_FindDevice(const QString& Device) const { return StackArray.find(Device); }
-    /// Index of the pass of an address and card (`Relay`); a new pass is made when there is none.
+    /// Index of the pass of an address and card (`Relay`); a new pass is made when there is none. -1 when the
+    /// table is full ("[13] ").
     int p_hw_FindDeviceByRelay(const QString& Device, const QString& Relay);
     /// State of the pass of an address; a new pass with the card is made when there is none. Reports "CHECK".
-    /// The card of a second read is not stored: the pass keeps the first one until it is removed.
+    /// The card of a second read is not stored: the pass keeps the first one until it is removed. Empty,
+    /// without a report, when the table is full ("[13] ").
     QString p_hw_CheckStatus(const QString& Device, const QString& Cardnumber, const QString& Status);
 
-    /// One pass over the table: decides, commands, times out and retires; removes at most one record.
-    void p_hw_CallStackArray();
+    /// One sweep over the pass table: decides, commands, times out and retires; removes at most one record.
+    void p_hw_CallStackArray() override;
     /// Asks the host about the pass at an index; 1 means yes, -1 no answer. An index without a pass gives -1.
     int p_hw_SQLCheck(int AIndex, int AMode);
     /// Sends the open (1) or refuse (0) command for the pass at an index; nothing for any other value or
@@ -145,27 +134,23 @@ public:
     /// @throws platform::EConvertError
     bool CheckCRC(const QString& AMess) const;
 
-    /// Interval of the passes in milliseconds (100 at first); keeps the timer running or stopped. 0: no
+    /// Interval of the sweeps in milliseconds (100 at first); keeps the timer running or stopped. 0: no
     /// ticks.
-    void SetTimerInterval(int AValue);
+    void SetTimerInterval(int AValue) { setSweepInterval(AValue); }
 
     /// Calls `OnCheckStatus`; an exception in it is reported as "[07] ".
     void ShowinternalStatus(TComponent* Sender, const QString& AName, const QString& Device,
                             const QString& Cardnumber, const QString& Status1, const QString& Status2);
 
-    /// Repeats a message to the monitor clients: nothing without remote mode.
-    virtual void ServerEcho(const QString& AMess);
-
-    /// Readiness of the mode in use; stand-alone: the port is assigned and open.
-    virtual bool Connected();
+    /// Repeats a message to the monitor clients; nothing in the other modes.
+    void ServerEcho(const QString& AMess);
 
     /// Passes under way, for hosts that show them; a record is shared and may be changed.
     int StackItemsCount() const { return StackArray.size(); }
     PRFidInfo StackItem(int AIndex) const { return StackArray.at(AIndex); }
 
 protected:
-    /// Sends a line to the remote server, in client mode. @throws platform::ESocketError
-    virtual void ForwardLine(const QString& AMess);
+    bool lineReady() override;
 
 private:
     // the way in
@@ -177,39 +162,32 @@ private:
     void handleButton(const QString& address);
     void addDevice(const QString& address);
     PRFidInfo findPass(const QString& address) const { return StackArray.at(StackArray.find(address)); }
-    QString checkStatus(const QString& device, const QString& card, const QString& status);
-    void startStack();
+    std::optional<QString> checkStatus(const QString& device, const QString& card, const QString& status);
+    PRFidInfo addPass(const QString& device, const QString& card);
 
-    // the pass over the table
+    // the sweep over the table
     enum class TVerdict { Keep, Remove };
-    void OnTimer();
-    TVerdict passOne(const PRFidInfo& pass);
+    TVerdict sweepOne(const PRFidInfo& pass);
     void decide(const PRFidInfo& pass);
     void checkOpen(TRFidInfo& pass) const;
     TVerdict offer(const PRFidInfo& pass, TCheckMode mode);
     void reportStack(const TRFidInfo& pass);
     bool isDoor(const QString& address) const;
     bool elapsed(const TRFidInfo& pass, qint64 limit) const;
-    void stopStackWhenEmpty();
+    void stopSweepsWhenEmpty();
     int sqlCheck(const PRFidInfo& pass, int mode);
     int askHost(const PRFidInfo& pass, int mode, int withoutAnswer);
 
     // commands and reports
     void sendComCommand(const PRFidInfo& pass, int yesnot);
     void sendCommand(const QString& command, QStringView writeErrorCode);
-    void showStatus(TComponent* sender, const QVariant& name, const QVariant& device, const QVariant& card,
-                    const QVariant& status1, const QVariant& status2);
     void report(const QString& name, const QString& device, const QString& card, const QString& status1,
                 const QString& status2);
-    void reportError(QStringView code, const QString& text);
     void reportEchoedError(QStringView code, const QString& text);
-    void log(const QString& prefix, const QString& text);
 
-    std::unique_ptr<platform::TTimer> StackTime;
     std::unique_ptr<platform::TComDataPacket> ComDataPacket1;
     std::unique_ptr<platform::TComDataPacket> ComDataPacket2;
     TPassTable StackArray;
-    bool IDBusy = false;
 
     TAddressList FDeviceList;
     QPointer<platform::TComPort> FComport;
@@ -220,11 +198,6 @@ private:
     int FTimeDelayOpen = 2;
     int FTimeOut = 5;
     QString FDoorIndex = QStringLiteral("D");
-    QString FServer;
-    int Fport = 0;
-    TConState FRemoutDevice = podNone;
-    TLogEvent FLogEvent;
-    TLogEvent FErrorEvent;
     TCheckStatusDevice FCheckStatus;
     TCheckSQLDevice FCheckSQL;
     TGetImg FGetImg;

@@ -1,4 +1,4 @@
-// The deciding half of the component: the pass over the table, the host's check, and the commands.
+// The deciding half of the component: the sweep over the pass table, the host's check, and the commands.
 
 #include "tnv5/common/busy_scope.h"
 #include "tnv5/common/elapsed.h"
@@ -20,52 +20,36 @@ constexpr int kProgressGrace = 10; // seconds added while a passage is under way
 
 } // namespace
 
-void TTurnStylerDevice::OnTimer()
-{
-    p_hw_CallStackArray();
-}
-
-void TTurnStylerDevice::SetTimerInterval(int AValue)
-{
-    if (!StackTime) {
-        return;
-    }
-    const bool enabled = StackTime->Enabled();
-    StackTime->SetEnabled(false);
-    StackTime->SetInterval(AValue);
-    StackTime->SetEnabled(enabled);
-}
-
 void TTurnStylerDevice::p_hw_CallStackArray()
 {
     Operation([this] {
         if (IDBusy) {
-            stopStackWhenEmpty();
+            stopSweepsWhenEmpty();
             return;
         }
         {
             const common::TBusyScope busy(*this, IDBusy);
-            const int count = StackArray.size(); // what handlers add meanwhile waits for the next pass
+            const int count = StackArray.size(); // what handlers add meanwhile waits for the next sweep
             for (int index = 0; index < count; ++index) {
-                if (passOne(StackArray.at(index)) == TVerdict::Remove) {
+                if (sweepOne(StackArray.at(index)) == TVerdict::Remove) {
                     StackArray.remove(index);
                     return;
                 }
             }
         }
-        stopStackWhenEmpty();
+        stopSweepsWhenEmpty();
     });
 }
 
-void TTurnStylerDevice::stopStackWhenEmpty()
+void TTurnStylerDevice::stopSweepsWhenEmpty()
 {
-    if (StackTime && StackArray.isEmpty()) {
-        StackTime->SetEnabled(false);
+    if (StackArray.isEmpty()) {
+        stopSweeps();
     }
 }
 
 // The checks stand in this order and see what the ones before them did.
-TTurnStylerDevice::TVerdict TTurnStylerDevice::passOne(const PRFidInfo& pass)
+TTurnStylerDevice::TVerdict TTurnStylerDevice::sweepOne(const PRFidInfo& pass)
 {
     if (pass->Status == common::kNew) {
         decide(pass);
@@ -181,21 +165,18 @@ int TTurnStylerDevice::sqlCheck(const PRFidInfo& pass, int mode)
     }
 }
 
+// What the handler raises counts as no answer.
 int TTurnStylerDevice::askHost(const PRFidInfo& pass, int mode, int withoutAnswer)
 {
-    const auto handler = FCheckSQL;
-    if (!handler) {
+    try {
+        return common::VariantToInteger(
+            ask(FCheckSQL, withoutAnswer, -1, pass->Device, pass->CardNumber, pass->Status, pass->Img, mode));
+    } catch (const platform::TDestroyed&) {
+        throw;
+    } catch (...) {
+        reportError(kErrorCheckHandler, platform::exceptionMessage());
         return withoutAnswer;
     }
-    int answer = withoutAnswer;
-    Attempt(
-        [&] {
-            QVariant result = -1;
-            handler(this, pass->Device, pass->CardNumber, pass->Status, pass->Img, mode, result);
-            answer = common::VariantToInteger(result);
-        },
-        [&](const QString& message) { reportError(kErrorCheckHandler, message); });
-    return answer;
 }
 
 void TTurnStylerDevice::p_hw_SendComCommand(int AIndex, int yesnot)

@@ -6,8 +6,7 @@
 /// controllers stand in common/messages.h.
 namespace tnv5::turnstile {
 
-// codes of errors
-inline constexpr QStringView kErrorForward = u"[01] ";
+// codes of errors; those of the sockets and of a full table stand in controller/controller_texts.h
 inline constexpr QStringView kErrorUnknownDevice = u"[02] ";
 inline constexpr QStringView kErrorPollWrite = u"[03] ";
 inline constexpr QStringView kErrorCommand = u"[04] ";

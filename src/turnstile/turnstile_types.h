@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tnv5/controller/remote_role.h"
 #include "tnv5/platform/clock.h"
 #include "tnv5/platform/component.h"
 
@@ -10,17 +11,17 @@
 
 namespace tnv5::turnstile {
 
+using controller::PodClient;
+using controller::podNone;
+using controller::podServer;
+using controller::TConState;
 using platform::TComponent;
 using platform::TLogEvent;
 
 Q_NAMESPACE
 
-/// Remote mode of a controller component. The capital P of the third value is intended.
-enum TConState { podNone, podServer, PodClient };
-Q_ENUM_NS(TConState)
-
 /// Kinds of message; declared for hosts and scripts. The capital P of the third value is intended.
-enum TDevEventType { podlog, podError, PodState };
+enum TDevEventType : int { podlog, podError, PodState };
 Q_ENUM_NS(TDevEventType)
 
 /// What a handler of `OnCheckSQL` is asked about a pass.

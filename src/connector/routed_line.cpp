@@ -1,8 +1,8 @@
-#include "tnv5/d24/d24_line.h"
+#include "tnv5/connector/routed_line.h"
 
 #include "tnv5/common/text.h"
 
-namespace tnv5::d24 {
+namespace tnv5::connector {
 
 using common::Copy;
 using common::CopyFrom;
@@ -52,4 +52,4 @@ QStringView cardNumberOf(QStringView line)
     return CopyFrom(statusOf(line), 3);
 }
 
-} // namespace tnv5::d24
+} // namespace tnv5::connector

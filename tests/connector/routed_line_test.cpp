@@ -1,7 +1,7 @@
 // Cutting a routed line into its fields.
 
+#include "tnv5/connector/routed_line.h"
 #include "tnv5/d24/d24_device.h"
-#include "tnv5/d24/d24_line.h"
 
 #include "support/text_printers.h"
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-using namespace tnv5::d24;
+using namespace tnv5::connector;
 
 struct TRow
 {
