@@ -1,23 +1,19 @@
 // What happens to every line, whatever it says: log, echo, forwarding, the poll, and the start of the stack.
 
-#include "event_recorder.h"
-
-#include "support/text_printers.h"
+#include "turnstile_fixture.h"
 
 namespace {
 
 using namespace tnv5;
 using namespace tnv5::tests;
 
-class ProtocolIn : public TGateTest
-{
-};
+using ProtocolIn = TTurnstileTest;
 
 TEST_F(ProtocolIn, EchoesInServerMode)
 {
     gate->SetRemoutDevice(turnstile::podServer);
     gate->SetDeviceList({});
-    trace.Answers[0] = 0;
+    Answers[0] = 0;
     inject("$01AR5");
     trace.expect({
         "log %Считано с порта% $01AR5",
@@ -95,13 +91,11 @@ TEST_F(ProtocolIn, ReportIsFixedBeforeItsHandlerIsCalled)
 {
     gate->SetRemoutDevice(turnstile::podServer);
     openPass("01A");
-    trace.OnLine = [&](const QString& line) {
-        if (line.startsWith("status COME")) {
-            gate->StackItem(0)->Status = "NEW";
-            gate->StackItem(0)->CardNumber = "other";
-            gate->StackItem(0)->Device = "99Z";
-        }
-    };
+    trace.each("status COME", [&] {
+        gate->StackItem(0)->Status = "NEW";
+        gate->StackItem(0)->CardNumber = "other";
+        gate->StackItem(0)->Device = "99Z";
+    });
     inject("$01AG");
     trace.expect({read("$01AG"), "echo LOG!%Считано с порта% $01AG&", come("01A", "77", "FINISH"),
                   "echo STATUS!COME!01A!77!FINISH!FINISH&"});
@@ -117,7 +111,7 @@ TEST_F(ProtocolIn, ReportsCanBeMadeByTheHost)
     trace.expect({});
 }
 
-class Forwarding : public TGateTest
+class Forwarding : public TTurnstileTest
 {
 protected:
     Forwarding()
@@ -175,7 +169,7 @@ TEST_F(Forwarding, NeedsAConnection)
                   stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0)});
     EXPECT_EQ(gate->ConnectedCalls, 1);
     inject("$000900");
-    trace.expect({read("$000900"), wrote("$0009001D"), sent("$000900")});
+    trace.expect({read("$000900"), wrote("$0009001D\r"), loggedSend("$000900")});
 }
 
 TEST_F(Forwarding, IsOfTheClientModeOnly)
@@ -189,9 +183,7 @@ TEST_F(Forwarding, IsOfTheClientModeOnly)
     trace.expect({read("#01AHello"), heard("01A", "Hello")});
 }
 
-class PollLine : public TGateTest
-{
-};
+using PollLine = TTurnstileTest;
 
 TEST_F(PollLine, RunsTheStatusPoll)
 {
@@ -207,7 +199,7 @@ TEST_F(PollLine, EchoesInOrder)
         read("$000900"),
         "echo LOG!%Считано с порта% $000900&",
         "write $0009001D\\r",
-        sent("$000900"),
+        loggedSend("$000900"),
         "echo LOG!%Отправлено на порт% $000900&",
     });
 }
@@ -217,12 +209,12 @@ TEST_F(PollLine, LeavesTheStackTimerAlone)
     makePass("01A", "1");
     inject("$000900");
     clock.advance(1'000);
-    trace.expect({read("$000900"), wrote("$0009001D"), sent("$000900")}); // stopped: stays so
+    trace.expect({read("$000900"), wrote("$0009001D\r"), loggedSend("$000900")}); // stopped: stays so
 
     gate->p_hw_ProtocolIn("x");
     skip(50);
     inject("$000900");
-    trace.expect({read("$000900"), wrote("$0009001D"), sent("$000900")});
+    trace.expect({read("$000900"), wrote("$0009001D\r"), loggedSend("$000900")});
     clock.advance(50); // running: keeps its beat
     trace.expect({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0)});
 }
@@ -240,25 +232,23 @@ TEST_F(PollLine, IsExact)
     EXPECT_EQ(port->takeWritten(), "");
 }
 
-class StackStart : public TGateTest
-{
-};
+using StackStart = TTurnstileTest;
 
 TEST_F(StackStart, EveryLineRunsOnePassAtOnceAndStartsTheTimer)
 {
     for (const QString line : {"$09ZX", "$", "#09ZHello", "#", "x", "", " $01AR1", "R"}) {
-        TGateBench bench;
-        bench.gate->SetOnError({});
-        bench.gate->SetOnCheckStatus({});
-        bench.makePass("01A", "1");
-        bench.gate->p_hw_ProtocolIn(line);
-        bench.trace.expect({read(line), check("01A", "1", "NEW", 0)});
-        bench.clock.advance(99);
-        bench.trace.expect({});
-        bench.clock.advance(1);
-        bench.trace.expect({check("01A", "1", "NEW", 0)});
-        bench.clock.advance(200);
-        bench.trace.expect({check("01A", "1", "NEW", 0), check("01A", "1", "NEW", 0)});
+        TTurnstileFixture fixture;
+        fixture.gate->SetOnError({});
+        fixture.gate->SetOnCheckStatus({});
+        fixture.makePass("01A", "1");
+        fixture.gate->p_hw_ProtocolIn(line);
+        fixture.trace.expect({read(line), check("01A", "1", "NEW", 0)});
+        fixture.clock.advance(99);
+        fixture.trace.expect({});
+        fixture.clock.advance(1);
+        fixture.trace.expect({check("01A", "1", "NEW", 0)});
+        fixture.clock.advance(200);
+        fixture.trace.expect({check("01A", "1", "NEW", 0), check("01A", "1", "NEW", 0)});
     }
 }
 
@@ -298,7 +288,7 @@ TEST_F(StackStart, AnEmptyTableStopsTheTimerInTheSamePass)
 
 TEST_F(StackStart, ATableThatBecameEmptyStopsTheTimerOneTickLater)
 {
-    trace.Answers[0] = 0;
+    Answers[0] = 0;
     inject("$01AR1"); // refused and removed
     EXPECT_EQ(gate->StackItemsCount(), 0);
     trace.take();
