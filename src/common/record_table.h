@@ -16,7 +16,7 @@ public:
 
     /// Noise on a line can invent addresses, and a host may never retire a record: no more than this are
     /// kept.
-    static constexpr std::size_t kMaxRecords = 65'536;
+    static constexpr std::size_t kMaxRecords = 16'384;
 
     int size() const { return static_cast<int>(FRecords.size()); }
     bool isEmpty() const { return FRecords.empty(); }

@@ -21,7 +21,7 @@ struct TDevicelist
 using PDevicelist = std::shared_ptr<TDevicelist>;
 
 /// Boards that have pinged, in order of their first ping.
-class TLivenessTable : public common::TRecordTable<TDevicelist>
+class TLivenessTable : public common::TRecordTable<TDevicelist, 16'384>
 {
 public:
     /// Index of the last entry of a link and board; -1 when there is none.

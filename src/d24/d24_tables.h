@@ -8,7 +8,7 @@
 namespace tnv5::d24 {
 
 /// Pending passes, in order of creation.
-class TPassTable : public common::TRecordTable<TRFidInfo>
+class TPassTable : public common::TRecordTable<TRFidInfo, 4'096>
 {
 public:
     /// Index of the first pass of a controller, whatever its link; intended. -1 when there is none.

@@ -67,7 +67,7 @@ struct TRFidInfo
 using PRFidInfo = std::shared_ptr<TRFidInfo>;
 
 /// The jobs, in order of creation. None is ever removed.
-class TJobTable : public common::TRecordTable<TRFidInfo>
+class TJobTable : public common::TRecordTable<TRFidInfo, 16'384>
 {
 public:
     /// Index of the first job of a board and relay, whatever its link; intended. -1 when there is none.

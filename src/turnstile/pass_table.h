@@ -9,7 +9,7 @@ namespace tnv5::turnstile {
 
 /// Passes under way, in order of creation. Lines from the controllers create a record only for an address
 /// that has none.
-class TPassTable : public common::TRecordTable<TRFidInfo>
+class TPassTable : public common::TRecordTable<TRFidInfo, 4'096>
 {
 public:
     static constexpr std::size_t kMaxPasses = kMaxRecords;

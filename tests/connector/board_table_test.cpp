@@ -1,8 +1,6 @@
 // The table of the boards that have spoken.
 
-#include "bus_bench.h"
-
-#include "support/text_printers.h"
+#include "connector_fixture.h"
 
 namespace {
 
@@ -111,9 +109,7 @@ TEST(BoardTable, RefusesMoreThanItsLimit)
     EXPECT_EQ(table.findOrAdd(kSerial, "0"), table.at(0)); // those it has are still found
 }
 
-class Boards : public TBusTest
-{
-};
+using Boards = TConnectorTest;
 
 TEST_F(Boards, AreListedInOrderOfFirstAppearance)
 {

@@ -1,15 +1,13 @@
 // Commands of one line.
 
-#include "bus_bench.h"
-
-#include "support/text_printers.h"
+#include "connector_fixture.h"
 
 namespace {
 
 using namespace tnv5;
 using namespace tnv5::tests;
 
-class Command : public TBusTest
+class Command : public TConnectorTest
 {
 protected:
     void expectLine(const QString& command, const QString& line)

@@ -1,8 +1,6 @@
 // Opening and closing the link.
 
-#include "bus_bench.h"
-
-#include "support/text_printers.h"
+#include "connector_fixture.h"
 
 #include <stdexcept>
 
@@ -12,7 +10,7 @@ using namespace tnv5;
 using namespace tnv5::tests;
 using platform::TComExceptionKind;
 
-class Connected : public TBusTest
+class Connected : public TConnectorTest
 {
 protected:
     Connected()

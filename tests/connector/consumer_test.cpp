@@ -1,9 +1,7 @@
 // The one consumer: what a device component does to sit on the connector, and what it may do while it is
 // called.
 
-#include "bus_bench.h"
-
-#include "support/text_printers.h"
+#include "connector_fixture.h"
 
 namespace {
 
@@ -37,9 +35,7 @@ private:
     TDeviceConnector* FConnector = nullptr;
 };
 
-class Consumer : public TBusTest
-{
-};
+using Consumer = TConnectorTest;
 
 TEST_F(Consumer, LastOneToAttachHearsEverything)
 {
@@ -219,7 +215,7 @@ TEST_F(Consumer, LogHandlerReplacesItselfAndSends)
     });
     held.reset();
     bus->SendCommand("GO0.0.0.0:000A");
-    trace.expect({"write $000AGO4A", "write " + checked("$000BGO"), "first $000AGO4A"});
+    trace.expect({"write $000AGO4A", wroteChecked("$000BGO"), "first $000AGO4A"});
     EXPECT_EQ(others, QStringList(checked("$000BGO")));
 }
 

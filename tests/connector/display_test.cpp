@@ -1,8 +1,6 @@
 // The display command "SH".
 
-#include "bus_bench.h"
-
-#include "support/text_printers.h"
+#include "connector_fixture.h"
 
 namespace {
 
@@ -14,7 +12,7 @@ QString blanks(int count)
     return QString(count, u' ');
 }
 
-class Display : public TBusTest
+class Display : public TConnectorTest
 {
 protected:
     /// Shows on board 000A with a display of `width`; `fields` is what stands behind the address.
@@ -252,7 +250,7 @@ TEST_F(Display, WorksWithoutALog)
 {
     bus->SetOnLog({});
     show("|one|||||");
-    trace.expect({"write " + checked("$000ACS"), "write " + checked("$000APSN1001 one")});
+    trace.expect({wroteChecked("$000ACS"), wroteChecked("$000APSN1001 one")});
 }
 
 TEST_F(Display, WidthIsReadOnce)
@@ -267,10 +265,9 @@ TEST_F(Display, WidthIsReadOnce)
 TEST_F(Display, ALogSetMeanwhileGetsTheClosingLine)
 {
     bus->SetOnLog({});
-    trace.once("write " + checked("$000APSN1001 one"),
-               [this] { bus->SetOnLog(trace.handler(bus.get(), "log ")); });
+    trace.once(wroteChecked("$000APSN1001 one"), [this] { bus->SetOnLog(trace.handler(*bus, "log")); });
     show("|one|||||");
-    trace.expect({"write " + checked("$000ACS"), "write " + checked("$000APSN1001 one"),
+    trace.expect({wroteChecked("$000ACS"), wroteChecked("$000APSN1001 one"),
                   "log " + checked("$000APSN1001 one"), "log Lines send " + checked("$000APSN1001 one")});
 }
 
@@ -281,7 +278,7 @@ TEST_F(Display, WidestDisplay)
     bus->SendCommand("SH0.0.0.0:000A|x|||||");
     const QStringList lines = trace.take();
     ASSERT_EQ(lines.size(), 5);
-    EXPECT_EQ(lines[2], "write " + checked("$000APSN1001" + blanks(499) + "x" + blanks(499)));
+    EXPECT_EQ(lines[2], wroteChecked("$000APSN1001" + blanks(499) + "x" + blanks(499)));
 }
 
 } // namespace

@@ -1,17 +1,13 @@
 // Lines that begin with "$": pings and everything else.
 
-#include "bus_bench.h"
-
-#include "support/text_printers.h"
+#include "connector_fixture.h"
 
 namespace {
 
 using namespace tnv5;
 using namespace tnv5::tests;
 
-class DollarLine : public TBusTest
-{
-};
+using DollarLine = TConnectorTest;
 
 TEST_F(DollarLine, FirstPingOfSideA)
 {

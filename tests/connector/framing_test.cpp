@@ -1,8 +1,6 @@
 // From the bytes on the line to the boards' lines, however the stream is cut.
 
-#include "bus_bench.h"
-
-#include "support/text_printers.h"
+#include "connector_fixture.h"
 
 #include <random>
 
@@ -11,9 +9,7 @@ namespace {
 using namespace tnv5;
 using namespace tnv5::tests;
 
-class Framing : public TBusTest
-{
-};
+using Framing = TConnectorTest;
 
 TEST_F(Framing, StartCharacterTellsTheKindOfLine)
 {
@@ -165,7 +161,7 @@ struct TRouted
     bool operator==(const TRouted&) const = default;
 };
 
-class CutStream : public TBusTest
+class CutStream : public TConnectorTest
 {
 protected:
     /// Routed lines of a stream, fed in pieces that `pieceSize` gives.

@@ -1,8 +1,6 @@
 // "#" lines with "HW": the display's width and the state of the relays.
 
-#include "bus_bench.h"
-
-#include "support/text_printers.h"
+#include "connector_fixture.h"
 
 namespace {
 
@@ -10,7 +8,7 @@ using namespace tnv5;
 using namespace tnv5::tests;
 using platform::EConvertError;
 
-class HardwareLine : public TBusTest
+class HardwareLine : public TConnectorTest
 {
 protected:
     int widthAfter(const QString& gx, const QString& address = QStringLiteral("000A"))

@@ -1,17 +1,13 @@
 // Lines that begin with "#": what is passed on, and which word wins.
 
-#include "bus_bench.h"
-
-#include "support/text_printers.h"
+#include "connector_fixture.h"
 
 namespace {
 
 using namespace tnv5;
 using namespace tnv5::tests;
 
-class HashLine : public TBusTest
-{
-};
+using HashLine = TConnectorTest;
 
 TEST_F(HashLine, Button)
 {
@@ -163,9 +159,7 @@ TEST_F(HashLine, ChecksumsAreTakenOverTheBytesOfTheCodePage)
     trace.expect(routed("$0.0.0.0:000AETПривет"));
 }
 
-class OtherLine : public TBusTest
-{
-};
+using OtherLine = TConnectorTest;
 
 TEST_F(OtherLine, IsDroppedButHeard)
 {

@@ -1,8 +1,6 @@
 // Handlers that destroy the connector or the port from inside the connector.
 
-#include "bus_bench.h"
-
-#include "support/text_printers.h"
+#include "connector_fixture.h"
 
 namespace {
 
@@ -10,7 +8,7 @@ using namespace tnv5;
 using namespace tnv5::tests;
 using platform::TComExceptionKind;
 
-class HostileHandlers : public TBusTest
+class HostileHandlers : public TConnectorTest
 {
 protected:
     void destroyConnectorOnce(const QString& beginning)
@@ -60,10 +58,7 @@ TEST_F(HostileHandlers, ConsumerDestroysTheConnectorDuringALineGivenDirectly)
 {
     for (const char* line :
          {"$000APING", "$000AET", "$000AX", "#000ABT", "#000AET", "#000AHWGX=N/GR=NN/", "#000AGO"}) {
-        bus = std::make_unique<TDeviceConnector>();
-        bus->SetConnectorType(connector::podComPort);
-        bus->SetComport(port.get());
-        trace.attach(*bus);
+        makeBus();
         destroyConnectorOnce("route ");
         EXPECT_NO_THROW(hear(line));
         expectGone();
@@ -145,10 +140,7 @@ TEST_F(HostileHandlers, LogDestroysTheConnectorDuringAPing)
 TEST_F(HostileHandlers, ErrorDestroysTheConnectorDuringAFailedOpening)
 {
     for (const int way : {0, 1, 2}) {
-        bus = std::make_unique<TDeviceConnector>();
-        bus->SetConnectorType(connector::podComPort);
-        bus->SetComport(port.get());
-        trace.attach(*bus);
+        makeBus();
         port->Close();
         port->OpenFailure = "no";
         destroyConnectorOnce("error ");
@@ -209,19 +201,14 @@ TEST_F(HostileHandlers, ConnectorIsDestroyedWhileThePortOpensClosesAndWrites)
     EXPECT_FALSE(bus->GetConnected());
     expectGone();
 
-    bus = std::make_unique<TDeviceConnector>();
-    bus->SetConnectorType(connector::podComPort);
-    bus->SetComport(port.get());
-    trace.attach(*bus);
+    makeBus();
     port->OnOpening = {};
     port->OnWriting = [this] { bus.reset(); };
     EXPECT_NO_THROW(bus->SendCommand("GO0.0.0.0:000A"));
     trace.expect({"write $000AGO4A"}); // no log of nobody's
     expectGone();
 
-    bus = std::make_unique<TDeviceConnector>();
-    bus->SetConnectorType(connector::podComPort);
-    bus->SetComport(port.get());
+    makeBus();
     port->OnWriting = {};
     port->OnClosing = [this] { bus.reset(); };
     EXPECT_NO_THROW(bus->SetConnected(false));

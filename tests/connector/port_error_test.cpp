@@ -1,8 +1,6 @@
 // Errors that the operating system reports on the port.
 
-#include "bus_bench.h"
-
-#include "support/text_printers.h"
+#include "connector_fixture.h"
 
 #include <stdexcept>
 
@@ -12,9 +10,7 @@ using namespace tnv5;
 using namespace tnv5::tests;
 using platform::TComExceptionKind;
 
-class PortError : public TBusTest
-{
-};
+using PortError = TConnectorTest;
 
 TEST_F(PortError, IsReportedWithThePortsOwnText)
 {

@@ -1,8 +1,6 @@
 // Which port the connector sits on, and what it takes and gives back.
 
-#include "bus_bench.h"
-
-#include "support/text_printers.h"
+#include "connector_fixture.h"
 
 #include <QPointer>
 
@@ -12,7 +10,7 @@ using namespace tnv5;
 using namespace tnv5::tests;
 using platform::TComExceptionKind;
 
-class Port : public TBusTest
+class Port : public TConnectorTest
 {
 protected:
     TMemoryPort second;

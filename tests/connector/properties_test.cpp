@@ -1,9 +1,7 @@
-#include "bus_bench.h"
-
-#include "support/text_printers.h"
+#include "connector_fixture.h"
+#include "support/published.h"
 
 #include <QMetaEnum>
-#include <QMetaProperty>
 #include <QPointer>
 
 namespace {
@@ -12,42 +10,29 @@ using namespace tnv5;
 using namespace tnv5::tests;
 using namespace tnv5::connector;
 
+const TPublishedTable kPublished = {
+    {"ComPort", static_cast<platform::TComPort*>(nullptr)},
+    {"ConnectorType", podEmpty},
+    {"OnError", platform::TLogEvent()},
+    {"OnLog", platform::TLogEvent()},
+    {"OnGetData", platform::TLogEvent()},
+    {"IsConnected", false},
+};
+
 TEST(Properties, ArePublishedInTheirOrder)
 {
-    const QMetaObject& meta = TDeviceConnector::staticMetaObject;
-    QStringList names;
-    for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
-        names << meta.property(i).name();
-        EXPECT_TRUE(meta.property(i).isReadable()) << meta.property(i).name();
-        EXPECT_TRUE(meta.property(i).isWritable()) << meta.property(i).name();
-    }
-    EXPECT_EQ(names.join(u' '), "ComPort ConnectorType OnError OnLog OnGetData IsConnected");
+    expectPublished(TDeviceConnector::staticMetaObject, kPublished);
 }
 
 TEST(Properties, HaveTheirTypes)
 {
-    const QMetaObject& meta = TDeviceConnector::staticMetaObject;
-    const auto typeOf = [&](const char* name) {
-        return meta.property(meta.indexOfProperty(name)).metaType();
-    };
-    EXPECT_EQ(typeOf("ComPort"), QMetaType::fromType<platform::TComPort*>());
-    EXPECT_EQ(typeOf("ConnectorType"), QMetaType::fromType<TConnectorType>());
-    EXPECT_EQ(typeOf("OnError"), QMetaType::fromType<platform::TLogEvent>());
-    EXPECT_EQ(typeOf("OnLog"), QMetaType::fromType<platform::TLogEvent>());
-    EXPECT_EQ(typeOf("OnGetData"), QMetaType::fromType<platform::TLogEvent>());
-    EXPECT_EQ(typeOf("IsConnected"), QMetaType::fromType<bool>());
+    expectTypes(TDeviceConnector::staticMetaObject, kPublished);
 }
 
 TEST(Properties, HaveTheirDefaults)
 {
     TDeviceConnector bus;
-    EXPECT_EQ(bus.property("ComPort").value<platform::TComPort*>(), nullptr);
-    EXPECT_EQ(bus.property("ConnectorType").value<TConnectorType>(), podEmpty);
-    EXPECT_FALSE(bus.property("OnError").value<platform::TLogEvent>());
-    EXPECT_FALSE(bus.property("OnLog").value<platform::TLogEvent>());
-    EXPECT_FALSE(bus.property("OnGetData").value<platform::TLogEvent>());
-    EXPECT_TRUE(bus.property("IsConnected").isValid());
-    EXPECT_FALSE(bus.property("IsConnected").toBool());
+    expectDefaults(bus, kPublished);
     EXPECT_EQ(bus.DeviceCount(), 0);
     EXPECT_EQ(bus.DeviceItem(0), nullptr);
     EXPECT_FALSE(bus.Designing());
@@ -139,7 +124,7 @@ TEST(Properties, WorkWithoutAnyHandler)
     bus.GetCommand("x");
 }
 
-class Designer : public TBusTest
+class Designer : public TConnectorTest
 {
 protected:
     Designer()

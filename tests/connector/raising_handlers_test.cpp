@@ -1,8 +1,6 @@
 // Handlers that raise: nothing is caught here, the line or command ends, and the next one is served.
 
-#include "bus_bench.h"
-
-#include "support/text_printers.h"
+#include "connector_fixture.h"
 
 #include <stdexcept>
 
@@ -11,47 +9,39 @@ namespace {
 using namespace tnv5;
 using namespace tnv5::tests;
 
-class RaisingHandlers : public TBusTest
-{
-protected:
-    /// The handler of the first line that begins like this raises.
-    void raiseOnce(const QString& beginning)
-    {
-        trace.once(beginning, [] { throw std::runtime_error("host"); });
-    }
+using RaisingHandlers = TConnectorTest;
 
-    const QStringList raised{"raised host"};
-};
+const QStringList kRaised{raised("host trouble")};
 
 TEST_F(RaisingHandlers, ConsumerDuringAPing)
 {
-    raiseOnce("route ");
+    trace.raiseOnce("route ");
     inject("$000APING");
-    trace.expect(sent("$000AECHO") + routedChecked("#0.0.0.0:000APING") + raised); // no hardware request
+    trace.expect(sent("$000AECHO") + routedChecked("#0.0.0.0:000APING") + kRaised); // no hardware request
     inject("$000APING");
     EXPECT_EQ(trace.take().size(), 7);
 }
 
 TEST_F(RaisingHandlers, ConsumerDuringAnEvent)
 {
-    raiseOnce("route ");
+    trace.raiseOnce("route ");
     inject("$000AETx");
-    trace.expect(routedChecked("#0.0.0.0:000APING") + raised);
+    trace.expect(routedChecked("#0.0.0.0:000APING") + kRaised);
 }
 
 TEST_F(RaisingHandlers, ConsumerDuringAReply)
 {
-    raiseOnce("route ");
+    trace.raiseOnce("route ");
     inject("#000AHWGX=G20x4/GR=NN/");
-    trace.expect(routedChecked("#0.0.0.0:000ARELAY1N") + raised);
+    trace.expect(routedChecked("#0.0.0.0:000ARELAY1N") + kRaised);
     EXPECT_EQ(board("000A")->DisplayLine, 20); // learnt before
 }
 
 TEST_F(RaisingHandlers, ConsumerWithMoreLinesInTheSameRead)
 {
-    raiseOnce("route ");
+    trace.raiseOnce("route ");
     port->feed("$000AX\r$001AX\r#002AGO\r");
-    trace.expect(routed("$0.0.0.0:000AX") + raised + routed("$0.0.0.0:001AX") +
+    trace.expect(routed("$0.0.0.0:000AX") + kRaised + routed("$0.0.0.0:001AX") +
                  routedChecked("#0.0.0.0:002ACROSS"));
 }
 
@@ -64,10 +54,10 @@ TEST_F(RaisingHandlers, SilentAbortOfTheConsumerTellsNobody)
 
 TEST_F(RaisingHandlers, ConsumerOfALineGivenDirectly)
 {
-    raiseOnce("route ");
+    trace.raiseOnce("route ");
     EXPECT_THROW(hear("$000APING"), std::runtime_error);
     trace.expect(sent("$000AECHO") + routedChecked("#10.0.0.7:000APING"));
-    raiseOnce("route ");
+    trace.raiseOnce("route ");
     EXPECT_THROW(bus->GetCommand("x"), std::runtime_error);
     trace.expect(routed("x"));
     hear("$000AX");
@@ -76,10 +66,10 @@ TEST_F(RaisingHandlers, ConsumerOfALineGivenDirectly)
 
 TEST_F(RaisingHandlers, LogOfACommand)
 {
-    raiseOnce("log ");
+    trace.raiseOnce("log ");
     EXPECT_THROW(bus->SendCommand("GO0.0.0.0:000A"), std::runtime_error);
     trace.expect(sent("$000AGO")); // it is on the line
-    raiseOnce("log ");
+    trace.raiseOnce("log ");
     EXPECT_THROW(bus->SendDirectCommand("0.0.0.0", "$000AX"), std::runtime_error);
     trace.expect(sent("$000AX"));
     EXPECT_EQ(bus->SendCommand("GO0.0.0.0:000A"), "5A");
@@ -88,30 +78,30 @@ TEST_F(RaisingHandlers, LogOfACommand)
 TEST_F(RaisingHandlers, LogOfADisplayCommand)
 {
     giveDisplay("000A", 4);
-    raiseOnce("log " + checked("$000APSN1001four"));
+    trace.raiseOnce("log " + checked("$000APSN1001four"));
     EXPECT_THROW(bus->SendCommand("SH0.0.0.0:000A|four|two|||L|"), std::runtime_error);
     trace.expect(sent("$000ACS") + sent("$000APSN1001four")); // neither the rest nor the closing log
-    raiseOnce("log Lines");
+    trace.raiseOnce("log Lines");
     EXPECT_THROW(bus->SendCommand("SH0.0.0.0:000A|||||L|"), std::runtime_error);
     trace.expect(sent("$000BFL1") + linesSent("$000BFL1"));
 }
 
 TEST_F(RaisingHandlers, LogOfTheAnswerToAPing)
 {
-    raiseOnce("log ");
+    trace.raiseOnce("log ");
     inject("$000APING");
-    trace.expect(sent("$000AECHO") + raised);
+    trace.expect(sent("$000AECHO") + kRaised);
 }
 
 TEST_F(RaisingHandlers, ErrorOfAFailedOpening)
 {
     port->Close();
     port->OpenFailure = "no";
-    raiseOnce("error ");
+    trace.raiseOnce("error ");
     EXPECT_THROW(bus->GetConnected(), std::runtime_error);
-    raiseOnce("error ");
+    trace.raiseOnce("error ");
     EXPECT_THROW(bus->SetConnected(true), std::runtime_error);
-    raiseOnce("error ");
+    trace.raiseOnce("error ");
     EXPECT_THROW(bus->SendCommand("GO0.0.0.0:000A"), std::runtime_error);
     trace.expect({"error [03] no", "error [03] no", "error [03] no"});
     EXPECT_FALSE(bus->GetConnected());
@@ -120,7 +110,7 @@ TEST_F(RaisingHandlers, ErrorOfAFailedOpening)
 TEST_F(RaisingHandlers, ErrorOfAFailedClosing)
 {
     port->CloseFailure = "no";
-    raiseOnce("error ");
+    trace.raiseOnce("error ");
     EXPECT_THROW(bus->SetConnected(false), std::runtime_error);
     trace.expect({"error [03] no"});
 }
@@ -131,9 +121,9 @@ TEST_F(RaisingHandlers, ErrorInsideAnOpeningIsAFailureOfTheOpening)
     port->OnOpening = [this] {
         port->raiseErrorInside(platform::TComExceptionKind::Open, "cannot", 5, "os");
     };
-    raiseOnce("error ");
+    trace.raiseOnce("error ");
     EXPECT_FALSE(bus->GetConnected());
-    trace.expect({"error [08] cannot", "error [03] host"});
+    trace.expect({"error [08] cannot", "error [03] host trouble"});
 }
 
 TEST_F(RaisingHandlers, WhatIsNoExceptionAtAll)

@@ -11,6 +11,7 @@
 
 namespace {
 
+using namespace tnv5;
 using namespace tnv5::connector;
 
 struct TRow
@@ -79,7 +80,7 @@ TEST(Line, FieldsAreCut)
 
 TEST(Line, ParseMessageNamesThem)
 {
-    const auto parse = &TTurnStylerDeviceD24::ParseMessage; // needs no instance
+    const auto parse = &d24::TTurnStylerDeviceD24::ParseMessage; // needs no instance
     for (const TRow& row : kRows) {
         SCOPED_TRACE(row.line.toStdString());
         EXPECT_EQ(parse("IP", row.line), row.ip);
@@ -94,7 +95,7 @@ TEST(Line, ParseMessageNamesThem)
 TEST(Line, ParseMessageKnowsNoOtherName)
 {
     for (const char* name : {"", "CRC", "ip", "STATUSHARD", "DEVICETYPE ", "CARD"}) {
-        EXPECT_EQ(TTurnStylerDeviceD24::ParseMessage(name, "$10.0.0.5:001TRQ12345678AB"), "") << name;
+        EXPECT_EQ(d24::TTurnStylerDeviceD24::ParseMessage(name, "$10.0.0.5:001TRQ12345678AB"), "") << name;
     }
 }
 

@@ -1,8 +1,6 @@
 // The one way a line leaves for the boards.
 
-#include "bus_bench.h"
-
-#include "support/text_printers.h"
+#include "connector_fixture.h"
 
 #include <QVariant>
 
@@ -12,9 +10,7 @@ using namespace tnv5;
 using namespace tnv5::tests;
 using platform::EComPort;
 
-class Writing : public TBusTest
-{
-};
+using Writing = TConnectorTest;
 
 TEST_F(Writing, TheTextOfTheCallerIsTakenAtOnce)
 {
@@ -53,7 +49,7 @@ TEST_F(Writing, WorksWithoutALog)
 {
     bus->SetOnLog({});
     bus->SendDirectCommand("0.0.0.0", "$000AX");
-    trace.expect({"write " + checked("$000AX")});
+    trace.expect({wroteChecked("$000AX")});
 }
 
 TEST_F(Writing, OpensTheClosedPort)
@@ -168,7 +164,7 @@ public:
     }
 };
 
-class OwnLink : public TBusTest
+class OwnLink : public TConnectorTest
 {
 protected:
     OwnLink()

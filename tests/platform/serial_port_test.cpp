@@ -1,10 +1,10 @@
 #include "tnv5/platform/serial_port.h"
 
 #include "support/text_printers.h"
+#include "support/wait.h"
 #include "tnv5/platform/com_data_packet.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <pty.h>
@@ -14,18 +14,6 @@
 namespace {
 
 using namespace tnv5::platform;
-
-/// Runs the event loop until `done` or ten seconds have passed.
-template <class Done>
-bool waitFor(Done done)
-{
-    QElapsedTimer limit;
-    limit.start();
-    while (!done() && limit.elapsed() < 10'000) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    }
-    return done();
-}
 
 class SerialPortTest : public testing::Test
 {
@@ -84,9 +72,9 @@ TEST_F(SerialPortTest, ReadsAndWritesARealLine)
     port.Open();
     EXPECT_TRUE(port.Connected());
     send("$01AR1\r$02");
-    EXPECT_TRUE(waitFor([&] { return packets.size() == 1; }));
+    EXPECT_TRUE(eventually([&] { return packets.size() == 1; }));
     send("A\r");
-    EXPECT_TRUE(waitFor([&] { return packets.size() == 2; }));
+    EXPECT_TRUE(eventually([&] { return packets.size() == 2; }));
     EXPECT_EQ(packets, QByteArrayList({"01AR1", "02A"}));
     port.Write("$01A10366\r");
     EXPECT_EQ(receive(10), "$01A10366\r") << "written at once, without a turn of the event loop";
@@ -110,7 +98,7 @@ TEST_F(SerialPortTest, CanBeClosedAndOpenedAgain)
     EXPECT_FALSE(port.Connected());
     port.Open();
     send("$1\r");
-    EXPECT_TRUE(waitFor([&] { return packets.size() == 1; }));
+    EXPECT_TRUE(eventually([&] { return packets.size() == 1; }));
 }
 
 TEST_F(SerialPortTest, SettingsReachAnOpenPort)
@@ -151,7 +139,7 @@ TEST_F(SerialPortTest, APortThatGoesAwayClosesAndReports)
         EXPECT_FALSE(text.isEmpty());
     };
     unplug();
-    EXPECT_TRUE(waitFor([&] { return reports > 0; }));
+    EXPECT_TRUE(eventually([&] { return reports > 0; }));
     EXPECT_FALSE(wasConnected);
     EXPECT_FALSE(port.Connected());
     EXPECT_EQ(reports, 1);
@@ -178,12 +166,12 @@ TEST_F(SerialPortTest, ALineThatArrivesWhileAHandlerPumpsIsNotHeldBack)
         packets << body;
         if (body == "one") {
             send("$two\r");
-            EXPECT_TRUE(waitFor([&] { return packets.contains("two"); })) << "inside the pump";
+            EXPECT_TRUE(eventually([&] { return packets.contains("two"); })) << "inside the pump";
         }
     };
     port.Open();
     send("$one\r");
-    EXPECT_TRUE(waitFor([&] { return packets.size() == 2; }));
+    EXPECT_TRUE(eventually([&] { return packets.size() == 2; }));
 }
 
 TEST_F(SerialPortTest, AReadGapGathersWhatComesInOneBurst)
@@ -192,13 +180,13 @@ TEST_F(SerialPortTest, AReadGapGathersWhatComesInOneBurst)
     packet.OnCustomStop = [](TComDataPacket*, const QByteArray& buffer, qsizetype& pos) {
         pos = buffer.size();
     };
-    port.SetReadGap(50);
+    port.SetReadGap(500); // longer than a busy machine needs from one piece to the next
     port.Open();
     for (const char* piece : {"ab", "cd", "ef"}) {
         send(piece);
         QCoreApplication::processEvents();
     }
-    EXPECT_TRUE(waitFor([&] { return !packets.isEmpty(); }));
+    EXPECT_TRUE(eventually([&] { return !packets.isEmpty(); }));
     EXPECT_EQ(packets, QByteArrayList({"abcdef"}));
 }
 
@@ -217,11 +205,11 @@ TEST_F(SerialPortTest, AHandlerMayCloseOrDestroyThePort)
     };
     doomed->Open();
     send("$close\r");
-    EXPECT_TRUE(waitFor([&] { return packets.size() == 1; }));
+    EXPECT_TRUE(eventually([&] { return packets.size() == 1; }));
     EXPECT_FALSE(doomed->Connected());
     doomed->Open();
     send("$delete\r");
-    EXPECT_TRUE(waitFor([&] { return packets.size() == 2; }));
+    EXPECT_TRUE(eventually([&] { return packets.size() == 2; }));
     EXPECT_EQ(doomed, nullptr);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }

@@ -1,8 +1,6 @@
 // However the stream is cut into reads, the same happens; and nothing that comes in does harm.
 
-#include "event_recorder.h"
-
-#include "support/text_printers.h"
+#include "turnstile_fixture.h"
 
 #include <algorithm>
 #include <random>
@@ -17,14 +15,14 @@ const std::map<int, QVariant> kAnswers{{0, 1}, {1, 1}, {2, 1}, {3, 1}};
 /// What the component does when the reads come in, and in the minute after them.
 QStringList traceOf(const QByteArrayList& reads)
 {
-    TGateBench bench;
-    bench.trace.Answers = kAnswers;
-    bench.gate->SetRemoutDevice(turnstile::podServer);
+    TTurnstileFixture fixture;
+    fixture.Answers = kAnswers;
+    fixture.serve();
     for (const QByteArray& bytes : reads) {
-        bench.port->feed(bytes);
+        fixture.port->feed(bytes);
     }
-    bench.clock.advance(60'000);
-    return bench.trace.take();
+    fixture.clock.advance(60'000);
+    return fixture.trace.take();
 }
 
 QByteArrayList singleBytes(const QByteArray& stream)
@@ -84,65 +82,65 @@ TEST(Cut, EveryPositionOfOneCardGivesTheSame)
 
 TEST(Cut, CoalescedLinesGoToTheEventSplitterFirst)
 {
-    TGateBench bench;
-    bench.port->feed("#01AOne\r$01AX\r#01ATwo\r$01AY\r");
-    bench.trace.expect({read("$01AX"), read("$01AY"), read("#01AOne"), heard("01A", "One"), read("#01ATwo"),
-                        heard("01A", "Two")});
+    TTurnstileFixture fixture;
+    fixture.port->feed("#01AOne\r$01AX\r#01ATwo\r$01AY\r");
+    fixture.trace.expect({read("$01AX"), read("$01AY"), read("#01AOne"), heard("01A", "One"), read("#01ATwo"),
+                          heard("01A", "Two")});
 }
 
 TEST(Cut, EachSplitterSeesTheWholeStream)
 {
-    TGateBench bench;
-    bench.port->feed("#01Aa$02AX\r");
-    bench.trace.expect({read("$02AX"), read("#01Aa$02AX"), heard("01A", "a$02AX")});
-    bench.port->feed("$01AX#y\r");
-    bench.trace.expect({read("$01AX#y"), read("#y"), heard("y", "")});
+    TTurnstileFixture fixture;
+    fixture.port->feed("#01Aa$02AX\r");
+    fixture.trace.expect({read("$02AX"), read("#01Aa$02AX"), heard("01A", "a$02AX")});
+    fixture.port->feed("$01AX#y\r");
+    fixture.trace.expect({read("$01AX#y"), read("#y"), heard("y", "")});
 }
 
 TEST(Cut, StartInsideALineIsContent)
 {
-    TGateBench bench;
-    bench.trace.Answers = kAnswers;
-    bench.port->feed("$01AX$02AY\r");
-    bench.trace.expect({read("$01AX$02AY")});
-    bench.port->feed("##\r");
-    bench.trace.expect({read("##"), heard("#", "")});
+    TTurnstileFixture fixture;
+    fixture.Answers = kAnswers;
+    fixture.port->feed("$01AX$02AY\r");
+    fixture.trace.expect({read("$01AX$02AY")});
+    fixture.port->feed("##\r");
+    fixture.trace.expect({read("##"), heard("#", "")});
 }
 
 TEST(Cut, NoiseBeforeALineIsDropped)
 {
-    TGateBench bench;
-    bench.port->feed("\r\r\n junk \xFF $01AX\r\n");
-    bench.port->feed("more\r#01AOne\rend");
-    bench.trace.expect({read("$01AX"), read("#01AOne"), heard("01A", "One")});
+    TTurnstileFixture fixture;
+    fixture.port->feed("\r\r\n junk \xFF $01AX\r\n");
+    fixture.port->feed("more\r#01AOne\rend");
+    fixture.trace.expect({read("$01AX"), read("#01AOne"), heard("01A", "One")});
 }
 
 TEST(Cut, EmptyLinesAreLines)
 {
-    TGateBench bench;
-    bench.port->feed("$\r#\r");
-    bench.trace.expect({read("$"), "error [02] Device not found ", read("#"), heard("", "")});
+    TTurnstileFixture fixture;
+    fixture.port->feed("$\r#\r");
+    fixture.trace.expect({read("$"), "error [02] Device not found ", read("#"), heard("", "")});
 }
 
 TEST(Cut, LineFeedBelongsToTheLine)
 {
-    TGateBench bench;
-    bench.port->feed("#01AOne\n\r");
-    bench.trace.expect({read("#01AOne\n"), heard("01A", "One\n")});
+    TTurnstileFixture fixture;
+    fixture.port->feed("#01AOne\n\r");
+    fixture.trace.expect({read("#01AOne\n"), heard("01A", "One\n")});
 }
 
 TEST(Cut, HighBytesAreTextInTheCodePage)
 {
-    TGateBench bench;
-    bench.port->feed("#01A\xC4\xE0\r");
-    bench.trace.expect({read("#01AДа"), heard("01A", "Да")});
+    TTurnstileFixture fixture;
+    fixture.port->feed("#01A\xC4\xE0\r");
+    fixture.trace.expect({read("#01AДа"), heard("01A", "Да")});
 }
 
 TEST(Cut, ZeroBytesAreContent)
 {
-    TGateBench bench;
-    bench.port->feed(QByteArray("#01A\0x\r", 7));
-    const QStringList lines = bench.trace.take();
+    TTurnstileFixture fixture;
+    fixture.port->feed(QByteArray("#01A\0x\r", 7));
+    const QStringList lines = fixture.trace.take();
     ASSERT_EQ(lines.size(), 2);
     EXPECT_EQ(lines[0].size(), read("#01A?x").size());
     EXPECT_EQ(lines[0].at(lines[0].size() - 2), QChar(u'\0'));
@@ -151,21 +149,21 @@ TEST(Cut, ZeroBytesAreContent)
 TEST(Cut, OverlongLineIsDroppedAndReadingResumes)
 {
     for (const qsizetype piece : {qsizetype(1'000'000), qsizetype(4'096)}) {
-        TGateBench bench;
-        bench.port->feedInPieces("$01A" + QByteArray(200'000, 'x') + "\r$01AX\r", piece);
-        bench.trace.expect({read("$01AX")});
+        TTurnstileFixture fixture;
+        fixture.port->feedInPieces("$01A" + QByteArray(200'000, 'x') + "\r$01AX\r", piece);
+        fixture.trace.expect({read("$01AX")});
     }
 }
 
 TEST(Cut, EndlessNoiseDoesNotGrowAnything)
 {
-    TGateBench bench;
+    TTurnstileFixture fixture;
     const QByteArray noise(65'536, '$');
     for (int i = 0; i < 100; ++i) {
-        bench.port->feed(noise);
+        fixture.port->feed(noise);
     }
-    bench.port->feed("\r$01AX\r");
-    EXPECT_EQ(bench.trace.take().last(), read("$01AX"));
+    fixture.port->feed("\r$01AX\r");
+    EXPECT_EQ(fixture.trace.take().last(), read("$01AX"));
 }
 
 /// Random streams that look enough like the real thing to reach every branch.
@@ -278,19 +276,19 @@ TEST(RandomCut, NothingBreaksWhateverTheHostDoes)
 {
     for (unsigned seed = 1; seed <= 100; ++seed) {
         RandomStream random(seed);
-        TGateBench bench;
+        TTurnstileFixture fixture;
         for (int mode = 0; mode <= 3; ++mode) {
-            bench.trace.Answers[mode] = random.below(4) == 0 ? QVariant("x") : QVariant(random.below(3) - 1);
+            fixture.Answers[mode] = random.below(4) == 0 ? QVariant("x") : QVariant(random.below(3) - 1);
         }
-        bench.gate->SetDoorIndex(QStringList{"A", "D", "", "DD"}.at(random.below(4)));
-        bench.gate->SetTimeOut(random.below(10) - 3);
-        bench.gate->SetRelayOpen(random.below(14) - 2);
+        fixture.gate->SetDoorIndex(QStringList{"A", "D", "", "DD"}.at(random.below(4)));
+        fixture.gate->SetTimeOut(random.below(10) - 3);
+        fixture.gate->SetRelayOpen(random.below(14) - 2);
         int depth = 0;
-        bench.trace.OnLine = [&](const QString&) {
+        fixture.trace.OnLine = [&](const QString&) {
             if (depth < 2 && random.below(10) == 0) {
                 ++depth;
-                bench.port->feed(random.make(kEventWords + kMessageWords, 3));
-                bench.clock.advance(random.below(300));
+                fixture.port->feed(random.make(kEventWords + kMessageWords, 3));
+                fixture.clock.advance(random.below(300));
                 --depth;
             }
             if (random.below(20) == 0) {
@@ -298,21 +296,21 @@ TEST(RandomCut, NothingBreaksWhateverTheHostDoes)
             }
         };
         for (const QByteArray& bytes : random.cut(random.make(kEventWords + kMessageWords, 60), 20)) {
-            bench.port->feed(bytes);
-            bench.clock.advance(random.below(1'000));
+            fixture.port->feed(bytes);
+            fixture.clock.advance(random.below(1'000));
             if (random.below(15) == 0) {
-                bench.port->Connected() ? bench.port->Close() : bench.port->Open();
+                fixture.port->Connected() ? fixture.port->Close() : fixture.port->Open();
             }
         }
-        bench.trace.OnLine = {};
-        bench.trace.Answers = {{0, 0}, {1, 1}, {2, 1}, {3, 1}};
-        if (bench.gate->StackItemsCount() > 0) {
-            bench.gate->p_hw_ProtocolIn("x"); // the gate still works, and the table empties itself
+        fixture.trace.OnLine = {};
+        fixture.Answers = {{0, 0}, {1, 1}, {2, 1}, {3, 1}};
+        if (fixture.gate->StackItemsCount() > 0) {
+            fixture.gate->p_hw_ProtocolIn("x"); // the gate still works, and the table empties itself
         }
-        bench.clock.advance(100'000);
-        for (int i = 0; i < bench.gate->StackItemsCount(); ++i) {
+        fixture.clock.advance(100'000);
+        for (int i = 0; i < fixture.gate->StackItemsCount(); ++i) {
             // what is left cannot time out: a pass of another channel, or in progress at a door
-            EXPECT_NE(bench.statusOf(i), "NEW") << "seed " << seed;
+            EXPECT_NE(fixture.statusOf(i), "NEW") << "seed " << seed;
         }
     }
 }

@@ -1,17 +1,13 @@
 // The "$" lines of the controllers, one by one.
 
-#include "event_recorder.h"
-
-#include "support/text_printers.h"
+#include "turnstile_fixture.h"
 
 namespace {
 
 using namespace tnv5::tests;
 using tnv5::turnstile::PRFidInfo;
 
-class EventIn : public TGateTest
-{
-};
+using EventIn = TTurnstileTest;
 
 TEST_F(EventIn, CardOfAListedAddress)
 {
@@ -278,11 +274,7 @@ TEST_F(EventIn, DeviceMessagesInAnEventLineAreNothing)
 
 TEST_F(EventIn, TheResultOfALookupIsFixedBeforeThePictureIsAskedFor)
 {
-    trace.OnLine = [&](const QString& line) {
-        if (line.startsWith("img")) {
-            gate->StackItem(0)->Status = "OPEN";
-        }
-    };
+    trace.each("img", [&] { gate->StackItem(0)->Status = "OPEN"; });
     inject("$01AR1");
     EXPECT_EQ(trace.take().mid(0, 4),
               QStringList({read("$01AR1"), "img 01A", looked("01A", "1", "NEW"), come("01A", "1", "NEW")}));
@@ -290,11 +282,7 @@ TEST_F(EventIn, TheResultOfALookupIsFixedBeforeThePictureIsAskedFor)
 
 TEST_F(EventIn, TheResultOfALookupServesTheNextReport)
 {
-    trace.OnLine = [&](const QString& line) {
-        if (line.startsWith("status CHECK")) {
-            gate->StackItem(0)->Status = "XYZ";
-        }
-    };
+    trace.each("status CHECK", [&] { gate->StackItem(0)->Status = "XYZ"; });
     inject("$01AR1");
     trace.expect({read("$01AR1"), "img 01A", looked("01A", "1", "NEW"), come("01A", "1", "NEW")});
 }

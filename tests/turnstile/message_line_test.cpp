@@ -1,17 +1,13 @@
 // The "#" lines of the controllers, one by one.
 
-#include "event_recorder.h"
-
-#include "support/text_printers.h"
+#include "turnstile_fixture.h"
 
 namespace {
 
 using namespace tnv5::tests;
 using tnv5::turnstile::PRFidInfo;
 
-class MessageIn : public TGateTest
-{
-};
+using MessageIn = TTurnstileTest;
 
 TEST_F(MessageIn, AnyTextIsReported)
 {
@@ -73,14 +69,14 @@ TEST_F(MessageIn, AddressesAreAddedExactlyAsTheyCome)
 TEST_F(MessageIn, NoiseCannotGrowTheListWithoutBound)
 {
     QStringList devices;
-    for (qsizetype i = 0; i < TTestGate::kMaxDevices; ++i) {
+    for (qsizetype i = 0; i < TTurnStylerDevice::kMaxDevices; ++i) {
         devices << QString::number(i + 1'000);
     }
     gate->SetDeviceList(devices);
     inject("#01AHardReset");
     inject("#02AWait-Card");
     inject("#03ARelay");
-    EXPECT_EQ(gate->DeviceList().size(), TTestGate::kMaxDevices);
+    EXPECT_EQ(gate->DeviceList().size(), TTurnStylerDevice::kMaxDevices);
 }
 
 TEST_F(MessageIn, RelayIsTheAnswerThatAPassWaitsFor)
@@ -246,9 +242,11 @@ TEST_F(MessageIn, InGateOpensANewPass)
     gate->p_hw_ProtocolIn("x");
     trace.take();
     inject("#01AInG-Activ");
-    trace.expect({read("#01AInG-Activ"), "write $01A10366\\r", sent("$01A103"), heard("01A", "InG-Activ")});
+    trace.expect(
+        {read("#01AInG-Activ"), "write $01A10366\\r", loggedSend("$01A103"), heard("01A", "InG-Activ")});
     inject("#01BInG-Activ");
-    trace.expect({read("#01BInG-Activ"), "write $01B32365\\r", sent("$01B323"), heard("01B", "InG-Activ")});
+    trace.expect(
+        {read("#01BInG-Activ"), "write $01B32365\\r", loggedSend("$01B323"), heard("01B", "InG-Activ")});
     EXPECT_EQ(statusOf(0), "OPEN");
     EXPECT_EQ(statusOf(1), "OPEN");
 }

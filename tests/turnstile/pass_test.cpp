@@ -1,17 +1,13 @@
 // One pass over the table: what it does to an entry in each state, and in which order.
 
-#include "event_recorder.h"
-
-#include "support/text_printers.h"
+#include "turnstile_fixture.h"
 
 namespace {
 
 using namespace tnv5::tests;
 using tnv5::turnstile::PRFidInfo;
 
-class StackPass : public TGateTest
-{
-};
+using StackPass = TTurnstileTest;
 
 TEST_F(StackPass, NothingToDo)
 {
@@ -22,7 +18,7 @@ TEST_F(StackPass, NothingToDo)
 TEST_F(StackPass, NewPassIsOpened)
 {
     makePass("01A", "77");
-    trace.Answers[0] = 1;
+    Answers[0] = 1;
     gate->p_hw_CallStackArray();
     trace.expect({
         "status STACK 01A 77 NEW NEW",
@@ -37,7 +33,7 @@ TEST_F(StackPass, NewPassIsOpened)
 TEST_F(StackPass, NewPassIsRefusedAndRemovedInTheSamePass)
 {
     makePass("01A", "77");
-    trace.Answers[0] = 0;
+    Answers[0] = 0;
     gate->p_hw_CallStackArray();
     trace.expect({
         "status STACK 01A 77 NEW NEW",
@@ -53,7 +49,7 @@ TEST_F(StackPass, NewPassStaysAtAnyOtherAnswer)
 {
     makePass("01A", "77");
     for (const int answer : {-1, 2, 3, -2, 100}) {
-        trace.Answers[0] = answer;
+        Answers[0] = answer;
         gate->p_hw_CallStackArray();
         trace.expect({stack("01A", "77", "NEW"), check("01A", "77", "NEW", 0)});
         EXPECT_EQ(statusOf(0), "NEW");
@@ -85,7 +81,7 @@ TEST_F(StackPass, StateChangesAfterTheCommand)
 {
     for (const int answer : {0, 1}) {
         const PRFidInfo pass = makePass("01A", "77");
-        trace.Answers[0] = answer;
+        Answers[0] = answer;
         QStringList states;
         trace.OnLine = [&](const QString& line) {
             if (line.startsWith("write") || line.startsWith("log")) {
@@ -100,23 +96,23 @@ TEST_F(StackPass, StateChangesAfterTheCommand)
 TEST_F(StackPass, DoorIsOpenedByItsOwnRelay)
 {
     makePass("01D", "77");
-    trace.Answers[0] = 1;
+    Answers[0] = 1;
     gate->p_hw_CallStackArray();
     trace.expect({stack("01D", "77", "NEW"), check("01D", "77", "NEW", 0), "write $01D32363\\r",
-                  sent("$01D323"), stack("01D", "77", "OPEN")});
+                  loggedSend("$01D323"), stack("01D", "77", "OPEN")});
 }
 
 TEST_F(StackPass, PseudoCardIsOpenedByTheCheckItself)
 {
     for (const QString& card : {kManualCard, kButtonCard}) {
-        TGateBench bench;
-        const PRFidInfo pass = bench.makePass("01A", card);
-        bench.trace.Answers[0] = 1;
+        TTurnstileFixture fixture;
+        const PRFidInfo pass = fixture.makePass("01A", card);
+        fixture.Answers[0] = 1;
         QStringList states;
-        bench.trace.OnLine = [&](const QString&) { states << pass->Status; };
-        bench.gate->p_hw_CallStackArray();
-        bench.trace.expect({stack("01A", card, "NEW"), check("01A", card, "NEW", 0), wrote("$01A10366"),
-                            sent("$01A103"), stack("01A", card, "OPEN")});
+        fixture.trace.OnLine = [&](const QString&) { states << pass->Status; };
+        fixture.gate->p_hw_CallStackArray();
+        fixture.trace.expect({stack("01A", card, "NEW"), check("01A", card, "NEW", 0), wrote("$01A10366\r"),
+                              loggedSend("$01A103"), stack("01A", card, "OPEN")});
         EXPECT_EQ(states.join(u' '), "NEW NEW OPEN OPEN OPEN");
     }
 }
@@ -124,15 +120,11 @@ TEST_F(StackPass, PseudoCardIsOpenedByTheCheckItself)
 TEST_F(StackPass, OpenedPseudoCardIsNotSetASecondTime)
 {
     for (const QString& card : {kManualCard, kButtonCard, QStringLiteral("77")}) {
-        TGateBench bench;
-        const PRFidInfo pass = bench.makePass("01A", card);
-        bench.trace.Answers = {{0, 1}, {2, 0}};
-        bench.trace.OnLine = [&](const QString& line) {
-            if (line.startsWith("log")) { // between the command and the change of state
-                pass->Status = "FINISH";
-            }
-        };
-        bench.gate->p_hw_CallStackArray();
+        TTurnstileFixture fixture;
+        const PRFidInfo pass = fixture.makePass("01A", card);
+        fixture.Answers = {{0, 1}, {2, 0}};
+        fixture.trace.each("log", [&] { pass->Status = "FINISH"; });
+        fixture.gate->p_hw_CallStackArray();
         EXPECT_EQ(pass->Status, card == "77" ? "OPEN" : "FINISH");
     }
 }
@@ -141,10 +133,10 @@ TEST_F(StackPass, RefusedPseudoCardIsClosedAllTheSame)
 {
     for (const QString& card : {kManualCard, kButtonCard}) {
         makePass("01A", card);
-        trace.Answers[0] = 0;
+        Answers[0] = 0;
         gate->p_hw_CallStackArray();
-        trace.expect({stack("01A", card, "NEW"), check("01A", card, "NEW", 0), wrote("$01A00064"),
-                      sent("$01A000"), stack("01A", card, "CLOSE")});
+        trace.expect({stack("01A", card, "NEW"), check("01A", card, "NEW", 0), wrote("$01A00064\r"),
+                      loggedSend("$01A000"), stack("01A", card, "CLOSE")});
         EXPECT_EQ(gate->StackItemsCount(), 0);
     }
 }
@@ -152,23 +144,23 @@ TEST_F(StackPass, RefusedPseudoCardIsClosedAllTheSame)
 TEST_F(StackPass, UnansweredPseudoCardIsOpenWithoutACommand)
 {
     for (const int answer : {-1, 2}) {
-        TGateBench bench;
-        bench.trace.Answers[0] = answer;
-        bench.makePass("01A", kManualCard);
-        bench.gate->p_hw_CallStackArray();
-        bench.trace.expect({stack("01A", kManualCard, "NEW"), check("01A", kManualCard, "NEW", 0),
-                            stack("01A", kManualCard, "OPEN")});
-        EXPECT_EQ(bench.statusOf(0), "OPEN");
+        TTurnstileFixture fixture;
+        fixture.Answers[0] = answer;
+        fixture.makePass("01A", kManualCard);
+        fixture.gate->p_hw_CallStackArray();
+        fixture.trace.expect({stack("01A", kManualCard, "NEW"), check("01A", kManualCard, "NEW", 0),
+                              stack("01A", kManualCard, "OPEN")});
+        EXPECT_EQ(fixture.statusOf(0), "OPEN");
     }
 }
 
 TEST_F(StackPass, PseudoCardsAreExact)
 {
     for (const QString card : {"-1-1-1-1", "-2-2-2-2-2 ", "-1-2-1-2-1", "-3-3-3-3-3"}) {
-        TGateBench bench;
-        bench.makePass("01A", card);
-        bench.gate->p_hw_CallStackArray();
-        EXPECT_EQ(bench.statusOf(0), "NEW");
+        TTurnstileFixture fixture;
+        fixture.makePass("01A", card);
+        fixture.gate->p_hw_CallStackArray();
+        EXPECT_EQ(fixture.statusOf(0), "NEW");
     }
 }
 
@@ -182,54 +174,54 @@ struct TOffered
 class OfferedPass : public ::testing::TestWithParam<TOffered>
 {
 protected:
-    TGateBench bench;
-    PRFidInfo pass = bench.makePass("01A", "77", GetParam().status);
+    TTurnstileFixture fixture;
+    PRFidInfo pass = fixture.makePass("01A", "77", GetParam().status);
     QStringList offered{stack("01A", "77", GetParam().status),
                         check("01A", "77", GetParam().status, GetParam().mode)};
 };
 
 TEST_P(OfferedPass, IsRemovedWhenTheHostSaysYes)
 {
-    bench.trace.Answers[GetParam().mode] = 1;
-    bench.gate->p_hw_CallStackArray();
-    bench.trace.expect(offered);
-    EXPECT_EQ(bench.gate->StackItemsCount(), 0);
+    fixture.Answers[GetParam().mode] = 1;
+    fixture.gate->p_hw_CallStackArray();
+    fixture.trace.expect(offered);
+    EXPECT_EQ(fixture.gate->StackItemsCount(), 0);
     EXPECT_EQ(pass.use_count(), 1); // the table has let go of it
 }
 
 TEST_P(OfferedPass, StaysAndIsOfferedAgainAtAnyOtherAnswer)
 {
     for (const int answer : {-1, 0, 2, -2}) {
-        bench.trace.Answers[GetParam().mode] = answer;
-        bench.gate->p_hw_CallStackArray();
-        bench.trace.expect(offered);
-        EXPECT_EQ(bench.statusOf(0), GetParam().status);
+        fixture.Answers[GetParam().mode] = answer;
+        fixture.gate->p_hw_CallStackArray();
+        fixture.trace.expect(offered);
+        EXPECT_EQ(fixture.statusOf(0), GetParam().status);
     }
 }
 
 TEST_P(OfferedPass, StaysWhenTheHandlerLeavesTheResult)
 {
-    bench.gate->p_hw_CallStackArray();
-    bench.trace.expect(offered);
-    EXPECT_EQ(bench.statusOf(0), GetParam().status);
+    fixture.gate->p_hw_CallStackArray();
+    fixture.trace.expect(offered);
+    EXPECT_EQ(fixture.statusOf(0), GetParam().status);
 }
 
 TEST_P(OfferedPass, IsRemovedWithoutAHandler)
 {
-    bench.gate->SetOnCheckSQL({});
-    bench.gate->p_hw_CallStackArray();
-    bench.trace.expect({offered.front()});
-    EXPECT_EQ(bench.gate->StackItemsCount(), 0);
+    fixture.gate->SetOnCheckSQL({});
+    fixture.gate->p_hw_CallStackArray();
+    fixture.trace.expect({offered.front()});
+    EXPECT_EQ(fixture.gate->StackItemsCount(), 0);
 }
 
 TEST_P(OfferedPass, AnswersOfOtherModesDoNotCount)
 {
     for (int mode = 0; mode <= 4; ++mode) {
-        bench.trace.Answers[mode] = mode == GetParam().mode ? 0 : 1;
+        fixture.Answers[mode] = mode == GetParam().mode ? 0 : 1;
     }
-    bench.gate->p_hw_CallStackArray();
-    bench.trace.expect(offered);
-    EXPECT_EQ(bench.gate->StackItemsCount(), 1);
+    fixture.gate->p_hw_CallStackArray();
+    fixture.trace.expect(offered);
+    EXPECT_EQ(fixture.gate->StackItemsCount(), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(States, OfferedPass,
@@ -266,7 +258,7 @@ TEST_F(StackPass, AStateSetByOneCheckIsSeenByTheNext)
 {
     // The host walks one pass through all states that follow each other within a pass over the table.
     const PRFidInfo pass = makePass("01A", "77");
-    trace.Answers = {{0, 2}, {1, 0}, {2, 0}, {3, 0}};
+    Answers = {{0, 2}, {1, 0}, {2, 0}, {3, 0}};
     const std::map<QString, QString> next{
         {check("01A", "77", "NEW", 0), "OPEN"},           {stack("01A", "77", "OPEN"), "NOANSWER"},
         {check("01A", "77", "NOANSWER", 3), "CRC-ERROR"}, {check("01A", "77", "CRC-ERROR", 3), "TIMEOUT"},
@@ -297,12 +289,8 @@ TEST_F(StackPass, AStateSetByOneCheckIsSeenByTheNext)
 TEST_F(StackPass, CloseStandsBetweenTimeoutAndProgress)
 {
     const PRFidInfo pass = makePass("01A", "77", "TIMEOUT");
-    trace.Answers[1] = 0;
-    trace.OnLine = [&](const QString& line) {
-        if (line.startsWith("check")) {
-            pass->Status = "CLOSE";
-        }
-    };
+    Answers[1] = 0;
+    trace.each("check", [&] { pass->Status = "CLOSE"; });
     gate->p_hw_CallStackArray();
     trace.expect(
         {stack("01A", "77", "TIMEOUT"), check("01A", "77", "TIMEOUT", 1), stack("01A", "77", "CLOSE")});
@@ -313,12 +301,8 @@ TEST_F(StackPass, AnEarlierStateWaitsForTheNextPass)
 {
     const PRFidInfo pass = makePass("01A", "77", "FINISH");
     for (const QString status : {"NEW", "OPEN", "NOANSWER", "CRC-ERROR", "TIMEOUT", "CLOSE", "PROGRESS"}) {
-        trace.Answers[2] = 0;
-        trace.OnLine = [&](const QString& line) {
-            if (line.startsWith("check")) {
-                pass->Status = status;
-            }
-        };
+        Answers[2] = 0;
+        trace.each("check", [&] { pass->Status = status; });
         pass->Status = "FINISH";
         gate->p_hw_CallStackArray();
         trace.expect({stack("01A", "77", "FINISH"), check("01A", "77", "FINISH", 2)});
@@ -331,13 +315,13 @@ TEST_F(StackPass, GoesThroughTheWholeTableInOrder)
     makePass("02A", "1");
     makePass("01D", "2", "PROGRESS");
     makePass("01A", "3", "TIMEOUT");
-    trace.Answers = {{0, 1}, {1, 0}};
+    Answers = {{0, 1}, {1, 0}};
     gate->p_hw_CallStackArray();
     trace.expect({
         stack("02A", "1", "NEW"),
         check("02A", "1", "NEW", 0),
-        wrote("$02A10365"),
-        sent("$02A103"),
+        wrote("$02A10365\r"),
+        loggedSend("$02A103"),
         stack("02A", "1", "OPEN"),
         stack("01D", "2", "PROGRESS"),
         stack("01A", "3", "TIMEOUT"),
@@ -353,7 +337,7 @@ TEST_F(StackPass, RemovesAtMostOneAndEndsThere)
     makePass("02A", "3", "CLOSE");
     makePass("03A", "4");
     trace.take();
-    trace.Answers[2] = 1;
+    Answers[2] = 1;
     gate->p_hw_CallStackArray();
     trace.expect({stack("01A", "1", "OPEN"), stack("01B", "2", "FINISH"), check("01B", "2", "FINISH", 2)});
     gate->p_hw_CallStackArray();
@@ -366,24 +350,20 @@ TEST_F(StackPass, RemovesAtMostOneAndEndsThere)
 TEST_F(StackPass, EveryRemovingStateEndsThePass)
 {
     for (const QString status : {"NOANSWER", "CRC-ERROR", "TIMEOUT", "CLOSE", "FINISH"}) {
-        TGateBench bench;
-        bench.makePass("01A", "1", status);
-        bench.makePass("02A", "2");
-        bench.trace.Answers = {{1, 1}, {2, 1}, {3, 1}};
-        bench.gate->p_hw_CallStackArray();
-        EXPECT_EQ(bench.trace.countOf("status STACK 02A"), 0) << status.toStdString();
-        EXPECT_EQ(bench.gate->StackItemsCount(), 1);
+        TTurnstileFixture fixture;
+        fixture.makePass("01A", "1", status);
+        fixture.makePass("02A", "2");
+        fixture.Answers = {{1, 1}, {2, 1}, {3, 1}};
+        fixture.gate->p_hw_CallStackArray();
+        EXPECT_EQ(fixture.trace.countOf("status STACK 02A"), 0) << status.toStdString();
+        EXPECT_EQ(fixture.gate->StackItemsCount(), 1);
     }
 }
 
 TEST_F(StackPass, EntriesMadeMeanwhileWaitForTheNextPass)
 {
     makePass("01A", "1");
-    trace.OnLine = [&](const QString& line) {
-        if (line.startsWith("check")) {
-            gate->p_hw_FindDeviceByRelay("02A", "2");
-        }
-    };
+    trace.each("check", [&] { gate->p_hw_FindDeviceByRelay("02A", "2"); });
     gate->p_hw_CallStackArray();
     trace.expect({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0)});
     EXPECT_EQ(gate->StackItemsCount(), 2);
@@ -408,11 +388,7 @@ TEST_F(StackPass, IsNotEnteredAgain)
 TEST_F(StackPass, ALineReadMeanwhileIsHandledAtOnce)
 {
     makePass("01A", "1");
-    trace.OnLine = [&](const QString& line) {
-        if (line.startsWith("check 01A")) {
-            gate->p_hw_ProtocolIn("$02AR2");
-        }
-    };
+    trace.each("check 01A", [&] { gate->p_hw_ProtocolIn("$02AR2"); });
     gate->p_hw_CallStackArray();
     // the line finds the timer disabled and enables it, but its own pass has to wait
     trace.expect({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0), read("$02AR2"), "img 02A",
@@ -425,7 +401,7 @@ TEST_F(StackPass, ALineReadMeanwhileIsHandledAtOnce)
 
 TEST_F(StackPass, TicksStopOnePassAfterTheLastRemoval)
 {
-    trace.Answers[2] = 1;
+    Answers[2] = 1;
     inject("$01AR1");
     inject("$01AG");
     skip(100); // removed
@@ -447,11 +423,11 @@ TEST_F(StackPass, WithoutHandlersItOnlyCommands)
     gate->SetOnError({});
     gate->SetOnCheckStatus({});
     gate->SetOnGetImg({});
-    trace.Answers = {{0, 1}, {2, 1}};
+    Answers = {{0, 1}, {2, 1}};
     inject("$01AR1");
     inject("$01AG");
     clock.advance(100);
-    trace.expect({check("01A", "1", "NEW", 0), wrote("$01A10366"), check("01A", "1", "FINISH", 2)});
+    trace.expect({check("01A", "1", "NEW", 0), wrote("$01A10366\r"), check("01A", "1", "FINISH", 2)});
     EXPECT_EQ(gate->StackItemsCount(), 0);
 }
 

@@ -1,8 +1,6 @@
 // Time-outs at their exact second, midnight, and the timer of the stack.
 
-#include "event_recorder.h"
-
-#include "support/text_printers.h"
+#include "turnstile_fixture.h"
 
 #include <limits>
 #include <random>
@@ -12,7 +10,7 @@ namespace {
 using namespace tnv5::tests;
 using tnv5::turnstile::PRFidInfo;
 
-class PassTime : public TGateTest
+class PassTime : public TTurnstileTest
 {
 protected:
     /// Milliseconds after its creation at which a pass changes its state; -1: not within the limit.
@@ -122,7 +120,7 @@ TEST_F(PassTime, TimeOutIsTestedBeforeTheAnswer)
 TEST_F(PassTime, UnansweredPassIsOfferedInTheSamePass)
 {
     inject("#01AHello");
-    trace.Answers[0] = 1;
+    Answers[0] = 1;
     inject("$01AR1");
     skip(1'900);
     clock.advance(100);
@@ -158,7 +156,7 @@ TEST_F(PassTime, TimedOutProgressIsOfferedOnTheNextPass)
 {
     openPass("01A");
     inject("$01AP");
-    trace.Answers[1] = 1;
+    Answers[1] = 1;
     skip(15'900);
     clock.advance(100);
     trace.expect({stack("01A", "77", "PROGRESS")});
@@ -181,10 +179,10 @@ TEST_F(PassTime, TimeRunsFromTheCreationOfThePass)
 {
     inject("$01AR1"); // no answer for five seconds, then let in
     skip(5'000);
-    trace.Answers[0] = 1;
+    Answers[0] = 1;
     clock.advance(100);
-    trace.expect({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0), wrote("$01A10366"), sent("$01A103"),
-                  stack("01A", "1", "OPEN"), stack("01A", "1", "NOANSWER"),
+    trace.expect({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0), wrote("$01A10366\r"),
+                  loggedSend("$01A103"), stack("01A", "1", "OPEN"), stack("01A", "1", "NOANSWER"),
                   check("01A", "1", "NOANSWER", 3)});
 }
 
@@ -194,16 +192,16 @@ TEST_F(PassTime, SecondsAreExactWheneverThePassStarted)
     std::uniform_int_distribution<qint64> anyTime(0, 86'400'000 - 60'000);
     const qint64 midnight = TManualClock::at(0, 0);
     for (int i = 0; i < 2'000; ++i) {
-        TGateBench bench;
+        TTurnstileFixture fixture;
         const qint64 start = midnight + anyTime(random);
-        bench.clock.jumpTo(start);
-        const PRFidInfo pass = bench.makePass("01A", "77", "OPEN");
+        fixture.clock.jumpTo(start);
+        const PRFidInfo pass = fixture.makePass("01A", "77", "OPEN");
         pass->StatusHard = "RELAY";
-        bench.clock.jumpTo(start + 7'999);
-        bench.gate->p_hw_CallStackArray();
+        fixture.clock.jumpTo(start + 7'999);
+        fixture.gate->p_hw_CallStackArray();
         ASSERT_EQ(pass->Status, "OPEN") << start;
-        bench.clock.jumpTo(start + 8'000);
-        bench.gate->p_hw_CallStackArray();
+        fixture.clock.jumpTo(start + 8'000);
+        fixture.gate->p_hw_CallStackArray();
         ASSERT_EQ(pass->Status, "TIMEOUT") << start;
     }
 }
@@ -211,7 +209,7 @@ TEST_F(PassTime, SecondsAreExactWheneverThePassStarted)
 TEST_F(PassTime, OddMillisecondsThroughTheTimer)
 {
     clock.jumpTo(TManualClock::at(17, 3, 59, 337));
-    trace.Answers[0] = 1;
+    Answers[0] = 1;
     inject("$01AR1");
     skip(1'999);
     EXPECT_EQ(statusOf(0), "OPEN");
@@ -240,7 +238,7 @@ TEST_F(PassTime, MidnightTimesADoorOutAtOnce)
 TEST_F(PassTime, MidnightTimesAnUnansweredTurnstileOutToo)
 {
     clock.jumpTo(TManualClock::at(23, 59, 59, 900));
-    trace.Answers[0] = 1;
+    Answers[0] = 1;
     inject("$01AR1");
     trace.take();
     clock.advance(100); // the time-out comes first
@@ -250,7 +248,7 @@ TEST_F(PassTime, MidnightTimesAnUnansweredTurnstileOutToo)
 TEST_F(PassTime, MidnightEndsAnUnansweredPassOfAnyOtherChannel)
 {
     clock.jumpTo(TManualClock::at(23, 59, 59, 900));
-    trace.Answers[0] = 1;
+    Answers[0] = 1;
     inject("$01BR1");
     trace.take();
     clock.advance(100);
@@ -307,7 +305,7 @@ TEST_F(PassTime, CheckTimeoutIsExactAtEverySecondOfADay)
     }
 }
 
-class StackTimer : public TGateTest
+class StackTimer : public TTurnstileTest
 {
 protected:
     StackTimer()

@@ -1,9 +1,5 @@
-#include "event_recorder.h"
-
-#include "support/text_printers.h"
-
-#include <QMetaEnum>
-#include <QMetaProperty>
+#include "support/published.h"
+#include "turnstile_fixture.h"
 
 namespace {
 
@@ -18,77 +14,53 @@ QVariant property(const QObject& object, const char* name)
     return value;
 }
 
+const TPublishedTable kPublished = {
+    {"DeviceList", QStringList()},
+    {"ComPort", static_cast<platform::TComPort*>(nullptr)},
+    {"RelayOpen", 1},
+    {"RelayClose", 0},
+    {"RelayOpenDoor", 3},
+    {"RelayCloseDoor", 0},
+    {"TimeDelayOpen", 2},
+    {"TimeOut", 5},
+    {"DoorIndex", QStringLiteral("D")},
+    {"Server", QString()},
+    {"Port", 0},
+    {"RemoutDevice", podNone},
+    {"OnLog", platform::TLogEvent()},
+    {"OnError", platform::TLogEvent()},
+    {"OnCheckStatus", TCheckStatusDevice()},
+    {"OnCheckSQL", TCheckSQLDevice()},
+    {"OnGetImg", TGetImg()},
+};
+
 TEST(Properties, ArePublishedInTheirOrder)
 {
-    const QMetaObject& meta = TTurnStylerDevice::staticMetaObject;
-    QStringList names;
-    for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
-        names << meta.property(i).name();
-        EXPECT_TRUE(meta.property(i).isReadable()) << meta.property(i).name();
-        EXPECT_TRUE(meta.property(i).isWritable()) << meta.property(i).name();
-    }
-    EXPECT_EQ(names.join(u' '), "DeviceList ComPort RelayOpen RelayClose RelayOpenDoor RelayCloseDoor "
-                                "TimeDelayOpen TimeOut DoorIndex Server Port RemoutDevice OnLog OnError "
-                                "OnCheckStatus OnCheckSQL OnGetImg");
+    expectPublished(TTurnStylerDevice::staticMetaObject, kPublished);
 }
 
 TEST(Properties, HaveTheirTypes)
 {
-    const QMetaObject& meta = TTurnStylerDevice::staticMetaObject;
-    const auto typeOf = [&](const char* name) {
-        return meta.property(meta.indexOfProperty(name)).metaType();
-    };
-    EXPECT_EQ(typeOf("DeviceList"), QMetaType::fromType<QStringList>());
-    EXPECT_EQ(typeOf("ComPort"), QMetaType::fromType<platform::TComPort*>());
-    for (const char* name :
-         {"RelayOpen", "RelayClose", "RelayOpenDoor", "RelayCloseDoor", "TimeDelayOpen", "TimeOut", "Port"}) {
-        EXPECT_EQ(typeOf(name), QMetaType::fromType<int>()) << name;
-    }
-    EXPECT_EQ(typeOf("DoorIndex"), QMetaType::fromType<QString>());
-    EXPECT_EQ(typeOf("Server"), QMetaType::fromType<QString>());
-    EXPECT_EQ(typeOf("RemoutDevice"), QMetaType::fromType<TConState>());
-    EXPECT_EQ(typeOf("OnLog"), QMetaType::fromType<platform::TLogEvent>());
-    EXPECT_EQ(typeOf("OnError"), QMetaType::fromType<platform::TLogEvent>());
-    EXPECT_EQ(typeOf("OnCheckStatus"), QMetaType::fromType<TCheckStatusDevice>());
-    EXPECT_EQ(typeOf("OnCheckSQL"), QMetaType::fromType<TCheckSQLDevice>());
-    EXPECT_EQ(typeOf("OnGetImg"), QMetaType::fromType<TGetImg>());
+    expectTypes(TTurnStylerDevice::staticMetaObject, kPublished);
 }
 
 TEST(Properties, HaveTheirDefaults)
 {
     const TTurnStylerDevice gate;
-    EXPECT_EQ(property(gate, "DeviceList").toStringList(), QStringList());
-    EXPECT_EQ(property(gate, "ComPort").value<platform::TComPort*>(), nullptr);
-    EXPECT_EQ(property(gate, "RelayOpen").toInt(), 1);
-    EXPECT_EQ(property(gate, "RelayClose").toInt(), 0);
-    EXPECT_EQ(property(gate, "RelayOpenDoor").toInt(), 3);
-    EXPECT_EQ(property(gate, "RelayCloseDoor").toInt(), 0);
-    EXPECT_EQ(property(gate, "TimeDelayOpen").toInt(), 2);
-    EXPECT_EQ(property(gate, "TimeOut").toInt(), 5);
-    EXPECT_EQ(property(gate, "DoorIndex").toString(), "D");
-    EXPECT_EQ(property(gate, "Server").toString(), "");
-    EXPECT_EQ(property(gate, "Port").toInt(), 0);
-    EXPECT_EQ(property(gate, "RemoutDevice").value<TConState>(), podNone);
-    EXPECT_FALSE(property(gate, "OnLog").value<platform::TLogEvent>());
-    EXPECT_FALSE(property(gate, "OnError").value<platform::TLogEvent>());
-    EXPECT_FALSE(property(gate, "OnCheckStatus").value<TCheckStatusDevice>());
-    EXPECT_FALSE(property(gate, "OnCheckSQL").value<TCheckSQLDevice>());
-    EXPECT_FALSE(property(gate, "OnGetImg").value<TGetImg>());
+    expectDefaults(gate, kPublished);
     EXPECT_EQ(gate.StackItemsCount(), 0);
     EXPECT_FALSE(gate.Designing());
 }
 
-TEST(Properties, KeepWhatIsWrittenEachItsOwn)
+TEST(Properties, KeepNumbersEachItsOwn)
 {
     TTurnStylerDevice gate;
-    const QStringList numbers{"RelayOpen",     "RelayClose", "RelayOpenDoor", "RelayCloseDoor",
-                              "TimeDelayOpen", "TimeOut",    "Port"};
-    for (int i = 0; i < numbers.size(); ++i) {
-        EXPECT_TRUE(gate.setProperty(numbers[i].toLatin1(), 100 + i));
-    }
-    for (int i = 0; i < numbers.size(); ++i) {
-        EXPECT_EQ(property(gate, numbers[i].toLatin1()).toInt(), 100 + i) << numbers[i].toStdString();
-    }
+    expectKeepsNumbers(gate, kPublished);
+}
+
+TEST(Properties, KeepWhatIsWritten)
+{
+    TTurnStylerDevice gate;
     EXPECT_TRUE(gate.setProperty("DeviceList", QStringList({"01A", "02D"})));
     EXPECT_EQ(gate.DeviceList(), QStringList({"01A", "02D"}));
     EXPECT_TRUE(gate.setProperty("DoorIndex", "E"));
@@ -152,9 +124,7 @@ TEST(Properties, ThePortCanBeWritten)
     EXPECT_EQ(gate.DeviceList(), QStringList("01A"));
 }
 
-class Port : public TGateTest
-{
-};
+using Port = TTurnstileTest;
 
 TEST_F(Port, IsNotOwned)
 {
@@ -238,12 +208,12 @@ TEST_F(Port, MayBeDestroyedUnderTheComponent)
     trace.attach(second);
     gate->SetComport(&second);
     gate->p_hw_CheckStatusAll();
-    trace.expect({wrote("$0009001D"), sent("$000900")});
+    trace.expect({wrote("$0009001D\r"), loggedSend("$000900")});
 }
 
 TEST_F(Port, MayServeTwoComponents)
 {
-    TTestGate other;
+    TTurnStylerDevice other;
     QStringList lines;
     other.SetOnLog([&](TComponent*, const QString& line) { lines << line; });
     other.SetComport(port.get());
@@ -271,14 +241,14 @@ TEST_F(Port, AssigningItTouchesNoHardware)
     trace.expect({});
 }
 
-class Designer : public TGateTest
+class Designer : public TTurnstileTest
 {
 protected:
     Designer()
     {
         const platform::TDesignScope designing;
-        gate = std::make_unique<TTestGate>();
-        trace.attach(*gate);
+        gate = std::make_unique<TTurnStylerDevice>();
+        attach();
     }
 };
 
@@ -328,9 +298,9 @@ TEST_F(Designer, HasNoTimer)
 
 TEST_F(Designer, IsInheritedFromTheOwner)
 {
-    const auto* child = new TTestGate(gate.get());
+    const auto* child = new TTurnStylerDevice(gate.get());
     EXPECT_TRUE(child->Designing());
-    EXPECT_FALSE(TTestGate(port.get()).Designing());
+    EXPECT_FALSE(TTurnStylerDevice(port.get()).Designing());
 }
 
 TEST(Owner, FreesTheComponent)

@@ -1,23 +1,19 @@
 // What happens to every line, whatever it says: log, echo, forwarding, the poll, and the start of the stack.
 
-#include "event_recorder.h"
-
-#include "support/text_printers.h"
+#include "turnstile_fixture.h"
 
 namespace {
 
 using namespace tnv5;
 using namespace tnv5::tests;
 
-class ProtocolIn : public TGateTest
-{
-};
+using ProtocolIn = TTurnstileTest;
 
 TEST_F(ProtocolIn, EchoesInServerMode)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
+    serve();
     gate->SetDeviceList({});
-    trace.Answers[0] = 0;
+    Answers[0] = 0;
     inject("$01AR5");
     trace.expect({
         "log %Считано с порта% $01AR5",
@@ -41,7 +37,7 @@ TEST_F(ProtocolIn, EchoesInServerMode)
 
 TEST_F(ProtocolIn, EchoesMessageLines)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
+    serve();
     inject("#01AHello");
     trace.expect({
         read("#01AHello"),
@@ -53,13 +49,13 @@ TEST_F(ProtocolIn, EchoesMessageLines)
 
 TEST_F(ProtocolIn, EchoesWithoutAnyHandler)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
+    serve();
     gate->SetOnLog({});
     gate->SetOnError({});
     gate->SetOnCheckStatus({});
     gate->SetOnCheckSQL({});
     gate->SetOnGetImg({});
-    port->Close();
+    port->WriteFailure = "torn";
     inject("#01DInG-Activ");
     gate->p_hw_CheckStatusAll();
     trace.expect({
@@ -68,40 +64,43 @@ TEST_F(ProtocolIn, EchoesWithoutAnyHandler)
         "echo STATUS!COME!01D!NOCARDNUMBER!InG-Activ!InG-Activ&",
         "echo STATUS!STACK!01D!-2-2-2-2-2!NEW!NEW&",
         "echo STATUS!STACK!01D!-2-2-2-2-2!OPEN!OPEN&",
-        "echo ERROR![04] Порт не открыт или не назначен&",
+        "echo ERROR![03] torn&",
+        "echo LOG!%Отправлено на порт% $000900&",
     });
 }
 
-TEST_F(ProtocolIn, StandAloneAsksNobodyWhetherItIsReady)
+TEST_F(ProtocolIn, StandAloneOpensNoSocket)
 {
     inject("$01AR1");
     inject("#01AHello");
     inject("$000900");
+    gate->ServerEcho("LOG!x&");
     clock.advance(1'000);
-    EXPECT_EQ(gate->ConnectedCalls, 0);
+    EXPECT_FALSE(network.server(0).Active());
+    EXPECT_EQ(network.client(0).Attempts, 0);
 }
 
-TEST_F(ProtocolIn, EchoOfTheComponentItselfIsSilentStandAlone)
+TEST_F(ProtocolIn, AnEchoByHandIsOfTheServerModeOnly)
 {
-    gate->TTurnStylerDevice::ServerEcho("LOG!x&");
-    EXPECT_EQ(gate->ConnectedCalls, 0);
+    gate->ServerEcho("LOG!x&");
     gate->SetRemoutDevice(turnstile::PodClient);
-    gate->TTurnStylerDevice::ServerEcho("LOG!x&");
-    EXPECT_EQ(gate->ConnectedCalls, 0);
+    gate->ServerEcho("LOG!x&");
+    EXPECT_EQ(network.client(0).Attempts, 0);
     trace.expect({});
+    serve();
+    gate->ServerEcho("LOG!Я&");
+    trace.expect({"echo LOG!Я&"});
 }
 
 TEST_F(ProtocolIn, ReportIsFixedBeforeItsHandlerIsCalled)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
+    serve();
     openPass("01A");
-    trace.OnLine = [&](const QString& line) {
-        if (line.startsWith("status COME")) {
-            gate->StackItem(0)->Status = "NEW";
-            gate->StackItem(0)->CardNumber = "other";
-            gate->StackItem(0)->Device = "99Z";
-        }
-    };
+    trace.each("status COME", [&] {
+        gate->StackItem(0)->Status = "NEW";
+        gate->StackItem(0)->CardNumber = "other";
+        gate->StackItem(0)->Device = "99Z";
+    });
     inject("$01AG");
     trace.expect({read("$01AG"), "echo LOG!%Считано с порта% $01AG&", come("01A", "77", "FINISH"),
                   "echo STATUS!COME!01A!77!FINISH!FINISH&"});
@@ -109,7 +108,7 @@ TEST_F(ProtocolIn, ReportIsFixedBeforeItsHandlerIsCalled)
 
 TEST_F(ProtocolIn, ReportsCanBeMadeByTheHost)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
+    serve();
     gate->ShowinternalStatus(gate.get(), "N", "1", "2", "3", "4");
     trace.expect({"status N 1 2 3 4"}); // in this order, without echo
     gate->SetOnCheckStatus({});
@@ -117,14 +116,10 @@ TEST_F(ProtocolIn, ReportsCanBeMadeByTheHost)
     trace.expect({});
 }
 
-class Forwarding : public TGateTest
+class Forwarding : public TTurnstileTest
 {
 protected:
-    Forwarding()
-    {
-        gate->SetRemoutDevice(turnstile::PodClient);
-        gate->Ready = true;
-    }
+    Forwarding() { follow(); }
 };
 
 TEST_F(Forwarding, SendsTheLineUnchangedAndStops)
@@ -154,9 +149,15 @@ TEST_F(Forwarding, WorksWithoutALogHandler)
     trace.expect({"forward $01AR1"});
 }
 
+TEST_F(Forwarding, SendsOneByteACharacter)
+{
+    gate->p_hw_ProtocolIn(QStringLiteral("$Я\u4e16"));
+    EXPECT_EQ(network.client(0).takeSent(), QByteArrayList{"$\xdf?"});
+}
+
 TEST_F(Forwarding, FailureIsReportedAndTheLineIsDone)
 {
-    gate->OnForward = [](const QString&) { throw platform::ESocketError("the line is down"); };
+    network.client(0).SendFailure = "the line is down";
     inject("$01AR1");
     trace.expect({read("$01AR1"), "error [01] the line is down"});
     inject("$000900");
@@ -167,31 +168,41 @@ TEST_F(Forwarding, FailureIsReportedAndTheLineIsDone)
     trace.expect({read("$01AR1")});
 }
 
-TEST_F(Forwarding, NeedsAConnection)
+TEST_F(Forwarding, WithoutALinkTheLineIsHandledHere)
 {
-    gate->Ready = false;
+    network.client(0).Slow = true;
     inject("$01AR1");
     trace.expect({read("$01AR1"), "img 01A", looked("01A", "1", "NEW"), come("01A", "1", "NEW"),
                   stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0)});
-    EXPECT_EQ(gate->ConnectedCalls, 1);
-    inject("$000900");
-    trace.expect({read("$000900"), wrote("$0009001D"), sent("$000900")});
+    inject("$000900"); // the attempt is still under way: no second one
+    trace.expect({read("$000900"), wrote("$0009001D\r"), loggedSend("$000900")});
+    EXPECT_EQ(network.client(0).Attempts, 1);
+    network.client(0).accept();
+    inject("#01AHello");
+    trace.expect({read("#01AHello"), "forward #01AHello"});
+}
+
+TEST_F(Forwarding, ALinkThatCannotBeOpenedIsReportedAtEachLine)
+{
+    network.client(0).OpenFailure = "no such server";
+    for (int time = 0; time < 2; ++time) {
+        inject("#01AHello");
+        trace.expect({read("#01AHello"), "error [01] no such server", heard("01A", "Hello")});
+    }
 }
 
 TEST_F(Forwarding, IsOfTheClientModeOnly)
 {
     gate->SetRemoutDevice(turnstile::podServer);
-    gate->OnEcho = {};
     inject("#01AHello");
     trace.expect({read("#01AHello"), heard("01A", "Hello")});
     gate->SetRemoutDevice(turnstile::podNone);
     inject("#01AHello");
     trace.expect({read("#01AHello"), heard("01A", "Hello")});
+    EXPECT_EQ(network.client(0).Attempts, 0);
 }
 
-class PollLine : public TGateTest
-{
-};
+using PollLine = TTurnstileTest;
 
 TEST_F(PollLine, RunsTheStatusPoll)
 {
@@ -201,13 +212,13 @@ TEST_F(PollLine, RunsTheStatusPoll)
 
 TEST_F(PollLine, EchoesInOrder)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
+    serve();
     inject("$000900");
     trace.expect({
         read("$000900"),
         "echo LOG!%Считано с порта% $000900&",
         "write $0009001D\\r",
-        sent("$000900"),
+        loggedSend("$000900"),
         "echo LOG!%Отправлено на порт% $000900&",
     });
 }
@@ -217,12 +228,12 @@ TEST_F(PollLine, LeavesTheStackTimerAlone)
     makePass("01A", "1");
     inject("$000900");
     clock.advance(1'000);
-    trace.expect({read("$000900"), wrote("$0009001D"), sent("$000900")}); // stopped: stays so
+    trace.expect({read("$000900"), wrote("$0009001D\r"), loggedSend("$000900")}); // stopped: stays so
 
     gate->p_hw_ProtocolIn("x");
     skip(50);
     inject("$000900");
-    trace.expect({read("$000900"), wrote("$0009001D"), sent("$000900")});
+    trace.expect({read("$000900"), wrote("$0009001D\r"), loggedSend("$000900")});
     clock.advance(50); // running: keeps its beat
     trace.expect({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0)});
 }
@@ -240,25 +251,23 @@ TEST_F(PollLine, IsExact)
     EXPECT_EQ(port->takeWritten(), "");
 }
 
-class StackStart : public TGateTest
-{
-};
+using StackStart = TTurnstileTest;
 
 TEST_F(StackStart, EveryLineRunsOnePassAtOnceAndStartsTheTimer)
 {
     for (const QString line : {"$09ZX", "$", "#09ZHello", "#", "x", "", " $01AR1", "R"}) {
-        TGateBench bench;
-        bench.gate->SetOnError({});
-        bench.gate->SetOnCheckStatus({});
-        bench.makePass("01A", "1");
-        bench.gate->p_hw_ProtocolIn(line);
-        bench.trace.expect({read(line), check("01A", "1", "NEW", 0)});
-        bench.clock.advance(99);
-        bench.trace.expect({});
-        bench.clock.advance(1);
-        bench.trace.expect({check("01A", "1", "NEW", 0)});
-        bench.clock.advance(200);
-        bench.trace.expect({check("01A", "1", "NEW", 0), check("01A", "1", "NEW", 0)});
+        TTurnstileFixture fixture;
+        fixture.gate->SetOnError({});
+        fixture.gate->SetOnCheckStatus({});
+        fixture.makePass("01A", "1");
+        fixture.gate->p_hw_ProtocolIn(line);
+        fixture.trace.expect({read(line), check("01A", "1", "NEW", 0)});
+        fixture.clock.advance(99);
+        fixture.trace.expect({});
+        fixture.clock.advance(1);
+        fixture.trace.expect({check("01A", "1", "NEW", 0)});
+        fixture.clock.advance(200);
+        fixture.trace.expect({check("01A", "1", "NEW", 0), check("01A", "1", "NEW", 0)});
     }
 }
 
@@ -298,7 +307,7 @@ TEST_F(StackStart, AnEmptyTableStopsTheTimerInTheSamePass)
 
 TEST_F(StackStart, ATableThatBecameEmptyStopsTheTimerOneTickLater)
 {
-    trace.Answers[0] = 0;
+    Answers[0] = 0;
     inject("$01AR1"); // refused and removed
     EXPECT_EQ(gate->StackItemsCount(), 0);
     trace.take();

@@ -1,32 +1,17 @@
 // Handlers that raise, each at each of its calls.
 
-#include "event_recorder.h"
-
-#include "support/text_printers.h"
+#include "turnstile_fixture.h"
 
 namespace {
 
 using namespace tnv5;
 using namespace tnv5::tests;
 
-class RaisingHandler : public TGateTest
-{
-protected:
-    /// Raises inside the event whose line begins like this, the first time only.
-    void raiseAt(const QString& beginning)
-    {
-        trace.OnLine = [this, beginning, raised = false](const QString& line) mutable {
-            if (line.startsWith(beginning) && !raised) {
-                trace.OnLine = {};
-                throw std::runtime_error("host trouble");
-            }
-        };
-    }
-};
+using RaisingHandler = TTurnstileTest;
 
 TEST_F(RaisingHandler, StatusOfALookupIsReportedAndTheParseGoesOn)
 {
-    raiseAt("status CHECK");
+    trace.raiseOnce("status CHECK");
     inject("$01AR1");
     trace.expect({read("$01AR1"), "img 01A", looked("01A", "1", "NEW"), "error [07] host trouble",
                   come("01A", "1", "NEW"), stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0)});
@@ -34,7 +19,7 @@ TEST_F(RaisingHandler, StatusOfALookupIsReportedAndTheParseGoesOn)
 
 TEST_F(RaisingHandler, StatusOfALineIsReportedAndThePassRuns)
 {
-    raiseAt("status COME");
+    trace.raiseOnce("status COME");
     inject("$01AR1");
     trace.expect({read("$01AR1"), "img 01A", looked("01A", "1", "NEW"), come("01A", "1", "NEW"),
                   "error [07] host trouble", stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0)});
@@ -42,19 +27,19 @@ TEST_F(RaisingHandler, StatusOfALineIsReportedAndThePassRuns)
 
 TEST_F(RaisingHandler, StatusOfThePassIsReportedAndThePassGoesOn)
 {
-    trace.Answers[0] = 0;
-    raiseAt("status STACK");
+    Answers[0] = 0;
+    trace.raiseOnce("status STACK");
     inject("$01AR1");
     EXPECT_EQ(trace.take().mid(4),
               QStringList({stack("01A", "1", "NEW"), "error [07] host trouble", check("01A", "1", "NEW", 0),
-                           wrote("$01A00064"), sent("$01A000"), stack("01A", "1", "CLOSE")}));
+                           wrote("$01A00064\r"), loggedSend("$01A000"), stack("01A", "1", "CLOSE")}));
     EXPECT_EQ(gate->StackItemsCount(), 0);
 }
 
 TEST_F(RaisingHandler, StatusIsEchoedAfterItsError)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
-    raiseAt("status COME");
+    serve();
+    trace.raiseOnce("status COME");
     inject("#01AHello");
     trace.expect({read("#01AHello"), "echo LOG!%Считано с порта% #01AHello&", heard("01A", "Hello"),
                   "error [07] host trouble", "echo STATUS!COME!01A!NOCARDNUMBER!Hello!Hello&"});
@@ -62,7 +47,7 @@ TEST_F(RaisingHandler, StatusIsEchoedAfterItsError)
 
 TEST_F(RaisingHandler, StatusOfADirectCallIsReported)
 {
-    raiseAt("status N");
+    trace.raiseOnce("status N");
     EXPECT_NO_THROW(gate->ShowinternalStatus(gate.get(), "N", "1", "2", "3", "4"));
     trace.expect({"status N 1 2 3 4", "error [07] host trouble"});
 }
@@ -70,7 +55,7 @@ TEST_F(RaisingHandler, StatusOfADirectCallIsReported)
 TEST_F(RaisingHandler, StatusWithoutAnErrorHandlerIsForgotten)
 {
     gate->SetOnError({});
-    raiseAt("status COME");
+    trace.raiseOnce("status COME");
     inject("#01AHello");
     trace.expect({read("#01AHello"), heard("01A", "Hello")});
 }
@@ -91,7 +76,7 @@ TEST_F(RaisingHandler, CheckIsReportedAndThePassGoesOn)
 {
     makePass("02A", "2", "OPEN");
     makePass("01A", "1");
-    raiseAt("check");
+    trace.raiseOnce("check");
     gate->p_hw_CallStackArray();
     trace.expect({stack("02A", "2", "OPEN"), stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0),
                   "error [05] host trouble"});
@@ -101,7 +86,7 @@ TEST_F(RaisingHandler, CheckIsReportedAndThePassGoesOn)
 
 TEST_F(RaisingHandler, LogOfALineEndsTheLine)
 {
-    raiseAt("log");
+    trace.raiseOnce("log");
     inject("$01AR1");
     trace.expect({read("$01AR1"), "raised host trouble"});
     EXPECT_EQ(gate->StackItemsCount(), 0);
@@ -111,7 +96,7 @@ TEST_F(RaisingHandler, LogOfALineEndsTheLine)
 
 TEST_F(RaisingHandler, LogEndsThatLineOnlyOfARead)
 {
-    raiseAt("log");
+    trace.raiseOnce("log");
     port->feed("$01AX\r$01AY\r#01AHello\r");
     trace.expect(
         {read("$01AX"), "raised host trouble", read("$01AY"), read("#01AHello"), heard("01A", "Hello")});
@@ -127,7 +112,7 @@ TEST_F(RaisingHandler, AbortIsSilent)
 
 TEST_F(RaisingHandler, ErrorOfAnUnlistedAddressEndsTheLine)
 {
-    raiseAt("error [02]");
+    trace.raiseOnce("error [02]");
     inject("$03AR1");
     trace.expect({read("$03AR1"), "error [02] Device not found 03A", "raised host trouble"});
     EXPECT_EQ(gate->StackItemsCount(), 0);
@@ -135,7 +120,7 @@ TEST_F(RaisingHandler, ErrorOfAnUnlistedAddressEndsTheLine)
 
 TEST_F(RaisingHandler, PictureEndsTheLineButThePassIsMade)
 {
-    raiseAt("img");
+    trace.raiseOnce("img");
     inject("$01AR1");
     trace.expect({read("$01AR1"), "img 01A", "raised host trouble"});
     EXPECT_EQ(gate->StackItemsCount(), 1);
@@ -144,26 +129,27 @@ TEST_F(RaisingHandler, PictureEndsTheLineButThePassIsMade)
 
 TEST_F(RaisingHandler, LogOfACommandEndsThePassAndTheNextOneRuns)
 {
-    trace.Answers[0] = 1;
-    raiseAt("log %Отправлено");
+    Answers[0] = 1;
+    trace.raiseOnce("log %Отправлено");
     inject("$01AR1");
-    EXPECT_EQ(trace.take().mid(4), QStringList({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0),
-                                                wrote("$01A10366"), sent("$01A103"), "raised host trouble"}));
+    EXPECT_EQ(trace.take().mid(4),
+              QStringList({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0), wrote("$01A10366\r"),
+                           loggedSend("$01A103"), "raised host trouble"}));
     EXPECT_EQ(statusOf(0), "NEW"); // the state was to be set after the command
     clock.advance(100);            // the pass is entered again: nothing is left busy
-    trace.expect({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0), wrote("$01A10366"), sent("$01A103"),
-                  stack("01A", "1", "OPEN")});
+    trace.expect({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0), wrote("$01A10366\r"),
+                  loggedSend("$01A103"), stack("01A", "1", "OPEN")});
 }
 
 TEST_F(RaisingHandler, LogInATickGoesToTheExceptionHandler)
 {
     inject("$01AR1");
     trace.take();
-    trace.Answers[0] = 0;
-    raiseAt("log");
+    Answers[0] = 0;
+    trace.raiseOnce("log");
     clock.advance(100);
-    trace.expect({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0), wrote("$01A00064"), sent("$01A000"),
-                  "raised host trouble"});
+    trace.expect({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0), wrote("$01A00064\r"),
+                  loggedSend("$01A000"), "raised host trouble"});
     clock.advance(100); // the timer still ticks
     EXPECT_EQ(trace.countOf("write $01A00064"), 1);
     EXPECT_EQ(gate->StackItemsCount(), 0);
@@ -172,8 +158,8 @@ TEST_F(RaisingHandler, LogInATickGoesToTheExceptionHandler)
 TEST_F(RaisingHandler, ErrorOfACommandEndsThePass)
 {
     port->Close();
-    trace.Answers[0] = 1;
-    raiseAt("error [04]");
+    Answers[0] = 1;
+    trace.raiseOnce("error [04]");
     inject("$01AR1");
     EXPECT_EQ(trace.take().mid(6), QStringList({kPortClosed, "raised host trouble"}));
     EXPECT_EQ(statusOf(0), "NEW");
@@ -184,7 +170,7 @@ TEST_F(RaisingHandler, ErrorOfACommandEndsThePass)
 TEST_F(RaisingHandler, ErrorAboutARaisingHandlerEndsThePass)
 {
     gate->SetOnCheckSQL([](auto&&...) { throw std::runtime_error("first"); });
-    raiseAt("error [05]");
+    trace.raiseOnce("error [05]");
     inject("$01AR1");
     EXPECT_EQ(trace.take().mid(4),
               QStringList({stack("01A", "1", "NEW"), "error [05] first", "raised host trouble"}));
@@ -195,7 +181,7 @@ TEST_F(RaisingHandler, ErrorAboutARaisingHandlerEndsThePass)
 TEST_F(RaisingHandler, ErrorAboutARaisingStatusEndsTheLine)
 {
     gate->SetOnCheckStatus([](auto&&...) { throw std::runtime_error("first"); });
-    raiseAt("error [07]");
+    trace.raiseOnce("error [07]");
     inject("$01AR1");
     trace.expect({read("$01AR1"), "img 01A", "error [07] first", "raised host trouble"});
 }
@@ -203,20 +189,20 @@ TEST_F(RaisingHandler, ErrorAboutARaisingStatusEndsTheLine)
 TEST_F(RaisingHandler, ErrorAboutAFailedWriteEndsTheCommandWithoutItsLog)
 {
     port->WriteFailure = "cable pulled";
-    raiseAt("error [03]");
+    trace.raiseOnce("error [03]");
     inject("$000900");
     trace.expect({read("$000900"), "error [03] cable pulled", "raised host trouble"});
 }
 
 TEST_F(RaisingHandler, DirectCallMayBeRepeated)
 {
-    trace.Answers[0] = 1;
+    Answers[0] = 1;
     makePass("01A", "1");
-    raiseAt("log");
+    trace.raiseOnce("log");
     // where the caller is the host itself, the exception may reach it
     platform::guarded([&] { gate->p_hw_CallStackArray(); });
-    trace.expect({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0), wrote("$01A10366"), sent("$01A103"),
-                  "raised host trouble"});
+    trace.expect({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0), wrote("$01A10366\r"),
+                  loggedSend("$01A103"), "raised host trouble"});
     gate->p_hw_CallStackArray();
     EXPECT_EQ(statusOf(0), "OPEN");
 }
@@ -234,22 +220,18 @@ TEST_F(RaisingHandler, EveryPassEndsUnbusyWhereverItsHandlersRaise)
     const QString events[] = {"status STACK", "check", "write", "log %Отправлено"};
     for (const QString& event : events) {
         for (const int answer : {0, 1}) {
-            TGateBench bench;
-            bench.trace.Answers[0] = answer;
-            bench.makePass("01A", "1");
-            bench.trace.OnLine = [&](const QString& line) {
-                if (line.startsWith(event)) {
-                    throw std::runtime_error("x");
-                }
-            };
-            bench.inject("#01AHello");
-            bench.clock.advance(100);
-            bench.trace.OnLine = {};
-            bench.skip(100);
-            bench.makePass("02A", "2");
-            bench.trace.Answers[0] = -1;
-            bench.gate->p_hw_CallStackArray();
-            EXPECT_EQ(bench.trace.countOf("check 02A 2 NEW"), 1) << event.toStdString();
+            TTurnstileFixture fixture;
+            fixture.Answers[0] = answer;
+            fixture.makePass("01A", "1");
+            fixture.trace.each(event, [&] { throw std::runtime_error("x"); });
+            fixture.inject("#01AHello");
+            fixture.clock.advance(100);
+            fixture.trace.OnLine = {};
+            fixture.skip(100);
+            fixture.makePass("02A", "2");
+            fixture.Answers[0] = -1;
+            fixture.gate->p_hw_CallStackArray();
+            EXPECT_EQ(fixture.trace.countOf("check 02A 2 NEW"), 1) << event.toStdString();
         }
     }
 }

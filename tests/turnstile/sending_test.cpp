@@ -1,8 +1,6 @@
 // Commands: what is written, and what is told to whom in which order when it cannot be.
 
-#include "event_recorder.h"
-
-#include "support/text_printers.h"
+#include "turnstile_fixture.h"
 
 #include <limits>
 
@@ -11,9 +9,7 @@ namespace {
 using namespace tnv5;
 using namespace tnv5::tests;
 
-class Sending : public TGateTest
-{
-};
+using Sending = TTurnstileTest;
 
 TEST_F(Sending, OpenAndRefuse)
 {
@@ -27,9 +23,9 @@ TEST_F(Sending, OpenAndRefuse)
     gate->p_hw_SendComCommand(2, 1);
     EXPECT_EQ(port->takeWrites(),
               QByteArrayList({"$01A10366\r", "$01A00064\r", "$01D32363\r", "$01D00061\r", "$01B32365\r"}));
-    trace.expect({wrote("$01A10366"), sent("$01A103"), wrote("$01A00064"), sent("$01A000"),
-                  wrote("$01D32363"), sent("$01D323"), wrote("$01D00061"), sent("$01D000"),
-                  wrote("$01B32365"), sent("$01B323")});
+    trace.expect({wrote("$01A10366\r"), loggedSend("$01A103"), wrote("$01A00064\r"), loggedSend("$01A000"),
+                  wrote("$01D32363\r"), loggedSend("$01D323"), wrote("$01D00061\r"), loggedSend("$01D000"),
+                  wrote("$01B32365\r"), loggedSend("$01B323")});
     EXPECT_EQ(statusOf(0), "NEW"); // a command alone changes no state
 }
 
@@ -46,8 +42,8 @@ TEST_F(Sending, FollowsTheProperties)
     gate->p_hw_SendComCommand(0, 0);
     gate->p_hw_SendComCommand(1, 1);
     gate->p_hw_SendComCommand(1, 0);
-    trace.expect({wrote("$01A40868"), sent("$01A408"), wrote("$01A50061"), sent("$01A500"),
-                  wrote("$01D6286D"), sent("$01D628"), wrote("$01D50064"), sent("$01D500")});
+    trace.expect({wrote("$01A40868\r"), loggedSend("$01A408"), wrote("$01A50061\r"), loggedSend("$01A500"),
+                  wrote("$01D6286D\r"), loggedSend("$01D628"), wrote("$01D50064\r"), loggedSend("$01D500")});
 }
 
 TEST_F(Sending, DoorIndexPlaysNoPart)
@@ -55,7 +51,7 @@ TEST_F(Sending, DoorIndexPlaysNoPart)
     gate->SetDoorIndex("A");
     makePass("01A", "1");
     gate->p_hw_SendComCommand(0, 1);
-    trace.expect({wrote("$01A10366"), sent("$01A103")});
+    trace.expect({wrote("$01A10366\r"), loggedSend("$01A103")});
 }
 
 TEST_F(Sending, NumbersAboveNineLengthenTheCommand)
@@ -63,11 +59,11 @@ TEST_F(Sending, NumbersAboveNineLengthenTheCommand)
     gate->SetRelayOpen(12);
     makePass("01A", "1");
     gate->p_hw_SendComCommand(0, 1);
-    trace.expect({wrote("$01A120367"), sent("$01A1203")});
+    trace.expect({wrote("$01A120367\r"), loggedSend("$01A1203")});
     gate->SetRelayOpen(1);
     gate->SetTimeDelayOpen(9);
     gate->p_hw_SendComCommand(0, 1);
-    trace.expect({wrote("$01A101064"), sent("$01A1010")});
+    trace.expect({wrote("$01A101064\r"), loggedSend("$01A1010")});
 }
 
 TEST_F(Sending, NegativeNumbersAreNoDigits)
@@ -78,7 +74,7 @@ TEST_F(Sending, NegativeNumbersAreNoDigits)
     const QStringList lines = trace.take();
     ASSERT_EQ(lines.size(), 2);
     EXPECT_TRUE(lines[0].startsWith("error [04] "));
-    EXPECT_EQ(lines[1], sent("$01A-103"));
+    EXPECT_EQ(lines[1], loggedSend("$01A-103"));
 }
 
 TEST_F(Sending, LargestOpeningTimeIsNoOverflow)
@@ -119,75 +115,72 @@ TEST_F(Sending, Relays)
     gate->p_hw_relay("01A", "3", 0);
     gate->p_hw_relay("01A", "3", 1); // the same as off
     gate->p_hw_relay("12B", "9", 1);
-    trace.expect({wrote("$01D30062"), sent("$01D300"), wrote("$01D32060"), sent("$01D320"),
-                  wrote("$01A30067"), sent("$01A300"), wrote("$01A30067"), sent("$01A300"),
-                  wrote("$12B92061"), sent("$12B920")});
+    trace.expect({wrote("$01D30062\r"), loggedSend("$01D300"), wrote("$01D32060\r"), loggedSend("$01D320"),
+                  wrote("$01A30067\r"), loggedSend("$01A300"), wrote("$01A30067\r"), loggedSend("$01A300"),
+                  wrote("$12B92061\r"), loggedSend("$12B920")});
     EXPECT_EQ(gate->StackItemsCount(), 0);
 }
 
 TEST_F(Sending, RelayTextIsTakenAsItIs)
 {
     gate->p_hw_relay("01D", "12", 1);
-    trace.expect({wrote("$01D122060"), sent("$01D1220")});
+    trace.expect({wrote("$01D122060\r"), loggedSend("$01D1220")});
 }
 
 TEST_F(Sending, Poll)
 {
     gate->p_hw_CheckStatusAll();
-    trace.expect({wrote("$0009001D"), sent("$000900")});
+    trace.expect({wrote("$0009001D\r"), loggedSend("$000900")});
     EXPECT_EQ(port->takeWritten(), "$0009001D\r");
 }
 
 TEST_F(Sending, EchoesTheSentCommand)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
+    serve();
     gate->p_hw_relay("01D", "3", 1);
     trace.expect(
-        {wrote("$01D32060"), "log %Отправлено на порт% $01D320", "echo LOG!%Отправлено на порт% $01D320&"});
+        {wrote("$01D32060\r"), "log %Отправлено на порт% $01D320", "echo LOG!%Отправлено на порт% $01D320&"});
 }
 
 TEST_F(Sending, WorksWithoutALogHandler)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
+    serve();
     gate->SetOnLog({});
     gate->p_hw_CheckStatusAll();
-    trace.expect({wrote("$0009001D"), "echo LOG!%Отправлено на порт% $000900&"});
+    trace.expect({wrote("$0009001D\r"), "echo LOG!%Отправлено на порт% $000900&"});
 }
 
 TEST_F(Sending, ClosedPortIsTheOnlyThingReported)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
+    serve();
     makePass("01A", "1");
-    port->Close();
-    const auto expectClosed = [&] {
-        trace.expect({
-            "error [04] Порт не открыт или не назначен",
-            "echo ERROR![04] Порт не открыт или не назначен&",
-        });
+    const auto expectClosed = [&](const std::function<void()>& send) {
+        port->Close();
+        send();
+        trace.expect({kPortClosed}); // a server whose port is closed is not ready to echo
+        port->Close();
+        trace.once("error", [&] { port->Open(); }); // unless the host opens it there and then
+        send();
+        trace.expect({kPortClosed, "echo ERROR![04] Порт не открыт или не назначен&"});
     };
-    gate->p_hw_SendComCommand(0, 1);
-    expectClosed();
-    gate->p_hw_SendComCommand(0, 0);
-    expectClosed();
-    gate->p_hw_relay("01A", "1", 0);
-    expectClosed();
-    gate->p_hw_relay("xx", "y", 1); // not even the checksum is tried
-    expectClosed();
-    gate->p_hw_CheckStatusAll();
-    expectClosed();
+    expectClosed([&] { gate->p_hw_SendComCommand(0, 1); });
+    expectClosed([&] { gate->p_hw_SendComCommand(0, 0); });
+    expectClosed([&] { gate->p_hw_relay("01A", "1", 0); });
+    expectClosed([&] { gate->p_hw_relay("xx", "y", 1); }); // not even the checksum is tried
+    expectClosed([&] { gate->p_hw_CheckStatusAll(); });
     gate->SetComport(nullptr);
     gate->p_hw_CheckStatusAll();
-    expectClosed();
+    trace.expect({kPortClosed});
 }
 
 TEST_F(Sending, ClosedPortStopsNoDecision)
 {
     port->Close();
-    trace.Answers[0] = 1;
+    Answers[0] = 1;
     inject("$01AR1");
     EXPECT_EQ(trace.take().mid(4), QStringList({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0),
                                                 kPortClosed, stack("01A", "1", "OPEN")}));
-    trace.Answers[0] = 0;
+    Answers[0] = 0;
     inject("$02AR2");
     trace.take();
     clock.advance(100);
@@ -198,7 +191,7 @@ TEST_F(Sending, ClosedPortStopsNoDecision)
 
 TEST_F(Sending, FailedWriteIsReportedAndStillLogged)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
+    serve();
     makePass("01A", "1");
     port->WriteFailure = "cable pulled";
     gate->p_hw_SendComCommand(0, 1);
@@ -209,14 +202,14 @@ TEST_F(Sending, FailedWriteIsReportedAndStillLogged)
         "echo LOG!%Отправлено на порт% $01A103&",
     });
     gate->p_hw_relay("01D", "3", 1);
-    trace.expect({"error [04] cable pulled", "echo ERROR![04] cable pulled&", sent("$01D320"),
+    trace.expect({"error [04] cable pulled", "echo ERROR![04] cable pulled&", loggedSend("$01D320"),
                   "echo LOG!%Отправлено на порт% $01D320&"});
     EXPECT_EQ(port->takeWritten(), "");
 }
 
 TEST_F(Sending, FailedWriteOfThePollHasItsOwnCode)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
+    serve();
     port->WriteFailure = "cable pulled";
     gate->p_hw_CheckStatusAll();
     trace.expect({
@@ -229,7 +222,7 @@ TEST_F(Sending, FailedWriteOfThePollHasItsOwnCode)
 
 TEST_F(Sending, FailedWriteIsEchoedAndLoggedWithoutHandlers)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
+    serve();
     gate->SetOnError({});
     gate->SetOnLog({});
     port->WriteFailure = "cable pulled";
@@ -240,16 +233,16 @@ TEST_F(Sending, FailedWriteIsEchoedAndLoggedWithoutHandlers)
 TEST_F(Sending, FailedWriteStopsNoDecision)
 {
     port->WriteFailure = "cable pulled";
-    trace.Answers[0] = 1;
+    Answers[0] = 1;
     makePass("01A", "1");
     gate->p_hw_CallStackArray();
     trace.expect({stack("01A", "1", "NEW"), check("01A", "1", "NEW", 0), "error [04] cable pulled",
-                  sent("$01A103"), stack("01A", "1", "OPEN")});
+                  loggedSend("$01A103"), stack("01A", "1", "OPEN")});
 }
 
 TEST_F(Sending, MisshapenAddressIsReportedLikeAFailedWrite)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
+    serve();
     for (const QString device : {"0xA", "A1A", "1A", "", "01"}) {
         gate->p_hw_relay(device, "3", 0);
         const QStringList lines = trace.take();
@@ -257,7 +250,7 @@ TEST_F(Sending, MisshapenAddressIsReportedLikeAFailedWrite)
         EXPECT_TRUE(lines[0].startsWith("error [04] "));
         EXPECT_GT(lines[0].size(), QString("error [04] ").size());
         EXPECT_EQ(lines[1], "echo ERROR!" + lines[0].mid(6) + u'&');
-        EXPECT_EQ(lines[2], sent(u'$' + device + "300"));
+        EXPECT_EQ(lines[2], loggedSend(u'$' + device + "300"));
         EXPECT_EQ(lines[3], "echo LOG!%Отправлено на порт% $" + device + "300&");
     }
     EXPECT_EQ(port->takeWritten(), "");
@@ -265,7 +258,7 @@ TEST_F(Sending, MisshapenAddressIsReportedLikeAFailedWrite)
 
 TEST_F(Sending, MisshapenAddressStopsNoGate)
 {
-    trace.Answers[0] = 1;
+    Answers[0] = 1;
     makePass("xyA", "1");
     makePass("01A", "2");
     gate->p_hw_CallStackArray();

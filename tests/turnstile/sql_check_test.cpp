@@ -1,8 +1,6 @@
 // The host's decision: what it is asked, and how its answer is read.
 
-#include "event_recorder.h"
-
-#include "support/text_printers.h"
+#include "turnstile_fixture.h"
 
 namespace {
 
@@ -10,7 +8,7 @@ using namespace tnv5;
 using namespace tnv5::tests;
 using tnv5::turnstile::PRFidInfo;
 
-class SqlCheck : public TGateTest
+class SqlCheck : public TTurnstileTest
 {
 protected:
     PRFidInfo pass = makePass("01A", "77");
@@ -67,7 +65,7 @@ TEST_F(SqlCheck, ReturnsTheAnswer)
 {
     for (int mode = 0; mode <= 3; ++mode) {
         for (const int answer : {-5, -1, 0, 1, 2, 1'000}) {
-            trace.Answers[mode] = answer;
+            Answers[mode] = answer;
             EXPECT_EQ(gate->p_hw_SQLCheck(0, mode), answer);
         }
     }
@@ -91,7 +89,7 @@ TEST_F(SqlCheck, WithoutAHandlerNewIsUnansweredAndTheRestIsRetired)
 
 TEST_F(SqlCheck, OtherModesAreNotAsked)
 {
-    trace.Answers = {{4, 1}, {-1, 1}, {100, 1}};
+    Answers = {{4, 1}, {-1, 1}, {100, 1}};
     for (const int mode : {4, -1, 100}) {
         EXPECT_EQ(gate->p_hw_SQLCheck(0, mode), -1);
     }
@@ -117,7 +115,7 @@ TEST_F(SqlCheck, PseudoCardIsOpenAfterModeZeroWhateverTheAnswer)
         pass->CardNumber = card;
         for (const int answer : {-1, 0, 1, 2}) {
             pass->Status = "NEW";
-            trace.Answers[0] = answer;
+            Answers[0] = answer;
             EXPECT_EQ(gate->p_hw_SQLCheck(0, 0), answer);
             EXPECT_EQ(pass->Status, "OPEN");
         }
@@ -129,7 +127,7 @@ TEST_F(SqlCheck, PseudoCardIsOpenAfterModeZeroWhateverTheAnswer)
         gate->SetOnCheckSQL({});
         gate->p_hw_SQLCheck(0, 0);
         EXPECT_EQ(pass->Status, "OPEN");
-        trace.attach(*gate);
+        attach();
     }
 }
 
@@ -153,7 +151,7 @@ TEST_F(SqlCheck, ReadsWhateverAHostAnswersWithAsAnInteger)
         {QVariant(QString("-1")), -1},
     };
     for (const auto& [answer, expected] : answers) {
-        trace.Answers[0] = answer;
+        Answers[0] = answer;
         EXPECT_EQ(gate->p_hw_SQLCheck(0, 0), expected) << answer.toString().toStdString();
     }
     EXPECT_EQ(trace.countOf("error"), 0);
@@ -166,7 +164,7 @@ TEST_F(SqlCheck, AnswerThatIsNoIntegerCountsAsAFailure)
                                 QVariant(1e20),  QVariant()};
     for (const QVariant& answer : answers) {
         for (int mode = 0; mode <= 3; ++mode) {
-            trace.Answers[mode] = answer;
+            Answers[mode] = answer;
             EXPECT_EQ(gate->p_hw_SQLCheck(0, mode), mode == 0 ? -1 : 1) << answer.toString().toStdString();
             const QStringList lines = trace.take();
             ASSERT_EQ(lines.size(), 2);
@@ -178,12 +176,8 @@ TEST_F(SqlCheck, AnswerThatIsNoIntegerCountsAsAFailure)
 
 TEST_F(SqlCheck, RaisingHandlerIsReportedAndTheResultKept)
 {
-    trace.Answers = {{0, 0}, {1, 0}, {2, 0}, {3, 0}}; // set before it raises: does not count
-    trace.OnLine = [](const QString& line) {
-        if (line.startsWith("check")) {
-            throw std::runtime_error("database is gone");
-        }
-    };
+    Answers = {{0, 0}, {1, 0}, {2, 0}, {3, 0}}; // set before it raises: does not count
+    trace.each("check", [] { throw std::runtime_error("database is gone"); });
     for (int mode = 0; mode <= 3; ++mode) {
         EXPECT_EQ(gate->p_hw_SQLCheck(0, mode), mode == 0 ? -1 : 1);
         trace.expect({check("01A", "77", "NEW", mode), "error [05] database is gone"});
@@ -195,7 +189,7 @@ TEST_F(SqlCheck, RaisingHandlerIsReportedAndTheResultKept)
 
 TEST_F(SqlCheck, FailureIsNotEchoed)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
+    serve();
     gate->SetOnCheckSQL([](auto&&...) { throw platform::Exception("x"); });
     gate->p_hw_SQLCheck(0, 0);
     trace.expect({"error [05] x"});
@@ -225,7 +219,7 @@ TEST_F(SqlCheck, RaisingHandlerLeavesACardNewAndAPseudoCardOpen)
 
 TEST_F(SqlCheck, UnreadableAnswerLeavesAPseudoCardOpen)
 {
-    trace.Answers[0] = "maybe";
+    Answers[0] = "maybe";
     pass->CardNumber = kButtonCard;
     EXPECT_EQ(gate->p_hw_SQLCheck(0, 0), -1);
     EXPECT_EQ(pass->Status, "OPEN");
@@ -234,24 +228,20 @@ TEST_F(SqlCheck, UnreadableAnswerLeavesAPseudoCardOpen)
 TEST_F(SqlCheck, RaisingHandlerRetiresPassesThatAreOver)
 {
     for (const QString status : {"NOANSWER", "CRC-ERROR", "TIMEOUT", "FINISH"}) {
-        TGateBench bench;
-        bench.makePass("01A", "77", status);
-        bench.gate->SetOnCheckSQL([](auto&&...) { throw std::runtime_error("x"); });
-        bench.gate->p_hw_CallStackArray();
-        bench.trace.expect({stack("01A", "77", status), "error [05] x"});
-        EXPECT_EQ(bench.gate->StackItemsCount(), 0);
+        TTurnstileFixture fixture;
+        fixture.makePass("01A", "77", status);
+        fixture.gate->SetOnCheckSQL([](auto&&...) { throw std::runtime_error("x"); });
+        fixture.gate->p_hw_CallStackArray();
+        fixture.trace.expect({stack("01A", "77", status), "error [05] x"});
+        EXPECT_EQ(fixture.gate->StackItemsCount(), 0);
     }
 }
 
 TEST_F(SqlCheck, TheHostsChangesOfThePassAreSeen)
 {
     // a host may take a decision into its own hands while it is asked
-    trace.Answers[0] = 1;
-    trace.OnLine = [&](const QString& line) {
-        if (line.startsWith("check")) {
-            pass->CardNumber = kManualCard;
-        }
-    };
+    Answers[0] = 1;
+    trace.each("check", [&] { pass->CardNumber = kManualCard; });
     gate->p_hw_CallStackArray();
     EXPECT_EQ(pass->Status, "OPEN");
     EXPECT_EQ(trace.countOf("write $01A10366"), 1);

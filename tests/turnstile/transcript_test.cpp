@@ -1,15 +1,13 @@
 // Whole passes from the card to the passage, byte by byte and event by event.
 
-#include "event_recorder.h"
-
-#include "support/text_printers.h"
+#include "turnstile_fixture.h"
 
 namespace {
 
 using namespace tnv5;
 using namespace tnv5::tests;
 
-class Transcript : public TGateTest
+class Transcript : public TTurnstileTest
 {
 protected:
     /// Ticks on which the table is only reported.
@@ -22,7 +20,7 @@ protected:
 
 TEST_F(Transcript, TurnstileOpenedAndPassed)
 {
-    trace.Answers = {{0, 1}, {2, 1}};
+    Answers = {{0, 1}, {2, 1}};
     inject("$01AR12345678");
     trace.expect({
         "log %Считано с порта% $01AR12345678",
@@ -66,8 +64,8 @@ TEST_F(Transcript, TurnstileOpenedAndPassed)
 
 TEST_F(Transcript, TurnstileOpenedAndPassedForTheMonitor)
 {
-    gate->SetRemoutDevice(turnstile::podServer);
-    trace.Answers = {{0, 1}, {2, 1}};
+    serve();
+    Answers = {{0, 1}, {2, 1}};
     inject("$01AR1");
     trace.expect({
         "log %Считано с порта% $01AR1",
@@ -105,7 +103,7 @@ TEST_F(Transcript, TurnstileOpenedAndPassedForTheMonitor)
 
 TEST_F(Transcript, TurnstileRefused)
 {
-    trace.Answers[0] = 0;
+    Answers[0] = 0;
     inject("$01AR12345678");
     trace.expect({
         "log %Считано с порта% $01AR12345678",
@@ -125,7 +123,7 @@ TEST_F(Transcript, TurnstileRefused)
 
 TEST_F(Transcript, TurnstileTimedOut)
 {
-    trace.Answers = {{0, 1}, {1, 1}};
+    Answers = {{0, 1}, {1, 1}};
     inject("$01AR1");
     inject("#01ARelay");
     trace.take();
@@ -143,7 +141,7 @@ TEST_F(Transcript, TurnstileTimedOut)
 
 TEST_F(Transcript, TurnstileUnanswered)
 {
-    trace.Answers = {{0, 1}, {3, 1}};
+    Answers = {{0, 1}, {3, 1}};
     inject("$01AR1");
     trace.take();
     expectIdleTicks(19, stack("01A", "1", "OPEN"));
@@ -159,7 +157,7 @@ TEST_F(Transcript, TurnstileUnanswered)
 
 TEST_F(Transcript, UnansweredPassOfferedUntilTheHostLetsGo)
 {
-    trace.Answers = {{0, 1}, {3, 0}};
+    Answers = {{0, 1}, {3, 0}};
     inject("$01AR1");
     skip(2'000);
     for (int i = 0; i < 5; ++i) {
@@ -168,14 +166,14 @@ TEST_F(Transcript, UnansweredPassOfferedUntilTheHostLetsGo)
     }
     inject("$01AG"); // late, but it came
     trace.expect({read("$01AG"), come("01A", "1", "FINISH")});
-    trace.Answers[2] = 1;
+    Answers[2] = 1;
     clock.advance(100);
     trace.expect({stack("01A", "1", "FINISH"), check("01A", "1", "FINISH", 2)});
 }
 
 TEST_F(Transcript, ControllerGaveUp)
 {
-    trace.Answers = {{0, 1}, {1, 1}};
+    Answers = {{0, 1}, {1, 1}};
     inject("$01AR1");
     inject("#01ARelay");
     trace.take();
@@ -188,7 +186,7 @@ TEST_F(Transcript, ControllerGaveUp)
 
 TEST_F(Transcript, DoorOpenedAndPassedByGateOpen)
 {
-    trace.Answers = {{0, 1}, {2, 1}};
+    Answers = {{0, 1}, {2, 1}};
     inject("$01DR5");
     trace.expect({
         "log %Считано с порта% $01DR5",
@@ -216,7 +214,7 @@ TEST_F(Transcript, DoorOpenedAndPassedByGateOpen)
 
 TEST_F(Transcript, DoorPassedByProgress)
 {
-    trace.Answers = {{0, 1}, {2, 1}};
+    Answers = {{0, 1}, {2, 1}};
     inject("$01DR5");
     inject("#01DRelay 3");
     trace.take();
@@ -229,7 +227,7 @@ TEST_F(Transcript, DoorPassedByProgress)
 
 TEST_F(Transcript, DoorTimedOut)
 {
-    trace.Answers = {{0, 1}, {1, 1}};
+    Answers = {{0, 1}, {1, 1}};
     inject("$01DR5");
     inject("#01DRelay 3");
     trace.take();
@@ -240,7 +238,7 @@ TEST_F(Transcript, DoorTimedOut)
 
 TEST_F(Transcript, ExitButton)
 {
-    trace.Answers = {{0, 1}, {2, 1}};
+    Answers = {{0, 1}, {2, 1}};
     inject("#01DBtn-Activ");
     trace.expect({
         "log %Считано с порта% #01DBtn-Activ",
@@ -280,11 +278,11 @@ TEST_F(Transcript, ExitButtonWithoutACheckHandler)
 
 TEST_F(Transcript, ExitButtonRefused)
 {
-    trace.Answers[0] = 0;
+    Answers[0] = 0;
     inject("#01DBtn-Activ");
     EXPECT_EQ(trace.take().mid(4),
               QStringList({stack("01D", kButtonCard, "NEW"), check("01D", kButtonCard, "NEW", 0),
-                           wrote("$01D00061"), sent("$01D000"), stack("01D", kButtonCard, "CLOSE")}));
+                           wrote("$01D00061\r"), loggedSend("$01D000"), stack("01D", kButtonCard, "CLOSE")}));
     EXPECT_EQ(gate->StackItemsCount(), 0);
 }
 
@@ -293,14 +291,15 @@ TEST_F(Transcript, ExitButtonHelpsACardThatTheHostIsStillThinkingAbout)
     inject("$01DR5");
     trace.take();
     inject("#01DBtn-Activ");
-    trace.expect({read("#01DBtn-Activ"), wrote("$01D32363"), sent("$01D323"), heard("01D", "Btn-Activ")});
+    trace.expect(
+        {read("#01DBtn-Activ"), wrote("$01D32363\r"), loggedSend("$01D323"), heard("01D", "Btn-Activ")});
     clock.advance(100);
     trace.expect({stack("01D", "5", "OPEN")}); // no longer asked with mode 0
 }
 
 TEST_F(Transcript, InGate)
 {
-    trace.Answers = {{0, 1}, {2, 1}};
+    Answers = {{0, 1}, {2, 1}};
     inject("#01AInG-Activ");
     trace.expect({
         "log %Считано с порта% #01AInG-Activ",
@@ -323,12 +322,12 @@ TEST_F(Transcript, InGate)
 
 TEST_F(Transcript, OpenedByHand)
 {
-    trace.Answers = {{0, 1}, {2, 1}};
+    Answers = {{0, 1}, {2, 1}};
     gate->p_hw_CheckStatus("01A", kManualCard, "R");
     trace.expect({"img 01A", looked("01A", kManualCard, "NEW")});
     gate->p_hw_CallStackArray();
-    trace.expect({stack("01A", kManualCard, "NEW"), check("01A", kManualCard, "NEW", 0), wrote("$01A10366"),
-                  sent("$01A103"), stack("01A", kManualCard, "OPEN")});
+    trace.expect({stack("01A", kManualCard, "NEW"), check("01A", kManualCard, "NEW", 0), wrote("$01A10366\r"),
+                  loggedSend("$01A103"), stack("01A", kManualCard, "OPEN")});
     inject("#01ARelay 1"); // starts the timer as well
     trace.expect({read("#01ARelay 1"), heard("01A", "Relay 1"), stack("01A", kManualCard, "OPEN")});
 }
@@ -336,7 +335,7 @@ TEST_F(Transcript, OpenedByHand)
 TEST_F(Transcript, AcrossMidnight)
 {
     clock.jumpTo(TManualClock::at(23, 59, 58, 950));
-    trace.Answers = {{0, 1}, {1, 1}};
+    Answers = {{0, 1}, {1, 1}};
     inject("$01AR1");
     inject("#01ARelay");
     trace.take();
@@ -349,7 +348,7 @@ TEST_F(Transcript, AcrossMidnight)
 
 TEST_F(Transcript, SecondCardWhileAPassIsPending)
 {
-    trace.Answers = {{0, 1}, {2, 1}};
+    Answers = {{0, 1}, {2, 1}};
     inject("$01AR1");
     trace.take();
     inject("$01AR2");
@@ -363,19 +362,19 @@ TEST_F(Transcript, SecondCardWhileAPassIsPending)
     inject("$01AR2"); // now it counts; the timer runs one tick longer, so it is decided then
     trace.expect({read("$01AR2"), "img 01A", looked("01A", "2", "NEW"), come("01A", "2", "NEW")});
     clock.advance(100);
-    trace.expect({stack("01A", "2", "NEW"), check("01A", "2", "NEW", 0), wrote("$01A10366"), sent("$01A103"),
-                  stack("01A", "2", "OPEN")});
+    trace.expect({stack("01A", "2", "NEW"), check("01A", "2", "NEW", 0), wrote("$01A10366\r"),
+                  loggedSend("$01A103"), stack("01A", "2", "OPEN")});
 }
 
 TEST_F(Transcript, TwoGatesAtOnce)
 {
-    trace.Answers = {{0, 1}, {2, 1}};
+    Answers = {{0, 1}, {2, 1}};
     inject("$01AR1");
     inject("$02AR2");
     trace.take();
     clock.advance(100);
     trace.expect({stack("01A", "1", "OPEN"), stack("02A", "2", "NEW"), check("02A", "2", "NEW", 0),
-                  wrote("$02A10365"), sent("$02A103"), stack("02A", "2", "OPEN")});
+                  wrote("$02A10365\r"), loggedSend("$02A103"), stack("02A", "2", "OPEN")});
     inject("$01AG");
     inject("$02AG");
     trace.take();
@@ -394,7 +393,7 @@ TEST_F(Transcript, NewControllerAnnouncesItself)
     inject("#07AWait-Card");
     trace.expect(
         {read("#07AHardReset"), heard("07A", "HardReset"), read("#07AWait-Card"), heard("07A", "Wait-Card")});
-    trace.Answers[0] = 0;
+    Answers[0] = 0;
     inject("$07AR1"); // known now: no error
     EXPECT_EQ(trace.countOf("error"), 0);
     EXPECT_EQ(gate->DeviceList(), QStringList("07A"));
@@ -403,30 +402,30 @@ TEST_F(Transcript, NewControllerAnnouncesItself)
 TEST_F(Transcript, HandlersAbsentOneByOne)
 {
     for (const QString absent : {"log", "error", "status", "check", "img"}) {
-        TGateBench bench;
+        TTurnstileFixture fixture;
         const auto drop = [&](const QString& name, auto clear) {
             if (absent == name) {
                 clear();
             }
         };
-        bench.gate->SetDeviceList({});
-        drop("log", [&] { bench.gate->SetOnLog({}); });
-        drop("error", [&] { bench.gate->SetOnError({}); });
-        drop("status", [&] { bench.gate->SetOnCheckStatus({}); });
-        drop("check", [&] { bench.gate->SetOnCheckSQL({}); });
-        drop("img", [&] { bench.gate->SetOnGetImg({}); });
-        bench.trace.Answers[0] = 0;
-        bench.inject("$01AR1");
+        fixture.gate->SetDeviceList({});
+        drop("log", [&] { fixture.gate->SetOnLog({}); });
+        drop("error", [&] { fixture.gate->SetOnError({}); });
+        drop("status", [&] { fixture.gate->SetOnCheckStatus({}); });
+        drop("check", [&] { fixture.gate->SetOnCheckSQL({}); });
+        drop("img", [&] { fixture.gate->SetOnGetImg({}); });
+        fixture.Answers[0] = 0;
+        fixture.inject("$01AR1");
         QStringList expected{
             read("$01AR1"),          "error [02] Device not found 01A", "img 01A", looked("01A", "1", "NEW"),
             come("01A", "1", "NEW"), stack("01A", "1", "NEW"),
         };
         if (absent != "check") {
-            expected << check("01A", "1", "NEW", 0) << wrote("$01A00064") << sent("$01A000")
+            expected << check("01A", "1", "NEW", 0) << wrote("$01A00064\r") << loggedSend("$01A000")
                      << stack("01A", "1", "CLOSE");
         }
         expected.removeIf([&](const QString& line) { return line.startsWith(absent); });
-        bench.trace.expect(expected);
+        fixture.trace.expect(expected);
     }
 }
 

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "support/recorder.h"
+#include "tnv5/controller/controller_device.h"
+#include "tnv5/platform/code_page.h"
+#include "tnv5/testing/memory_network.h"
+
+namespace tnv5::tests {
+
+/// The controller becomes a server with one client; what the client gets is recorded as "echo TEXT".
+/// @param network the one that the controller was made in, as its first component
+inline void serve(testkit::TMemoryNetwork& network, controller::TControllerDevice& controller,
+                  TRecorder& trace)
+{
+    controller.SetRemoutDevice(controller::podServer);
+    controller.Connected(); // opens the socket
+    network.server(0).join();
+    network.server(0).OnSent = [&trace](int, const QByteArray& bytes) {
+        trace.add(QStringLiteral("echo ") + platform::fromWire(bytes));
+    };
+}
+
+/// The controller becomes a client; what its server gets is recorded as "forward TEXT".
+inline void follow(testkit::TMemoryNetwork& network, controller::TControllerDevice& controller,
+                   TRecorder& trace)
+{
+    controller.SetRemoutDevice(controller::PodClient);
+    network.client(0).OnSent = [&trace](const QByteArray& bytes) {
+        trace.add(QStringLiteral("forward ") + platform::fromWire(bytes));
+    };
+}
+
+} // namespace tnv5::tests
