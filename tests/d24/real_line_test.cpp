@@ -1,8 +1,6 @@
 // The component on a real connector on a port in memory: bytes in, bytes out.
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 #include "tnv5/common/crc8.h"
 #include "tnv5/testing/wire.h"
 
@@ -112,7 +110,7 @@ TEST_F(RealLine, TheExitButtonMakesAPass)
     wire.inject("#001TBT1\r");
     wire.expectNothing();
     ASSERT_EQ(gate.StackItemsCount(), 1);
-    EXPECT_EQ(gate.StackItem(0)->CardNumber, kButton);
+    EXPECT_EQ(gate.StackItem(0)->CardNumber, kButtonCard);
 }
 
 TEST_F(RealLine, ATurnstileIsNeverConfirmedAndItsCommandRepeated)

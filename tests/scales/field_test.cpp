@@ -172,7 +172,7 @@ TEST_F(Field, AxisHasItInTheCharactersFiveToNine)
 
 TEST_F(Field, AxisTrimsThePacketButLogsItAsItCame)
 {
-    expectAxis("  ST+ 01250 g  US \t", {"log 01250", logged("  ST+ 01250 g  US \x09 1250%")});
+    expectAxis("  ST+ 01250 g  US \t", {"log 01250", logged("  ST+ 01250 g  US \t 1250%")});
     expectAxis("\x02ST+ 00008 g  US", {"log 00008", logged("\x02ST+ 00008 g  US 8%")});
     EXPECT_EQ(scales->LastWeight(), 8);
 }
