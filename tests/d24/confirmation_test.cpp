@@ -1,8 +1,6 @@
 // Confirmation mode: commands are repeated until the controller confirms them.
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 
 namespace {
 
@@ -38,7 +36,7 @@ TEST_F(Confirmation, ACommandIsRepeatedWhenMoreThanASecondHasPassed)
     later(1); // two seconds
     for (int i = 0; i < 3; ++i) {
         runPass();
-        trace.expect({sent("GO10.0.0.5:001T")});
+        trace.expect({commanded("GO10.0.0.5:001T")});
     }
 }
 
@@ -48,7 +46,7 @@ TEST_F(Confirmation, TheSecondsCountFromTheCard)
     later(2'000);
     pass->CRCtime = platform::TimeOfDay(); // not from the last command
     runPass();
-    trace.expect({sent("GO10.0.0.5:001T")});
+    trace.expect({commanded("GO10.0.0.5:001T")});
 }
 
 TEST_F(Confirmation, ARepetitionOnlySends)
@@ -57,7 +55,7 @@ TEST_F(Confirmation, ARepetitionOnlySends)
     link->Checks = {{"GO", "7A"}};
     later(2'000);
     runPass();
-    trace.expect({sent("GO10.0.0.5:001T")});
+    trace.expect({commanded("GO10.0.0.5:001T")});
     EXPECT_EQ(pass->Command, "GO10.0.0.5:001T");
     EXPECT_EQ(pass->CRC, "");
     EXPECT_EQ(pass->CRCtime, 0.25);
@@ -67,12 +65,12 @@ TEST_F(Confirmation, ARepetitionOnlySends)
 TEST_F(Confirmation, ARepetitionComesBeforeTheReport)
 {
     for (const char* status : {"OPEN", "PROGRESS", "CLOSE"}) {
-        TBench bench;
-        bench.gate->SetCheckET(true);
-        bench.makePass(kT, "77", status)->Command = "PH1";
-        bench.clock.jumpTo(bench.clock.nowMs() + 2'000);
-        bench.runPass();
-        bench.trace.expect({sent("PH1"), stack(kT, "77", status)});
+        TD24Fixture fixture;
+        fixture.gate->SetCheckET(true);
+        fixture.makePass(kT, "77", status)->Command = "PH1";
+        fixture.clock.jumpTo(fixture.clock.nowMs() + 2'000);
+        fixture.runPass();
+        fixture.trace.expect({commanded("PH1"), stack(kT, "77", status)});
     }
 }
 
@@ -95,7 +93,7 @@ TEST_F(Confirmation, NothingIsRepeatedOtherwise)
     gate->SetConnector(link.get());
     link->Up = false; // a link that is set is enough
     runPass();
-    trace.expect({sent("GO1")});
+    trace.expect({commanded("GO1")});
 }
 
 TEST_F(Confirmation, EveryPassIsRepeatedInTheOrderOfTheTable)
@@ -105,7 +103,7 @@ TEST_F(Confirmation, EveryPassIsRepeatedInTheOrderOfTheTable)
     makePass(kI, "77", "WAIT")->Command = "GO3";
     later(2'000);
     runPass();
-    trace.expect({sent("GO10.0.0.5:001T"), sent("GO2"), stack(kG, "77", "OPEN"), sent("GO3")});
+    trace.expect({commanded("GO10.0.0.5:001T"), commanded("GO2"), stack(kG, "77", "OPEN"), commanded("GO3")});
 }
 
 TEST_F(Confirmation, NothingIsRepeatedAfterARemoval)
@@ -196,7 +194,7 @@ TEST_F(Confirmation, AGateThatNeverConfirms)
     EXPECT_EQ(trace.countOf("send"), 100); // without the display
     trace.take();
     clock.advance(30);
-    trace.expect({sent("GO10.0.0.5:002G"), stack(kG, "77", "OPEN"), sent("GO10.0.0.5:002G"),
+    trace.expect({commanded("GO10.0.0.5:002G"), stack(kG, "77", "OPEN"), commanded("GO10.0.0.5:002G"),
                   stack(kG, "77", "NOANSWER"), check(kG, "77", "NOANSWER", 3)});
     EXPECT_EQ(gate->StackItemsCount(), 0);
 }

@@ -1,8 +1,6 @@
 // The connector: who has its lines, and how often it is asked whether it is connected.
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 
 namespace {
 
@@ -97,9 +95,9 @@ TEST_F(Connector, TheSameOneAgainTakesItsLinesBack)
 
 TEST_F(Connector, TheDeviceAttachedLastHasTheLines)
 {
-    TTrace second;
+    TRecorder second;
     TTestGate other(second);
-    other.SetOnLog([&](TComponent*, const QString& Str) { second.add("log " + Str); });
+    second.attach(other);
     other.SetConnector(link.get());
     inject("x");
     trace.expect({});
@@ -107,7 +105,7 @@ TEST_F(Connector, TheDeviceAttachedLastHasTheLines)
     EXPECT_EQ(gate->Connector(), link.get()); // and can still send
     makePass(kT, "77");
     gate->p_hw_SendComCommand(0, 1);
-    trace.expect({sent("GO10.0.0.5:001T"), loggedSend("GO10.0.0.5:001T")});
+    trace.expect({commanded("GO10.0.0.5:001T"), loggedSend("GO10.0.0.5:001T")});
 }
 
 TEST_F(Connector, IsNotOwned)

@@ -1,8 +1,6 @@
 // Lines that begin with "$".
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 
 namespace {
 
@@ -203,16 +201,16 @@ TEST_F(EventLine, AnyLineStartsThePasses)
 {
     for (const char* line : {"", "x", "$", "#10.0.0.5:001Tx00", "$10.0.0.5:001TXX7AB"}) {
         SCOPED_TRACE(line);
-        TBench bench;
-        bench.makePass(kT, "77", "OPEN");
-        bench.clock.advance(1'000);
-        bench.trace.expect({});
-        bench.inject(line);
-        EXPECT_EQ(bench.trace.take().last(), stack(kT, "77", "OPEN")); // at once
-        bench.clock.advance(10);
-        bench.trace.expect({stack(kT, "77", "OPEN")});
-        bench.inject("x"); // running already: no pass at once
-        bench.trace.expect({read("x")});
+        TD24Fixture fixture;
+        fixture.makePass(kT, "77", "OPEN");
+        fixture.clock.advance(1'000);
+        fixture.trace.expect({});
+        fixture.inject(line);
+        EXPECT_EQ(fixture.trace.take().last(), stack(kT, "77", "OPEN")); // at once
+        fixture.clock.advance(10);
+        fixture.trace.expect({stack(kT, "77", "OPEN")});
+        fixture.inject("x"); // running already: no pass at once
+        fixture.trace.expect({read("x")});
     }
 }
 

@@ -1,8 +1,6 @@
 // The table of the controllers that ping, and who is silent.
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 
 namespace {
 

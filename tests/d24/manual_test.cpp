@@ -1,8 +1,6 @@
 // Passes opened and closed by hand.
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 
 namespace {
 
@@ -42,7 +40,7 @@ TEST_F(Manual, TheAddressDoesNotNameAPass)
     const d24::PRFidInfo pass = makePass(kT, "77", "HOLD");
     gate->p_hw_manual("10.0.0.5", "001T", "CLOSE");
     // the pending pass stays, and the request is a second card
-    trace.expect({read(kLine), looked(kT, kManual, "HOLD"), come(kT, kManual, "HOLD")});
+    trace.expect({read(kLine), looked(kT, kManualCard, "HOLD"), come(kT, kManualCard, "HOLD")});
     EXPECT_EQ(pass->Status, "HOLD");
     EXPECT_EQ(gate->StackItemsCount(), 1);
 }
@@ -51,15 +49,15 @@ TEST_F(Manual, ARequestIsAllowed)
 {
     Answers = {{0, 1}, {2, 1}};
     gate->p_hw_manual("10.0.0.5", "001T", "ignored");
-    trace.expect({read(kLine), "img 001T", looked(kT, kManual, "NEW"), come(kT, kManual, "NEW"),
-                  stack(kT, kManual, "NEW"), check(kT, kManual, "NEW", 0), sent("GO10.0.0.5:001T"),
-                  loggedSend("GO10.0.0.5:001T")});
+    trace.expect({read(kLine), "img 001T", looked(kT, kManualCard, "NEW"), come(kT, kManualCard, "NEW"),
+                  stack(kT, kManualCard, "NEW"), check(kT, kManualCard, "NEW", 0),
+                  commanded("GO10.0.0.5:001T"), loggedSend("GO10.0.0.5:001T")});
     EXPECT_EQ(statusOf(0), "OPEN");
     clock.advance(10);
-    trace.expect({stack(kT, kManual, "OPEN")});
+    trace.expect({stack(kT, kManualCard, "OPEN")});
     EXPECT_EQ(statusOf(0), "FINISH");
     clock.advance(10);
-    trace.expect({stack(kT, kManual, "FINISH"), check(kT, kManual, "FINISH", 2)});
+    trace.expect({stack(kT, kManualCard, "FINISH"), check(kT, kManualCard, "FINISH", 2)});
     EXPECT_EQ(gate->StackItemsCount(), 0);
 }
 
@@ -67,7 +65,8 @@ TEST_F(Manual, ARequestIsRefused)
 {
     Answers = {{0, 0}};
     gate->p_hw_manual("10.0.0.5", "001T", "OPEN");
-    EXPECT_EQ(trace.take().mid(6), QStringList({sent("PH10.0.0.5:001T"), loggedSend("PH10.0.0.5:001T")}));
+    EXPECT_EQ(trace.take().mid(6),
+              QStringList({commanded("PH10.0.0.5:001T"), loggedSend("PH10.0.0.5:001T")}));
     EXPECT_EQ(statusOf(0), "CLOSE");
 }
 

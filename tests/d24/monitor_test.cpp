@@ -1,8 +1,6 @@
 // The texts of the monitor stream, beside the events that they repeat, and client mode.
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 
 namespace {
 
@@ -29,7 +27,7 @@ TEST_F(Monitor, EveryEventOfAPassIsRepeated)
                   "img 001T", looked(kT, "77", "NEW"), monitor("STATUS!CHECK!10.0.0.5!001T!T!77!RQ!NEW&"),
                   come(kT, "77", "NEW"), monitor("STATUS!COME!10.0.0.5!001T!T!77!NEW!NEW&"),
                   stack(kT, "77", "NEW"), monitor("STATUS!STACK!10.0.0.5!001T!T!77!NEW!NEW&"),
-                  check(kT, "77", "NEW", 0), sent("GO10.0.0.5:001T"), loggedSend("GO10.0.0.5:001T"),
+                  check(kT, "77", "NEW", 0), commanded("GO10.0.0.5:001T"), loggedSend("GO10.0.0.5:001T"),
                   monitor("LOG!%Отправлено на порт% GO10.0.0.5:001T&")});
     clock.advance(10);
     trace.expect({stack(kT, "77", "OPEN"), monitor("STATUS!STACK!10.0.0.5!001T!T!77!OPEN!OPEN&")});
@@ -59,10 +57,10 @@ TEST_F(Monitor, ErrorsAreRepeatedWithTheirCodes)
     link->Up = true;
     link->Failures = {{"GO", "cut"}, {"PH", "torn"}};
     gate->p_hw_SendComCommand(0, 0);
-    trace.expect({sent("PH10.0.0.5:001T"), "error [044] torn", monitor("ERROR![044] torn&"),
+    trace.expect({commanded("PH10.0.0.5:001T"), "error [044] torn", monitor("ERROR![044] torn&"),
                   loggedSend("PH10.0.0.5:001T"), monitor("LOG!%Отправлено на порт% PH10.0.0.5:001T&")});
     gate->p_hw_SendComCommand(0, 1); // the two codes differ
-    trace.expect({sent("GO10.0.0.5:001T"), "error [04] cut", monitor("ERROR![045] cut&"),
+    trace.expect({commanded("GO10.0.0.5:001T"), "error [04] cut", monitor("ERROR![045] cut&"),
                   loggedSend("GO10.0.0.5:001T"), monitor("LOG!%Отправлено на порт% GO10.0.0.5:001T&")});
 }
 
@@ -83,11 +81,7 @@ TEST_F(Monitor, GetsEverythingAlsoWithoutHandlers)
 
 TEST_F(Monitor, AReportFollowsTheErrorOfItsHandler)
 {
-    trace.OnLine = [](const QString& line) {
-        if (line.startsWith("status")) {
-            throw std::runtime_error("host trouble");
-        }
-    };
+    trace.each("status", [] { throw std::runtime_error("host trouble"); });
     inject("#10.0.0.5:001Tx00");
     trace.expect({read("#10.0.0.5:001Tx00"), monitor("LOG!%Считано с порта% #10.0.0.5:001Tx00&"),
                   heard(kT, "x"), "error [07] host trouble",
@@ -124,21 +118,21 @@ TEST_F(Monitor, AlarmAndResendAreNotLogged)
     makePass(kT, "77", "WAIT")->Command = "GO1";
     clock.advance(3'000);
     runPass();
-    trace.expect({sent("GO1")});
+    trace.expect({commanded("GO1")});
 }
 
 TEST(StandAlone, NothingGoesToTheMonitor)
 {
-    TBench bench;
-    bench.Answers = {{0, 1}};
-    bench.link->Failures = {{"GO", "cut"}};
-    bench.inject("$10.0.0.5:001TRQ77AB");
-    bench.inject("#10.0.0.5:001TPING00");
-    bench.clock.advance(4'000);
-    bench.gate->SetConnector(nullptr);
-    bench.gate->p_hw_CheckStatusAll();
-    EXPECT_EQ(bench.trace.countOf("monitor"), 0);
-    EXPECT_GT(bench.trace.countOf("error"), 1);
+    TD24Fixture fixture;
+    fixture.Answers = {{0, 1}};
+    fixture.link->Failures = {{"GO", "cut"}};
+    fixture.inject("$10.0.0.5:001TRQ77AB");
+    fixture.inject("#10.0.0.5:001TPING00");
+    fixture.clock.advance(4'000);
+    fixture.gate->SetConnector(nullptr);
+    fixture.gate->p_hw_CheckStatusAll();
+    EXPECT_EQ(fixture.trace.countOf("monitor"), 0);
+    EXPECT_GT(fixture.trace.countOf("error"), 1);
 }
 
 class Client : public TD24Test
@@ -192,7 +186,7 @@ TEST_F(Client, PassesThatArePendingGoOn)
     gate->SetRemoutDevice(d24::PodClient);
     clock.advance(10);
     const QString first = stack(kT, "77", "NEW");
-    trace.expect({first, echoOf(first), check(kT, "77", "NEW", 0), sent("PH10.0.0.5:001T"),
+    trace.expect({first, echoOf(first), check(kT, "77", "NEW", 0), commanded("PH10.0.0.5:001T"),
                   loggedSend("PH10.0.0.5:001T"), monitor("LOG!%Отправлено на порт% PH10.0.0.5:001T&")});
 }
 

@@ -1,8 +1,6 @@
 // One pass over the table: every state, every type of controller, every answer of the host.
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 
 namespace {
 
@@ -17,22 +15,22 @@ QString who(const QString& type)
 }
 
 const QStringList kTypes{"T", "G", "I", "D", "X"};
-const QStringList kCards{"77", kManual, kButton};
+const QStringList kCards{"77", kManualCard, kButtonCard};
 
 /// The commands and their log by type, for an empty message.
 QStringList commands(const QString& type, const QString& code)
 {
     const QString address = QStringLiteral("10.0.0.5:001x");
     if (type == "T") {
-        return {sent(code + address), loggedSend(code + address)};
+        return {commanded(code + address), loggedSend(code + address)};
     }
     if (type == "G") {
-        return {sent("SH" + address), sent(code + address), loggedSend(code + address)};
+        return {commanded("SH" + address), commanded(code + address), loggedSend(code + address)};
     }
     if (type == "I") {
-        return {sent("SH" + address), sent(""), loggedSend("")};
+        return {commanded("SH" + address), commanded(""), loggedSend("")};
     }
-    return {sent(""), loggedSend("")};
+    return {commanded(""), loggedSend("")};
 }
 
 // "NEW"
@@ -44,14 +42,14 @@ TEST_F(Pass, NewWithoutAnswerIsNotAnswered)
             for (const bool leaves :
                  {true, false}) { // a handler that leaves the result, and one that says -1
                 SCOPED_TRACE((type + ' ' + card).toStdString());
-                TBench bench;
+                TD24Fixture fixture;
                 if (!leaves) {
-                    bench.Answers = {{0, -1}};
+                    fixture.Answers = {{0, -1}};
                 }
-                bench.makePass(who(type), card);
-                bench.runPass();
-                bench.trace.expect({stack(who(type), card, "NEW"), check(who(type), card, "NEW", 0)});
-                EXPECT_EQ(bench.statusOf(0), "NOANSWER");
+                fixture.makePass(who(type), card);
+                fixture.runPass();
+                fixture.trace.expect({stack(who(type), card, "NEW"), check(who(type), card, "NEW", 0)});
+                EXPECT_EQ(fixture.statusOf(0), "NOANSWER");
             }
         }
     }
@@ -62,15 +60,15 @@ TEST_F(Pass, NewWithoutHandlerIsNotAnswered)
     for (const QString& type : kTypes) {
         for (const QString& card : kCards) {
             SCOPED_TRACE((type + ' ' + card).toStdString());
-            TBench bench;
-            bench.gate->SetOnCheckSQL({});
-            bench.makePass(who(type), card);
-            bench.runPass();
-            bench.trace.expect({stack(who(type), card, "NEW")});
-            EXPECT_EQ(bench.statusOf(0), "NOANSWER");
-            bench.runPass();
-            bench.trace.expect({stack(who(type), card, "NOANSWER")});
-            EXPECT_EQ(bench.gate->StackItemsCount(), 0);
+            TD24Fixture fixture;
+            fixture.gate->SetOnCheckSQL({});
+            fixture.makePass(who(type), card);
+            fixture.runPass();
+            fixture.trace.expect({stack(who(type), card, "NEW")});
+            EXPECT_EQ(fixture.statusOf(0), "NOANSWER");
+            fixture.runPass();
+            fixture.trace.expect({stack(who(type), card, "NOANSWER")});
+            EXPECT_EQ(fixture.gate->StackItemsCount(), 0);
         }
     }
 }
@@ -80,13 +78,14 @@ TEST_F(Pass, NewRefusedIsClosed)
     for (const QString& type : kTypes) {
         for (const QString& card : kCards) {
             SCOPED_TRACE((type + ' ' + card).toStdString());
-            TBench bench;
-            bench.Answers = {{0, 0}};
-            bench.makePass(who(type), card);
-            bench.runPass();
-            bench.trace.expect(QStringList{stack(who(type), card, "NEW"), check(who(type), card, "NEW", 0)} +
-                               commands(type, "PH"));
-            EXPECT_EQ(bench.statusOf(0), "CLOSE");
+            TD24Fixture fixture;
+            fixture.Answers = {{0, 0}};
+            fixture.makePass(who(type), card);
+            fixture.runPass();
+            fixture.trace.expect(
+                QStringList{stack(who(type), card, "NEW"), check(who(type), card, "NEW", 0)} +
+                commands(type, "PH"));
+            EXPECT_EQ(fixture.statusOf(0), "CLOSE");
         }
     }
 }
@@ -96,16 +95,16 @@ TEST_F(Pass, NewAllowedIsOpenedAndADisplayFinished)
     for (const QString& type : kTypes) {
         for (const QString& card : kCards) {
             SCOPED_TRACE((type + ' ' + card).toStdString());
-            TBench bench;
-            bench.Answers = {{0, 1}};
-            bench.makePass(who(type), card);
-            bench.runPass();
+            TD24Fixture fixture;
+            fixture.Answers = {{0, 1}};
+            fixture.makePass(who(type), card);
+            fixture.runPass();
             QStringList lines{stack(who(type), card, "NEW"), check(who(type), card, "NEW", 0)};
-            if (card != kButton) { // the exit button opens by itself
+            if (card != kButtonCard) { // the exit button opens by itself
                 lines += commands(type, "GO");
             }
-            bench.trace.expect(lines);
-            EXPECT_EQ(bench.statusOf(0), type == "I" ? "FINISH" : "OPEN");
+            fixture.trace.expect(lines);
+            EXPECT_EQ(fixture.statusOf(0), type == "I" ? "FINISH" : "OPEN");
         }
     }
 }
@@ -114,13 +113,13 @@ TEST_F(Pass, NewWithAnyOtherAnswerIsAskedAgain)
 {
     for (const int answer : {2, 3, -2, 100}) {
         for (const QString type : {"T", "G", "D", "X"}) {
-            TBench bench;
-            bench.Answers = {{0, answer}};
-            bench.makePass(who(type), "77");
+            TD24Fixture fixture;
+            fixture.Answers = {{0, answer}};
+            fixture.makePass(who(type), "77");
             for (int i = 0; i < 3; ++i) {
-                bench.runPass();
-                bench.trace.expect({stack(who(type), "77", "NEW"), check(who(type), "77", "NEW", 0)});
-                EXPECT_EQ(bench.statusOf(0), "NEW");
+                fixture.runPass();
+                fixture.trace.expect({stack(who(type), "77", "NEW"), check(who(type), "77", "NEW", 0)});
+                EXPECT_EQ(fixture.statusOf(0), "NEW");
             }
         }
     }
@@ -130,14 +129,14 @@ TEST_F(Pass, NewWithAnyOtherAnswerKeepsWhatTheCheckSet)
 {
     for (const QString& type : kTypes) {
         for (const QString& card : kCards) {
-            TBench bench;
-            bench.Answers = {{0, 2}};
-            bench.makePass(who(type), card);
-            bench.runPass();
-            bench.trace.expect({stack(who(type), card, "NEW"), check(who(type), card, "NEW", 0)});
-            EXPECT_EQ(bench.statusOf(0), type == "I"    ? "FINISH"
-                                         : card == "77" ? "NEW"
-                                                        : "OPEN")
+            TD24Fixture fixture;
+            fixture.Answers = {{0, 2}};
+            fixture.makePass(who(type), card);
+            fixture.runPass();
+            fixture.trace.expect({stack(who(type), card, "NEW"), check(who(type), card, "NEW", 0)});
+            EXPECT_EQ(fixture.statusOf(0), type == "I"    ? "FINISH"
+                                           : card == "77" ? "NEW"
+                                                          : "OPEN")
                 << type.toStdString() << ' ' << card.toStdString();
         }
     }
@@ -150,7 +149,7 @@ TEST_F(Pass, TheMessageGoesToTheDisplayFirst)
     inject("$10.0.0.5:001TRQ12345678AB");
     EXPECT_EQ(trace.take().mid(4),
               QStringList({stack(kT, "12345678", "NEW"), check(kT, "12345678", "NEW", 0),
-                           sent("SH10.0.0.5:001TNO ENTRY"), sent("PH10.0.0.5:001TNO ENTRY"),
+                           commanded("SH10.0.0.5:001TNO ENTRY"), commanded("PH10.0.0.5:001TNO ENTRY"),
                            loggedSend("PH10.0.0.5:001TNO ENTRY")}));
     clock.advance(10);
     trace.expect({stack(kT, "12345678", "CLOSE")});
@@ -160,29 +159,25 @@ TEST_F(Pass, TheMessageGoesToTheDisplayFirst)
 TEST_F(Pass, TheStateChangesAfterTheCommands)
 {
     for (const int answer : {0, 1}) {
-        TBench bench;
-        bench.Answers = {{0, answer}};
-        bench.makePass(kG, "77");
-        bench.trace.OnLine = [&](const QString&) { EXPECT_EQ(bench.statusOf(0), "NEW"); };
-        bench.runPass();
-        EXPECT_EQ(bench.statusOf(0), answer == 0 ? "CLOSE" : "OPEN");
+        TD24Fixture fixture;
+        fixture.Answers = {{0, answer}};
+        fixture.makePass(kG, "77");
+        fixture.trace.OnLine = [&](const QString&) { EXPECT_EQ(fixture.statusOf(0), "NEW"); };
+        fixture.runPass();
+        EXPECT_EQ(fixture.statusOf(0), answer == 0 ? "CLOSE" : "OPEN");
     }
 }
 
 TEST_F(Pass, AStateChangedWhileSendingHoldsOnlyForAPassWithoutCard)
 {
-    const std::map<QString, QString> results{{"77", "OPEN"}, {kManual, "HOLD"}};
+    const std::map<QString, QString> results{{"77", "OPEN"}, {kManualCard, "HOLD"}};
     for (const auto& [card, result] : results) {
-        TBench bench;
-        bench.Answers = {{0, 1}};
-        bench.makePass(kT, card);
-        bench.trace.OnLine = [&](const QString& line) {
-            if (line.startsWith("send")) {
-                bench.gate->StackItem(0)->Status = "HOLD";
-            }
-        };
-        bench.runPass();
-        EXPECT_EQ(bench.statusOf(0), result) << card.toStdString();
+        TD24Fixture fixture;
+        fixture.Answers = {{0, 1}};
+        fixture.makePass(kT, card);
+        fixture.trace.each("send", [&] { fixture.gate->StackItem(0)->Status = "HOLD"; });
+        fixture.runPass();
+        EXPECT_EQ(fixture.statusOf(0), result) << card.toStdString();
     }
 }
 
@@ -193,27 +188,27 @@ TEST_F(Pass, OpenWaitsOrIsNotAnswered)
     const std::map<QString, QString> results{
         {"T", "OPEN"}, {"G", "NOANSWER"}, {"I", "NOANSWER"}, {"D", "OPEN"}, {"X", "OPEN"}};
     for (const auto& [type, result] : results) {
-        TBench bench;
-        bench.makePass(who(type), "77", "OPEN");
-        bench.runPass();
-        bench.trace.expect({stack(who(type), "77", "OPEN")});
-        EXPECT_EQ(bench.statusOf(0), result) << type.toStdString();
+        TD24Fixture fixture;
+        fixture.makePass(who(type), "77", "OPEN");
+        fixture.runPass();
+        fixture.trace.expect({stack(who(type), "77", "OPEN")});
+        EXPECT_EQ(fixture.statusOf(0), result) << type.toStdString();
     }
 }
 
 TEST_F(Pass, OpenWithoutCardIsFinishedWhateverElseHolds)
 {
     for (const QString& type : kTypes) {
-        for (const QString& card : {kManual, kButton}) {
+        for (const QString& card : {kManualCard, kButtonCard}) {
             for (const int seconds : {0, 3'600}) {
                 for (const bool confirming : {false, true}) {
-                    TBench bench;
-                    bench.gate->SetCheckET(confirming);
-                    bench.makePass(who(type), card, "OPEN");
-                    bench.clock.advance(seconds * 1'000);
-                    bench.runPass();
-                    bench.trace.expect({stack(who(type), card, "OPEN")});
-                    EXPECT_EQ(bench.statusOf(0), "FINISH") << type.toStdString();
+                    TD24Fixture fixture;
+                    fixture.gate->SetCheckET(confirming);
+                    fixture.makePass(who(type), card, "OPEN");
+                    fixture.clock.advance(seconds * 1'000);
+                    fixture.runPass();
+                    fixture.trace.expect({stack(who(type), card, "OPEN")});
+                    EXPECT_EQ(fixture.statusOf(0), "FINISH") << type.toStdString();
                 }
             }
         }
@@ -246,13 +241,13 @@ TEST_F(Pass, TheHostEndsIt)
             for (const QString& card : kCards) {
                 SCOPED_TRACE(::testing::Message()
                              << end.status << ' ' << end.answer << ' ' << type.toStdString());
-                TBench bench;
-                bench.Answers = {{end.mode, end.answer}};
-                bench.makePass(who(type), card, end.status);
-                bench.runPass();
-                bench.trace.expect(
+                TD24Fixture fixture;
+                fixture.Answers = {{end.mode, end.answer}};
+                fixture.makePass(who(type), card, end.status);
+                fixture.runPass();
+                fixture.trace.expect(
                     {stack(who(type), card, end.status), check(who(type), card, end.status, end.mode)});
-                EXPECT_EQ(bench.statusOf(0), end.after);
+                EXPECT_EQ(fixture.statusOf(0), end.after);
             }
         }
     }
@@ -266,33 +261,33 @@ TEST_F(Pass, AHandlerThatLeavesTheResultSaysMinusOne)
                                              {"FINISH", "NOANSWER"},
                                              {"PROGRESSSTART", "PROGRESS"}};
     for (const auto& [status, result] : results) {
-        TBench bench;
-        bench.makePass(kT, "77", status);
-        bench.runPass();
-        EXPECT_EQ(bench.statusOf(0), result) << status.toStdString();
+        TD24Fixture fixture;
+        fixture.makePass(kT, "77", status);
+        fixture.runPass();
+        EXPECT_EQ(fixture.statusOf(0), result) << status.toStdString();
     }
 }
 
 TEST_F(Pass, WithoutHandlerEveryEndIsAgreedTo)
 {
     for (const char* status : {"NOANSWER", "CRC-ERROR", "TIMEOUT", "FINISH", "CLOSE"}) {
-        TBench bench;
-        bench.gate->SetOnCheckSQL({});
-        bench.makePass(kT, "77", status);
-        bench.runPass();
-        bench.trace.expect({stack(kT, "77", status)});
-        EXPECT_EQ(bench.gate->StackItemsCount(), 0) << status;
+        TD24Fixture fixture;
+        fixture.gate->SetOnCheckSQL({});
+        fixture.makePass(kT, "77", status);
+        fixture.runPass();
+        fixture.trace.expect({stack(kT, "77", status)});
+        EXPECT_EQ(fixture.gate->StackItemsCount(), 0) << status;
     }
 }
 
 TEST_F(Pass, ClosedIsRemovedWithoutAsking)
 {
     for (const QString& type : kTypes) {
-        TBench bench;
-        bench.makePass(who(type), "77", "CLOSE");
-        bench.runPass();
-        bench.trace.expect({stack(who(type), "77", "CLOSE")});
-        EXPECT_EQ(bench.gate->StackItemsCount(), 0);
+        TD24Fixture fixture;
+        fixture.makePass(who(type), "77", "CLOSE");
+        fixture.runPass();
+        fixture.trace.expect({stack(who(type), "77", "CLOSE")});
+        EXPECT_EQ(fixture.gate->StackItemsCount(), 0);
     }
 }
 
@@ -302,13 +297,13 @@ TEST_F(Pass, ABeginningIsToldAndIsProgressThen)
 {
     for (const int answer : {-1, 0, 1, 2}) {
         for (const QString& type : kTypes) {
-            TBench bench;
-            bench.Answers = {{5, answer}};
-            bench.makePass(who(type), "77", "PROGRESSSTART");
-            bench.runPass();
-            bench.trace.expect(
+            TD24Fixture fixture;
+            fixture.Answers = {{5, answer}};
+            fixture.makePass(who(type), "77", "PROGRESSSTART");
+            fixture.runPass();
+            fixture.trace.expect(
                 {stack(who(type), "77", "PROGRESSSTART"), check(who(type), "77", "PROGRESSSTART", 5)});
-            EXPECT_EQ(bench.statusOf(0), "PROGRESS");
+            EXPECT_EQ(fixture.statusOf(0), "PROGRESS");
         }
     }
 }
@@ -316,11 +311,7 @@ TEST_F(Pass, ABeginningIsToldAndIsProgressThen)
 TEST_F(Pass, ProgressOverridesWhatTheHandlerSets)
 {
     makePass(kT, "77", "PROGRESSSTART");
-    trace.OnLine = [this](const QString& line) {
-        if (line.startsWith("check")) {
-            gate->StackItem(0)->Status = "CLOSE";
-        }
-    };
+    trace.each("check", [this] { gate->StackItem(0)->Status = "CLOSE"; });
     runPass();
     EXPECT_EQ(statusOf(0), "PROGRESS");
 }
@@ -328,34 +319,30 @@ TEST_F(Pass, ProgressOverridesWhatTheHandlerSets)
 TEST_F(Pass, ProgressOnlyWaits)
 {
     for (const QString& type : kTypes) {
-        TBench bench;
-        bench.makePass(who(type), "77", "PROGRESS");
-        bench.runPass();
-        bench.trace.expect({stack(who(type), "77", "PROGRESS")});
-        EXPECT_EQ(bench.statusOf(0), "PROGRESS");
+        TD24Fixture fixture;
+        fixture.makePass(who(type), "77", "PROGRESS");
+        fixture.runPass();
+        fixture.trace.expect({stack(who(type), "77", "PROGRESS")});
+        EXPECT_EQ(fixture.statusOf(0), "PROGRESS");
     }
 }
 
 TEST_F(Pass, AnyOtherStateIsLeftAlone)
 {
     for (const char* status : {"", "new", "Open", "NEW ", "PING", "NONE", "FINISHED", "CRC ERROR"}) {
-        TBench bench;
-        bench.makePass(kT, "77", status);
-        bench.clock.advance(3'600'000);
-        bench.runPass();
-        bench.trace.expect({});
-        EXPECT_EQ(bench.statusOf(0), status);
+        TD24Fixture fixture;
+        fixture.makePass(kT, "77", status);
+        fixture.clock.advance(3'600'000);
+        fixture.runPass();
+        fixture.trace.expect({});
+        EXPECT_EQ(fixture.statusOf(0), status);
     }
 }
 
 TEST_F(Pass, AStateChangedInsideTheReportIsActedOn)
 {
     makePass(kT, "77", "NEW");
-    trace.OnLine = [this](const QString& line) {
-        if (line.startsWith("status STACK")) {
-            gate->StackItem(0)->Status = "CLOSE";
-        }
-    };
+    trace.each("status STACK", [this] { gate->StackItem(0)->Status = "CLOSE"; });
     runPass();
     trace.expect({stack(kT, "77", "NEW")});
     EXPECT_EQ(gate->StackItemsCount(), 0);
@@ -383,12 +370,13 @@ TEST_F(Pass, AMemberWalksThroughATurnstile)
     clock.advance(20);
     QStringList lines = trace.take();
     lines.removeIf([](const QString& line) { return line.startsWith("log"); });
-    EXPECT_EQ(lines, QStringList({"img 001T", looked(kT, "77", "NEW"), come(kT, "77", "NEW"),
-                                  stack(kT, "77", "NEW"), check(kT, "77", "NEW", 0), sent("GO10.0.0.5:001T"),
-                                  stack(kT, "77", "OPEN"), come(kT, "77", "PROGRESSSTART"),
-                                  stack(kT, "77", "PROGRESSSTART"), check(kT, "77", "PROGRESSSTART", 5),
-                                  stack(kT, "77", "PROGRESS"), come(kT, "77", "FINISH"),
-                                  stack(kT, "77", "FINISH"), check(kT, "77", "FINISH", 2)}));
+    EXPECT_EQ(
+        lines,
+        QStringList({"img 001T", looked(kT, "77", "NEW"), come(kT, "77", "NEW"), stack(kT, "77", "NEW"),
+                     check(kT, "77", "NEW", 0), commanded("GO10.0.0.5:001T"), stack(kT, "77", "OPEN"),
+                     come(kT, "77", "PROGRESSSTART"), stack(kT, "77", "PROGRESSSTART"),
+                     check(kT, "77", "PROGRESSSTART", 5), stack(kT, "77", "PROGRESS"),
+                     come(kT, "77", "FINISH"), stack(kT, "77", "FINISH"), check(kT, "77", "FINISH", 2)}));
     EXPECT_EQ(gate->StackItemsCount(), 0);
 }
 
@@ -398,10 +386,10 @@ TEST_F(Pass, AGateIsOpenedForAnAllowedCard)
     inject("$10.0.0.5:002GRQ77AB");
     clock.advance(30);
     QStringList lines = trace.take();
-    EXPECT_EQ(lines.mid(4),
-              QStringList({stack(kG, "77", "NEW"), check(kG, "77", "NEW", 0), sent("SH10.0.0.5:002G"),
-                           sent("GO10.0.0.5:002G"), loggedSend("GO10.0.0.5:002G"), stack(kG, "77", "OPEN"),
-                           stack(kG, "77", "NOANSWER"), check(kG, "77", "NOANSWER", 3)}));
+    EXPECT_EQ(lines.mid(4), QStringList({stack(kG, "77", "NEW"), check(kG, "77", "NEW", 0),
+                                         commanded("SH10.0.0.5:002G"), commanded("GO10.0.0.5:002G"),
+                                         loggedSend("GO10.0.0.5:002G"), stack(kG, "77", "OPEN"),
+                                         stack(kG, "77", "NOANSWER"), check(kG, "77", "NOANSWER", 3)}));
     EXPECT_EQ(gate->StackItemsCount(), 0);
 }
 
@@ -411,9 +399,10 @@ TEST_F(Pass, ADisplayShowsAndIsFinished)
     Message = "|Hello|";
     inject("$10.0.0.5:003IRQ77AB");
     clock.advance(20);
-    EXPECT_EQ(trace.take().mid(4), QStringList({stack(kI, "77", "NEW"), check(kI, "77", "NEW", 0),
-                                                sent("SH10.0.0.5:003I|Hello|"), sent(""), loggedSend(""),
-                                                stack(kI, "77", "FINISH"), check(kI, "77", "FINISH", 2)}));
+    EXPECT_EQ(trace.take().mid(4),
+              QStringList({stack(kI, "77", "NEW"), check(kI, "77", "NEW", 0),
+                           commanded("SH10.0.0.5:003I|Hello|"), commanded(""), loggedSend(""),
+                           stack(kI, "77", "FINISH"), check(kI, "77", "FINISH", 2)}));
 }
 
 TEST_F(Pass, AMemberWhoGivesUpIsRetired)

@@ -1,8 +1,6 @@
 // What time does to a pass. All times count from its beginning, in whole seconds of the time of day.
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 
 #include <limits>
 
@@ -82,11 +80,11 @@ TEST_F(PassTime, AnUnconfirmedGateOrDisplayIsNotAnsweredAfterTwoSeconds)
 TEST_F(PassTime, AConfirmedGateOrDisplayIsNotAnsweredAtOnce)
 {
     for (const char* type : {"G", "I", "T", "D", "X"}) {
-        TBench bench;
-        bench.gate->SetCheckET(true);
-        bench.makePass(who(type), "77", "OPEN")->Finish = true;
-        bench.runPass();
-        EXPECT_EQ(bench.statusOf(0), QString("GI").contains(type) ? "NOANSWER" : "OPEN") << type;
+        TD24Fixture fixture;
+        fixture.gate->SetCheckET(true);
+        fixture.makePass(who(type), "77", "OPEN")->Finish = true;
+        fixture.runPass();
+        EXPECT_EQ(fixture.statusOf(0), QString("GI").contains(type) ? "NOANSWER" : "OPEN") << type;
     }
 }
 
@@ -110,13 +108,13 @@ TEST_F(PassTime, ALateBeginningIsAskedAsTimedOutAndStillProgresses)
 {
     for (const char* type : {"T", "G", "I", "D", "X"}) {
         for (const int ms : {15'999, 16'000}) {
-            TBench bench;
-            const d24::PRFidInfo pass = bench.makePass(who(type), "77", "PROGRESSSTART");
-            bench.clock.jumpTo(bench.clock.nowMs() + ms);
-            bench.runPass();
+            TD24Fixture fixture;
+            const d24::PRFidInfo pass = fixture.makePass(who(type), "77", "PROGRESSSTART");
+            fixture.clock.jumpTo(fixture.clock.nowMs() + ms);
+            fixture.runPass();
             const bool late = ms == 16'000 && QString(type) == "T";
-            bench.trace.expect({stack(who(type), "77", "PROGRESSSTART"),
-                                check(who(type), "77", late ? "TIMEOUT" : "PROGRESSSTART", 5)});
+            fixture.trace.expect({stack(who(type), "77", "PROGRESSSTART"),
+                                  check(who(type), "77", late ? "TIMEOUT" : "PROGRESSSTART", 5)});
             EXPECT_EQ(pass->Status, "PROGRESS");
         }
     }
@@ -157,7 +155,7 @@ TEST_F(PassTime, AResendComesAtMidnightToo)
     trace.expect({});
     clock.advance(100);
     runPass();
-    trace.expect({sent("GO1")});
+    trace.expect({commanded("GO1")});
 }
 
 TEST_F(PassTime, SecondsAreWholeAndWithoutSign)

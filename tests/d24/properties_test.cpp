@@ -1,9 +1,7 @@
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
+#include "support/published.h"
 
 #include <QMetaEnum>
-#include <QMetaProperty>
 
 namespace {
 
@@ -18,66 +16,42 @@ QVariant property(const QObject& object, const char* name)
     return value;
 }
 
+const TPublishedTable kPublished = {
+    {"CheckCross", false},
+    {"pingdelay", 15},
+    {"CheckET", false},
+    {"DeviceList", QVariantList(), TPublished::ReadOnly},
+    {"Connector", static_cast<connector::TDeviceConnector*>(nullptr)},
+    {"RelayOpen", 1},
+    {"RelayClose", 0},
+    {"RelayOpenDoor", 3},
+    {"RelayCloseDoor", 0},
+    {"TimeDelayOpen", 2},
+    {"TimeOut", 5},
+    {"OnLog", platform::TLogEvent()},
+    {"OnError", platform::TLogEvent()},
+    {"OnCheckStatus", TCheckStatusDevice()},
+    {"OnCheckSQL", TCheckSQLDevice()},
+    {"OnGetImg", TGetImg()},
+    {"Server", QString()},
+    {"Port", 0},
+    {"RemoutDevice", podNone},
+};
+
 TEST(Properties, ArePublishedInTheirOrder)
 {
-    const QMetaObject& meta = TTurnStylerDeviceD24::staticMetaObject;
-    QStringList names;
-    for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
-        const QMetaProperty published = meta.property(i);
-        names << published.name();
-        EXPECT_TRUE(published.isReadable()) << published.name();
-        EXPECT_EQ(published.isWritable(), names.last() != "DeviceList") << published.name();
-    }
-    EXPECT_EQ(names.join(u' '), "CheckCross pingdelay CheckET DeviceList Connector RelayOpen RelayClose "
-                                "RelayOpenDoor RelayCloseDoor TimeDelayOpen TimeOut OnLog OnError "
-                                "OnCheckStatus OnCheckSQL OnGetImg Server Port RemoutDevice");
+    expectPublished(TTurnStylerDeviceD24::staticMetaObject, kPublished);
 }
 
 TEST(Properties, HaveTheirTypes)
 {
-    const QMetaObject& meta = TTurnStylerDeviceD24::staticMetaObject;
-    const auto typeOf = [&](const char* name) {
-        return meta.property(meta.indexOfProperty(name)).metaType();
-    };
-    for (const char* name : {"CheckCross", "CheckET"}) {
-        EXPECT_EQ(typeOf(name), QMetaType::fromType<bool>()) << name;
-    }
-    for (const char* name : {"pingdelay", "RelayOpen", "RelayClose", "RelayOpenDoor", "RelayCloseDoor",
-                             "TimeDelayOpen", "TimeOut", "Port"}) {
-        EXPECT_EQ(typeOf(name), QMetaType::fromType<int>()) << name;
-    }
-    EXPECT_EQ(typeOf("Connector"), QMetaType::fromType<connector::TDeviceConnector*>());
-    EXPECT_EQ(typeOf("Server"), QMetaType::fromType<QString>());
-    EXPECT_EQ(typeOf("RemoutDevice"), QMetaType::fromType<TConState>());
-    EXPECT_EQ(typeOf("OnLog"), QMetaType::fromType<platform::TLogEvent>());
-    EXPECT_EQ(typeOf("OnError"), QMetaType::fromType<platform::TLogEvent>());
-    EXPECT_EQ(typeOf("OnCheckStatus"), QMetaType::fromType<TCheckStatusDevice>());
-    EXPECT_EQ(typeOf("OnCheckSQL"), QMetaType::fromType<TCheckSQLDevice>());
-    EXPECT_EQ(typeOf("OnGetImg"), QMetaType::fromType<TGetImg>());
+    expectTypes(TTurnStylerDeviceD24::staticMetaObject, kPublished);
 }
 
 TEST(Properties, HaveTheirDefaults)
 {
     const TTurnStylerDeviceD24 gate;
-    EXPECT_FALSE(property(gate, "CheckCross").toBool());
-    EXPECT_EQ(property(gate, "pingdelay").toInt(), 15);
-    EXPECT_FALSE(property(gate, "CheckET").toBool());
-    EXPECT_EQ(property(gate, "DeviceList").toList(), QVariantList());
-    EXPECT_EQ(property(gate, "Connector").value<connector::TDeviceConnector*>(), nullptr);
-    EXPECT_EQ(property(gate, "RelayOpen").toInt(), 1);
-    EXPECT_EQ(property(gate, "RelayClose").toInt(), 0);
-    EXPECT_EQ(property(gate, "RelayOpenDoor").toInt(), 3);
-    EXPECT_EQ(property(gate, "RelayCloseDoor").toInt(), 0);
-    EXPECT_EQ(property(gate, "TimeDelayOpen").toInt(), 2);
-    EXPECT_EQ(property(gate, "TimeOut").toInt(), 5);
-    EXPECT_EQ(property(gate, "Server").toString(), "");
-    EXPECT_EQ(property(gate, "Port").toInt(), 0);
-    EXPECT_EQ(property(gate, "RemoutDevice").value<TConState>(), podNone);
-    EXPECT_FALSE(property(gate, "OnLog").value<platform::TLogEvent>());
-    EXPECT_FALSE(property(gate, "OnError").value<platform::TLogEvent>());
-    EXPECT_FALSE(property(gate, "OnCheckStatus").value<TCheckStatusDevice>());
-    EXPECT_FALSE(property(gate, "OnCheckSQL").value<TCheckSQLDevice>());
-    EXPECT_FALSE(property(gate, "OnGetImg").value<TGetImg>());
+    expectDefaults(gate, kPublished);
     EXPECT_EQ(gate.StackItemsCount(), 0);
     EXPECT_EQ(gate.StackItem(0), nullptr);
     EXPECT_FALSE(gate.Designing());
@@ -86,14 +60,7 @@ TEST(Properties, HaveTheirDefaults)
 TEST(Properties, KeepWhatIsWrittenEachItsOwn)
 {
     TTurnStylerDeviceD24 gate;
-    const QStringList numbers{"pingdelay",      "RelayOpen",     "RelayClose", "RelayOpenDoor",
-                              "RelayCloseDoor", "TimeDelayOpen", "TimeOut",    "Port"};
-    for (int i = 0; i < numbers.size(); ++i) {
-        EXPECT_TRUE(gate.setProperty(numbers[i].toLatin1(), 100 + i));
-    }
-    for (int i = 0; i < numbers.size(); ++i) {
-        EXPECT_EQ(property(gate, numbers[i].toLatin1()).toInt(), 100 + i) << numbers[i].toStdString();
-    }
+    expectKeepsNumbers(gate, kPublished);
     EXPECT_TRUE(gate.setProperty("CheckET", true));
     EXPECT_TRUE(gate.CheckET());
     EXPECT_FALSE(gate.CheckCross());
@@ -197,8 +164,7 @@ protected:
         gate.reset();
         const platform::TDesignScope designing;
         gate = std::make_unique<TTestGate>(trace);
-        attachTexts();
-        attachCheckSQL();
+        attach();
     }
 };
 

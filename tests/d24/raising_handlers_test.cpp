@@ -1,8 +1,6 @@
 // Handlers and a link that raise, each at each of its calls.
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 
 namespace {
 
@@ -14,17 +12,6 @@ const QString kCard = QStringLiteral("$10.0.0.5:001TRQ77AB");
 class RaisingHandler : public TD24Test
 {
 protected:
-    /// Raises inside the event whose line begins like this, the first time only.
-    void raiseAt(const QString& beginning)
-    {
-        trace.OnLine = [this, beginning](const QString& line) {
-            if (line.startsWith(beginning)) {
-                trace.OnLine = {};
-                throw std::runtime_error("host trouble");
-            }
-        };
-    }
-
     /// The table is served again.
     void expectAlive()
     {
@@ -40,14 +27,14 @@ protected:
 
 TEST_F(RaisingHandler, AStatusHandlerIsReportedAndTheWorkGoesOn)
 {
-    raiseAt("status CHECK");
+    trace.raiseOnce("status CHECK");
     inject(kCard);
     trace.expect({read(kCard), "img 001T", looked(kT, "77", "NEW"), "error [07] host trouble",
                   come(kT, "77", "NEW"), stack(kT, "77", "NEW"), check(kT, "77", "NEW", 0)});
-    raiseAt("status COME");
+    trace.raiseOnce("status COME");
     inject("$10.0.0.5:001TGR77AB");
     trace.expect({read("$10.0.0.5:001TGR77AB"), come(kT, "77", "FINISH"), "error [07] host trouble"});
-    raiseAt("status STACK");
+    trace.raiseOnce("status STACK");
     clock.advance(10);
     trace.expect({stack(kT, "77", "FINISH"), "error [07] host trouble", check(kT, "77", "FINISH", 2)});
 }
@@ -55,18 +42,14 @@ TEST_F(RaisingHandler, AStatusHandlerIsReportedAndTheWorkGoesOn)
 TEST_F(RaisingHandler, AStatusHandlerIsSilentWithoutErrorHandler)
 {
     gate->SetOnError({});
-    raiseAt("status");
+    trace.raiseOnce("status");
     EXPECT_NO_THROW(gate->ShowinternalStatus(gate.get(), "N", "1", "2", "3", "4", "5", "6"));
     trace.expect({"status N!1!2!3!4!5!6"});
 }
 
 TEST_F(RaisingHandler, TextsOfPlatformErrorsAreReported)
 {
-    trace.OnLine = [](const QString& line) {
-        if (line.startsWith("status")) {
-            throw platform::EConvertError(QStringLiteral("не число"));
-        }
-    };
+    trace.each("status", [] { throw platform::EConvertError(QStringLiteral("не число")); });
     gate->ShowinternalStatus(gate.get(), "N", "1", "2", "3", "4", "5", "6");
     trace.expect({"status N!1!2!3!4!5!6", "error [07] не число"});
 }
@@ -76,14 +59,14 @@ TEST_F(RaisingHandler, ASilentControllersReportIsReportedAndTheOthersFollow)
     gate->DevicePing("1", "001T", "T");
     gate->DevicePing("2", "002T", "T");
     trace.take();
-    raiseAt("status STACK");
+    trace.raiseOnce("status STACK");
     clock.advance(2'000);
     trace.expect({noted("1!001T!T", "NOPING"), "error [07] host trouble", noted("2!002T!T", "NOPING")});
 }
 
 TEST_F(RaisingHandler, ALogHandlerEndsTheLine)
 {
-    raiseAt("log");
+    trace.raiseOnce("log");
     EXPECT_THROW(inject(kCard), std::runtime_error);
     trace.expect({read(kCard)});
     EXPECT_EQ(gate->StackItemsCount(), 0);
@@ -93,7 +76,7 @@ TEST_F(RaisingHandler, ALogHandlerEndsTheLine)
 
 TEST_F(RaisingHandler, APictureHandlerEndsTheLineAfterThePassIsMade)
 {
-    raiseAt("img");
+    trace.raiseOnce("img");
     EXPECT_THROW(inject(kCard), std::runtime_error);
     trace.expect({read(kCard), "img 001T"});
     ASSERT_EQ(gate->StackItemsCount(), 1);
@@ -104,7 +87,7 @@ TEST_F(RaisingHandler, APictureHandlerEndsTheLineAfterThePassIsMade)
 
 TEST_F(RaisingHandler, ACardCheckLeavesTheLine)
 {
-    raiseAt("check");
+    trace.raiseOnce("check");
     EXPECT_THROW(inject(kCard), std::runtime_error);
     trace.expect({read(kCard), "img 001T", looked(kT, "77", "NEW"), come(kT, "77", "NEW"),
                   stack(kT, "77", "NEW"), check(kT, "77", "NEW", 0)});
@@ -117,34 +100,30 @@ TEST_F(RaisingHandler, ACardCheckOnATickGoesToTheExceptionHandler)
 {
     for (const char* status : {"NEW", "TIMEOUT", "FINISH", "NOANSWER", "CRC-ERROR", "PROGRESSSTART"}) {
         SCOPED_TRACE(status);
-        TBench bench;
-        const d24::PRFidInfo pass = bench.makePass(kT, "77", "HOLD");
-        bench.inject("x");
-        bench.trace.take();
+        TD24Fixture fixture;
+        const d24::PRFidInfo pass = fixture.makePass(kT, "77", "HOLD");
+        fixture.inject("x");
+        fixture.trace.take();
         pass->Status = status;
-        bench.makePass(kG, "77", "OPEN"); // comes after it and is not reached
-        bench.trace.OnLine = [&](const QString& line) {
-            if (line.startsWith("check")) {
-                throw std::runtime_error("database gone");
-            }
-        };
-        bench.clock.advance(20);
-        const QStringList once = bench.trace.take();
+        fixture.makePass(kG, "77", "OPEN"); // comes after it and is not reached
+        fixture.trace.each("check", [&] { throw std::runtime_error("database gone"); });
+        fixture.clock.advance(20);
+        const QStringList once = fixture.trace.take();
         EXPECT_EQ(once.size(), 6); // twice: report, question, trouble
         EXPECT_EQ(once.filter("raised database gone").size(), 2);
         EXPECT_EQ(pass->Status, status);
-        bench.trace.OnLine = {};
+        fixture.trace.OnLine = {};
         pass->Status = "HOLD";
-        bench.clock.advance(10); // the gate is not dead
-        bench.trace.expect({stack(kG, "77", "OPEN")});
+        fixture.clock.advance(10); // the gate is not dead
+        fixture.trace.expect({stack(kG, "77", "OPEN")});
     }
 }
 
 TEST_F(RaisingHandler, AMessageIsNotTakenFromACheckThatRaises)
 {
     Message = "|text|";
-    const d24::PRFidInfo pass = makePass(kI, kManual);
-    raiseAt("check");
+    const d24::PRFidInfo pass = makePass(kI, kManualCard);
+    trace.raiseOnce("check");
     EXPECT_THROW(runPass(), std::runtime_error);
     EXPECT_EQ(pass->InfoMess, "");
     EXPECT_EQ(pass->Status, "NEW");
@@ -154,7 +133,7 @@ TEST_F(RaisingHandler, AMessageIsNotTakenFromACheckThatRaises)
 TEST_F(RaisingHandler, AnUnreadableResultLeavesThePass)
 {
     Answers = {{0, "yes"}};
-    const d24::PRFidInfo pass = makePass(kI, kManual);
+    const d24::PRFidInfo pass = makePass(kI, kManualCard);
     EXPECT_THROW(runPass(), platform::EConvertError);
     EXPECT_EQ(pass->Status, "NEW");
     expectAlive();
@@ -166,11 +145,7 @@ TEST_F(RaisingHandler, ASilentAbortIsSilentOnATick)
     inject("x");
     gate->StackItem(0)->Status = "NEW";
     trace.take();
-    trace.OnLine = [](const QString& line) {
-        if (line.startsWith("check")) {
-            throw platform::EAbort();
-        }
-    };
+    trace.each("check", [] { throw platform::EAbort(); });
     clock.advance(10);
     trace.expect({stack(kT, "77", "NEW"), check(kT, "77", "NEW", 0)});
     expectAlive();
@@ -180,9 +155,9 @@ TEST_F(RaisingHandler, ALogHandlerAfterSendingLeavesThePass)
 {
     Answers = {{0, 1}};
     makePass(kT, "77");
-    raiseAt("log");
+    trace.raiseOnce("log");
     EXPECT_THROW(runPass(), std::runtime_error);
-    trace.expect({stack(kT, "77", "NEW"), check(kT, "77", "NEW", 0), sent("GO10.0.0.5:001T"),
+    trace.expect({stack(kT, "77", "NEW"), check(kT, "77", "NEW", 0), commanded("GO10.0.0.5:001T"),
                   loggedSend("GO10.0.0.5:001T")});
     EXPECT_EQ(statusOf(0), "NEW");
     expectAlive();
@@ -192,22 +167,17 @@ TEST_F(RaisingHandler, AnErrorHandlerLeavesThePass)
 {
     Answers = {{0, 0}};
     for (const bool up : {true, false}) {
-        TBench bench;
-        bench.Answers = {{0, 0}};
-        bench.link->Up = up;
-        bench.link->Failures = {{"PH", "torn"}};
-        bench.makePass(kT, "77");
-        bench.trace.OnLine = [&](const QString& line) {
-            if (line.startsWith("error")) {
-                bench.trace.OnLine = {};
-                throw std::runtime_error("host trouble");
-            }
-        };
-        EXPECT_THROW(bench.runPass(), std::runtime_error);
-        EXPECT_EQ(bench.trace.take().last(), up ? QStringLiteral("error [044] torn") : kPortClosed);
-        EXPECT_EQ(bench.statusOf(0), "NEW");
-        bench.runPass();
-        EXPECT_EQ(bench.statusOf(0), "CLOSE");
+        TD24Fixture fixture;
+        fixture.Answers = {{0, 0}};
+        fixture.link->Up = up;
+        fixture.link->Failures = {{"PH", "torn"}};
+        fixture.makePass(kT, "77");
+        fixture.trace.once("error", [&] { throw std::runtime_error("host trouble"); });
+        EXPECT_THROW(fixture.runPass(), std::runtime_error);
+        EXPECT_EQ(fixture.trace.take().last(), up ? QStringLiteral("error [044] torn") : kPortClosed);
+        EXPECT_EQ(fixture.statusOf(0), "NEW");
+        fixture.runPass();
+        EXPECT_EQ(fixture.statusOf(0), "CLOSE");
     }
 }
 
@@ -230,9 +200,9 @@ TEST_F(RaisingHandler, ARepetitionLeavesThePass)
     makePass(kG, "77", "WAIT")->Command = "GO1";
     clock.jumpTo(clock.nowMs() + 2'000);
     EXPECT_THROW(runPass(), platform::EComPort);
-    trace.expect({stack(kT, "76", "PROGRESS"), sent("GO1")}); // not reported as an error
+    trace.expect({stack(kT, "76", "PROGRESS"), commanded("GO1")}); // not reported as an error
     EXPECT_THROW(runPass(), platform::EComPort);
-    trace.expect({stack(kT, "76", "PROGRESS"), sent("GO1")}); // and not stuck
+    trace.expect({stack(kT, "76", "PROGRESS"), commanded("GO1")}); // and not stuck
 }
 
 TEST_F(RaisingHandler, ARepetitionOnATickGoesToTheExceptionHandler)
@@ -243,17 +213,13 @@ TEST_F(RaisingHandler, ARepetitionOnATickGoesToTheExceptionHandler)
     inject("x");
     trace.take();
     clock.advance(2'010);
-    trace.expect({sent("GO1"), "raised cut", sent("GO1"), "raised cut"});
+    trace.expect({commanded("GO1"), "raised cut", commanded("GO1"), "raised cut"});
 }
 
 TEST_F(RaisingHandler, AnUnknownExceptionOfTheLinkIsReported)
 {
     makePass(kT, "77");
-    trace.OnLine = [](const QString& line) {
-        if (line.startsWith("send")) {
-            throw 42;
-        }
-    };
+    trace.each("send", [] { throw 42; });
     EXPECT_TRUE(gate->p_hw_SendComCommand(0, 1));
     const QStringList lines = trace.take();
     ASSERT_EQ(lines.size(), 3);

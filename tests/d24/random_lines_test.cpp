@@ -1,8 +1,6 @@
 // Random lines, answers and times: the component keeps its promises whatever comes.
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 
 #include <QRandomGenerator>
 #include <QSet>
@@ -12,7 +10,7 @@ namespace {
 using namespace tnv5;
 using namespace tnv5::tests;
 
-class RandomDay : public TBench
+class RandomDay : public TD24Fixture
 {
 public:
     explicit RandomDay(quint32 seed) : FRandom(seed)
@@ -121,20 +119,20 @@ TEST(RandomLines, KeepTheTableInOrderAndComeToAnEnd)
 TEST(RandomLines, RandomCharactersDoNoHarm)
 {
     QRandomGenerator random(7);
-    TBench bench;
+    TD24Fixture fixture;
     const QString letters = QStringLiteral("$#:0TGIRQPFKETBHCSDAX\u0416 ");
     for (int i = 0; i < 3'000; ++i) {
         QString line = random.bounded(2) == 0 ? QStringLiteral("$") : QStringLiteral("#");
         for (quint32 left = random.bounded(16U); left > 0; --left) {
             line += letters[random.bounded(int(letters.size()))];
         }
-        bench.inject(line);
-        const QString seen = bench.trace.take().value(0);
+        fixture.inject(line);
+        const QString seen = fixture.trace.take().value(0);
         ASSERT_EQ(seen, read(line));
     }
-    bench.Answers = {{3, 1}};
-    bench.clock.advance(60'000);
-    EXPECT_EQ(bench.gate->StackItemsCount(), 0);
+    fixture.Answers = {{3, 1}};
+    fixture.clock.advance(60'000);
+    EXPECT_EQ(fixture.gate->StackItemsCount(), 0);
 }
 
 } // namespace

@@ -1,8 +1,6 @@
 // The component on a real connector on a port in memory: bytes in, bytes out.
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 #include "tnv5/common/crc8.h"
 #include "tnv5/testing/wire.h"
 
@@ -17,40 +15,28 @@ QByteArray board(const QString& line)
     return platform::toWire(line + common::Crc8Digits(line));
 }
 
-class RealLine : public ::testing::Test
+const QString kReal = QStringLiteral("0.0.0.0!001T!T");
+
+class RealLine : public TTestOn<TPortFixture>
 {
 protected:
     RealLine()
     {
+        trace.Separator = u'!';
         line.SetConnectorType(connector::podComPort);
-        line.SetComport(&port);
+        line.SetComport(port.get());
         gate.SetConnector(&line);
-        gate.SetOnError([this](TComponent*, const QString& Str) { errors << Str; });
-        gate.SetOnCheckStatus([this](TComponent*, const QVariant& AName, const QVariant& IP,
-                                     const QVariant& Device, const QVariant&, const QVariant& Card,
-                                     const QVariant& Status, const QVariant&) {
-            reports << QStringList{AName.toString(), IP.toString(), Device.toString(), Card.toString(),
-                                   Status.toString()}
-                           .join(u' ');
-        });
-        gate.SetOnCheckSQL([this](TComponent*, const QVariant&, const QVariant&, const QVariant&,
-                                  const QVariant&, const QVariant&, QImage&, const QVariant& AIndex,
-                                  QVariant& Mess, QVariant& AResult) {
-            AResult = AIndex.toInt() == 0 ? answer : 1;
-            Mess = message;
-        });
-        port.Open();
+        trace.attach(gate);
+        gate.SetOnCheckSQL(host.handler(trace, gate));
+        host.ByMode = {{0, 1}, {1, 1}, {2, 1}, {3, 1}, {5, 1}};
     }
 
-    TManualClock clock;
-    TMemoryPort port;
-    tnv5::testkit::TWire wire{port};
+    QStringList take(const QString& word) { return trace.take().filter(word); }
+
+    tnv5::testkit::TWire wire{*port};
+    TAnswers host;
     connector::TDeviceConnector line;
     d24::TTurnStylerDeviceD24 gate;
-    QStringList reports;
-    QStringList errors;
-    int answer = 1;
-    QString message;
 };
 
 TEST_F(RealLine, ACardOpensAndThePassageEnds)
@@ -63,18 +49,20 @@ TEST_F(RealLine, ACardOpensAndThePassageEnds)
     clock.advance(20);
     wire.expectNothing();
     EXPECT_EQ(gate.StackItemsCount(), 0);
-    reports.removeAll("STACK 0.0.0.0 001T 1234 OPEN");
-    EXPECT_EQ(reports.join(u'\n'), "CHECK 0.0.0.0 001T 1234 RQ\nCOME 0.0.0.0 001T 1234 NEW\n"
-                                   "STACK 0.0.0.0 001T 1234 NEW\nCOME 0.0.0.0 001T 1234 PROGRESSSTART\n"
-                                   "STACK 0.0.0.0 001T 1234 PROGRESSSTART\nCOME 0.0.0.0 001T 1234 FINISH\n"
-                                   "STACK 0.0.0.0 001T 1234 FINISH");
-    EXPECT_EQ(errors, QStringList());
+    QStringList lines = trace.take();
+    EXPECT_EQ(lines.filter("error"), QStringList());
+    lines = lines.filter("status");
+    lines.removeAll(stack(kReal, "1234", "OPEN"));
+    EXPECT_EQ(lines, QStringList({looked(kReal, "1234", "NEW"), come(kReal, "1234", "NEW"),
+                                  stack(kReal, "1234", "NEW"), come(kReal, "1234", "PROGRESSSTART"),
+                                  stack(kReal, "1234", "PROGRESSSTART"), come(kReal, "1234", "FINISH"),
+                                  stack(kReal, "1234", "FINISH")}));
 }
 
 TEST_F(RealLine, ARefusalIsShownOnADisplayThatIsKnown)
 {
-    answer = 0;
-    message = "|Нет||||L|";
+    host.ByMode[0] = 0;
+    host.Message = "|Нет||||L|";
     wire.inject("$001TRQ1234AB\r"); // width not known yet
     wire.expect(board("$001TPH"));
     clock.advance(20);
@@ -90,7 +78,7 @@ TEST_F(RealLine, ARefusalIsShownOnADisplayThatIsKnown)
 TEST_F(RealLine, APingIsAnsweredAndNoted)
 {
     wire.inject("$001APING\r");
-    EXPECT_EQ(reports.value(0), "STACK 0.0.0.0 001A  PING");
+    EXPECT_EQ(take("status").value(0), noted("0.0.0.0!001A!T", "PING"));
     ASSERT_EQ(gate.DeviceList().size(), 1);
     EXPECT_EQ(gate.DeviceList().at(0)->Device, "001A");
     wire.expect(board("$001AECHO"));
@@ -104,7 +92,7 @@ TEST_F(RealLine, ACrossingSoundsTheAlarm)
     gate.SetCheckCross(true);
     wire.inject("#001TGO\r");
     wire.expect(board("$001TRL320N"));
-    EXPECT_EQ(reports.value(0), "STACK 0.0.0.0 001T  CROSS");
+    EXPECT_EQ(take("status").value(0), noted(kReal, "CROSS"));
 }
 
 TEST_F(RealLine, TheExitButtonMakesAPass)
@@ -112,7 +100,7 @@ TEST_F(RealLine, TheExitButtonMakesAPass)
     wire.inject("#001TBT1\r");
     wire.expectNothing();
     ASSERT_EQ(gate.StackItemsCount(), 1);
-    EXPECT_EQ(gate.StackItem(0)->CardNumber, kButton);
+    EXPECT_EQ(gate.StackItem(0)->CardNumber, kButtonCard);
 }
 
 TEST_F(RealLine, ATurnstileIsNeverConfirmedAndItsCommandRepeated)
@@ -144,7 +132,6 @@ TEST_F(RealLine, ATurnstileIsNeverConfirmedAndItsCommandRepeated)
 TEST_F(RealLine, ADisplayHasAnEmptyCommandThatIsConfirmed)
 {
     gate.SetCheckET(true);
-    answer = 1;
     wire.inject("$003IRQ1234AB\r");
     const d24::PRFidInfo pass = gate.StackItem(0);
     ASSERT_TRUE(pass);
@@ -157,37 +144,37 @@ TEST_F(RealLine, ADisplayHasAnEmptyCommandThatIsConfirmed)
 
 TEST_F(RealLine, TheFirstCommandOpensThePort)
 {
-    port.Close();
+    port->Close();
     gate.p_hw_ProtocolIn("$0.0.0.0:001TRQ1234AB");
-    EXPECT_TRUE(port.Connected());
+    EXPECT_TRUE(port->Connected());
     wire.expect(board("$001TGO"));
 }
 
 TEST_F(RealLine, APortThatCannotBeOpenedIsReported)
 {
-    port.Close();
-    port.OpenFailure = "busy";
+    port->Close();
+    port->OpenFailure = "busy";
     gate.p_hw_ProtocolIn("$0.0.0.0:001TRQ1234AB");
-    EXPECT_EQ(errors, QStringList("[04] Порт не открыт или не назначен"));
+    EXPECT_EQ(take("error"), QStringList(kPortClosed));
     EXPECT_EQ(gate.StackItem(0)->Status, "OPEN");
 }
 
 TEST_F(RealLine, AWriteThatFailsIsReported)
 {
-    port.WriteFailure = "unplugged";
+    port->WriteFailure = "unplugged";
     wire.inject("$001TRQ1234AB\r");
-    EXPECT_EQ(errors, QStringList("[04] unplugged"));
+    EXPECT_EQ(take("error"), QStringList("error [04] unplugged"));
     clock.advance(8'020);
-    answer = 0;
+    host.ByMode[0] = 0;
     wire.inject("$002TRQ1234AB\r");
-    EXPECT_EQ(errors.value(1), "[044] unplugged");
+    EXPECT_EQ(take("error"), QStringList("error [044] unplugged"));
 }
 
 TEST_F(RealLine, ALineInAnyCutIsTheSame)
 {
-    port.feedInPieces("$001TRQ1234AB\r#002TDC00\r", 1);
+    port->feedInPieces("$001TRQ1234AB\r#002TDC00\r", 1);
     wire.expect(board("$001TGO"));
-    EXPECT_EQ(reports.filter("COME").join(u'\n'), "COME 0.0.0.0 001T 1234 NEW");
+    EXPECT_EQ(take("COME"), QStringList(come(kReal, "1234", "NEW")));
 }
 
 } // namespace

@@ -1,8 +1,6 @@
 // The commands that answer a pass.
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 
 namespace {
 
@@ -37,19 +35,19 @@ TEST_F(Sending, EveryTypeRefusesAndAllows)
     };
     for (const TRow& row : rows) {
         SCOPED_TRACE(::testing::Message() << row.type << ' ' << row.yesnot << ' ' << row.message);
-        TBench bench;
-        bench.link->Checks = {{"GO", "7A"}, {"PH", "7B"}, {"SH", "7C"}, {"", "7D"}};
-        bench.clock.jumpTo(TManualClock::at(18, 0));
-        const d24::PRFidInfo pass = bench.makePass(QStringLiteral("1!001x!") + row.type, "77", "any");
+        TD24Fixture fixture;
+        fixture.link->Checks = {{"GO", "7A"}, {"PH", "7B"}, {"SH", "7C"}, {"", "7D"}};
+        fixture.clock.jumpTo(TManualClock::at(18, 0));
+        const d24::PRFidInfo pass = fixture.makePass(QStringLiteral("1!001x!") + row.type, "77", "any");
         pass->InfoMess = row.message;
         pass->Finish = true;
         pass->Command = "before";
-        EXPECT_TRUE(bench.gate->p_hw_SendComCommand(0, row.yesnot));
+        EXPECT_TRUE(fixture.gate->p_hw_SendComCommand(0, row.yesnot));
         QStringList lines;
         for (const QString& command : row.commands) {
-            lines << sent(command);
+            lines << commanded(command);
         }
-        bench.trace.expect(lines << loggedSend(row.logged));
+        fixture.trace.expect(lines << loggedSend(row.logged));
         EXPECT_EQ(pass->Command, row.logged);
         EXPECT_EQ(pass->CRC, *row.logged == '\0' ? "7D" : row.yesnot == 1 ? "7A" : "7B");
         EXPECT_FALSE(pass->Finish);
@@ -133,11 +131,11 @@ TEST_F(Sending, AFailingMainCommandIsReportedAndLogged)
     pass->CRC = "before";
     pass->Finish = true;
     EXPECT_TRUE(gate->p_hw_SendComCommand(0, 0));
-    trace.expect({sent("SH10.0.0.5:002G"), sent("PH10.0.0.5:002G"), "error [044] torn",
+    trace.expect({commanded("SH10.0.0.5:002G"), commanded("PH10.0.0.5:002G"), "error [044] torn",
                   loggedSend("PH10.0.0.5:002G")});
     EXPECT_TRUE(gate->p_hw_SendComCommand(0, 1));
-    trace.expect(
-        {sent("SH10.0.0.5:002G"), sent("GO10.0.0.5:002G"), "error [04] cut", loggedSend("GO10.0.0.5:002G")});
+    trace.expect({commanded("SH10.0.0.5:002G"), commanded("GO10.0.0.5:002G"), "error [04] cut",
+                  loggedSend("GO10.0.0.5:002G")});
     EXPECT_EQ(pass->Command, "GO10.0.0.5:002G");
     EXPECT_FALSE(pass->Finish);
     EXPECT_EQ(pass->CRC, "before");
@@ -151,9 +149,9 @@ TEST_F(Sending, AFailingDisplayKeepsTheMainCommandBack)
     pass->Command = "before";
     pass->Finish = true;
     EXPECT_TRUE(gate->p_hw_SendComCommand(0, 0));
-    trace.expect({sent("SH10.0.0.5:002G"), "error [044] dark", loggedSend("PH10.0.0.5:002G")});
+    trace.expect({commanded("SH10.0.0.5:002G"), "error [044] dark", loggedSend("PH10.0.0.5:002G")});
     EXPECT_TRUE(gate->p_hw_SendComCommand(0, 1));
-    trace.expect({sent("SH10.0.0.5:002G"), "error [04] dark", loggedSend("GO10.0.0.5:002G")});
+    trace.expect({commanded("SH10.0.0.5:002G"), "error [04] dark", loggedSend("GO10.0.0.5:002G")});
     EXPECT_EQ(pass->Command, "before");
     EXPECT_TRUE(pass->Finish);
 }
@@ -164,7 +162,7 @@ TEST_F(Sending, AFailureDoesNotStopThePass)
     Answers = {{0, 1}};
     makePass(kT, "77");
     runPass();
-    trace.expect({stack(kT, "77", "NEW"), check(kT, "77", "NEW", 0), sent("GO10.0.0.5:001T"),
+    trace.expect({stack(kT, "77", "NEW"), check(kT, "77", "NEW", 0), commanded("GO10.0.0.5:001T"),
                   "error [04] cut", loggedSend("GO10.0.0.5:001T")});
     EXPECT_EQ(statusOf(0), "OPEN");
 }
@@ -191,7 +189,7 @@ TEST_F(Sending, FailuresAreSilentWithoutHandler)
     link->Failures = {{"GO", "cut"}};
     makePass(kT, "77");
     gate->p_hw_SendComCommand(0, 1);
-    trace.expect({sent("GO10.0.0.5:001T"), loggedSend("GO10.0.0.5:001T")});
+    trace.expect({commanded("GO10.0.0.5:001T"), loggedSend("GO10.0.0.5:001T")});
     link->Up = false;
     gate->p_hw_SendComCommand(0, 1);
     trace.expect({});

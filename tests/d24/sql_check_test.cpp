@@ -1,8 +1,6 @@
 // The question to the host.
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 
 namespace {
 
@@ -75,7 +73,7 @@ TEST_F(SqlCheck, TheResultIsReturned)
 
 TEST_F(SqlCheck, OtherModesAskNobody)
 {
-    makePass(kI, kManual);
+    makePass(kI, kManualCard);
     for (const int mode : {4, 6, -1, 99}) {
         EXPECT_EQ(gate->p_hw_SQLCheck(0, mode), -1) << mode;
     }
@@ -160,7 +158,7 @@ TEST_F(SqlCheck, TheResultIsReadFromNumbersAndNumericTexts)
 
 TEST_F(SqlCheck, AnyOtherResultRaises)
 {
-    const d24::PRFidInfo pass = makePass(kI, kManual);
+    const d24::PRFidInfo pass = makePass(kI, kManualCard);
     for (const QVariant& value :
          {QVariant("yes"), QVariant(""), QVariant(QStringList("1")), QVariant(1e300)}) {
         answer(value, "|text|");
@@ -175,15 +173,16 @@ TEST_F(SqlCheck, AnyOtherResultRaises)
 TEST_F(SqlCheck, ModeZeroOpensAPassWithoutCard)
 {
     for (const bool handler : {true, false}) {
-        for (const QString& card : {kManual, kButton, QStringLiteral("-1-1-1-1"), QStringLiteral("77")}) {
+        for (const QString& card :
+             {kManualCard, kButtonCard, QStringLiteral("-1-1-1-1"), QStringLiteral("77")}) {
             for (const char* type : {"T", "G", "D", "X", "I"}) {
-                TBench bench;
+                TD24Fixture fixture;
                 if (!handler) {
-                    bench.gate->SetOnCheckSQL({});
+                    fixture.gate->SetOnCheckSQL({});
                 }
-                const d24::PRFidInfo pass = bench.makePass(QStringLiteral("1!001x!") + type, card, "any");
-                bench.gate->p_hw_SQLCheck(0, 0);
-                const bool pseudo = card == kManual || card == kButton;
+                const d24::PRFidInfo pass = fixture.makePass(QStringLiteral("1!001x!") + type, card, "any");
+                fixture.gate->p_hw_SQLCheck(0, 0);
+                const bool pseudo = card == kManualCard || card == kButtonCard;
                 EXPECT_EQ(pass->Status, type[0] == 'I' ? "FINISH"
                                         : pseudo       ? "OPEN"
                                                        : "any")
@@ -195,7 +194,7 @@ TEST_F(SqlCheck, ModeZeroOpensAPassWithoutCard)
 
 TEST_F(SqlCheck, OtherModesLeaveTheState)
 {
-    const d24::PRFidInfo pass = makePass(kI, kManual, "any");
+    const d24::PRFidInfo pass = makePass(kI, kManualCard, "any");
     for (const int mode : {1, 2, 3, 4, 5}) {
         gate->p_hw_SQLCheck(0, mode);
         EXPECT_EQ(pass->Status, "any") << mode;

@@ -1,8 +1,6 @@
 // When passes over the table run, over what, and that they do not run inside each other.
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 
 namespace {
 
@@ -145,7 +143,7 @@ TEST_F(StackTimer, APassInsideAPassDoesNothing)
     };
     Answers = {{0, 1}};
     inject("x");
-    trace.expect({read("x"), stack(kT, "77", "NEW"), check(kT, "77", "NEW", 0), sent("GO10.0.0.5:001T"),
+    trace.expect({read("x"), stack(kT, "77", "NEW"), check(kT, "77", "NEW", 0), commanded("GO10.0.0.5:001T"),
                   loggedSend("GO10.0.0.5:001T"), stack(kG, "77", "OPEN")});
     trace.OnLine = {};
     runPass(); // and it is not stuck
@@ -155,12 +153,7 @@ TEST_F(StackTimer, APassInsideAPassDoesNothing)
 TEST_F(StackTimer, ALineInsideAPassIsHandledWithoutAPass)
 {
     makePass(kT, "77", "NEW");
-    trace.OnLine = [this](const QString& line) {
-        if (line.startsWith("check")) {
-            trace.OnLine = {};
-            inject("$10.0.0.5:001TGR77AB");
-        }
-    };
+    trace.once("check", [this] { inject("$10.0.0.5:001TGR77AB"); });
     Answers = {{0, 2}};
     runPass();
     trace.expect({stack(kT, "77", "NEW"), check(kT, "77", "NEW", 0), read("$10.0.0.5:001TGR77AB"),
@@ -177,14 +170,14 @@ TEST_F(StackTimer, ACommandRepeatedFirstMayRunAWholePass)
     makePass(kG, "77", "OPEN");
     clock.jumpTo(clock.nowMs() + 2'000);
     trace.OnLine = [this](const QString& line) {
-        if (line == sent("GO1")) {
+        if (line == commanded("GO1")) {
             trace.OnLine = {};
             runPass();
         }
     };
     runPass();
     const QStringList lines = trace.take();
-    EXPECT_EQ(lines.mid(0, 3), QStringList({sent("GO1"), sent("GO1"), stack(kT, "77", "CLOSE")}));
+    EXPECT_EQ(lines.mid(0, 3), QStringList({commanded("GO1"), commanded("GO1"), stack(kT, "77", "CLOSE")}));
     ASSERT_EQ(gate->StackItemsCount(), 1); // removed once, by the inner pass
     EXPECT_EQ(gate->StackItem(0)->Device, "002G");
     trace.take();
@@ -197,32 +190,33 @@ TEST_F(StackTimer, RepeatedCommandsMayEachRunWholePasses)
     gate->SetCheckET(true);
     for (const char* status : {"CLOSE", "NEW", "HOLD"}) {
         for (int passes = 1; passes < 6; ++passes) {
-            TBench bench;
-            bench.gate->SetCheckET(true);
+            TD24Fixture fixture;
+            fixture.gate->SetCheckET(true);
             for (int i = 0; i < 4; ++i) {
                 const QString who = QStringLiteral("1!00%1T!T").arg(i);
-                bench.makePass(who, "77", i % 2 == 0 ? "CLOSE" : status)->Command = "GO" + QString::number(i);
+                fixture.makePass(who, "77", i % 2 == 0 ? "CLOSE" : status)->Command =
+                    "GO" + QString::number(i);
             }
-            bench.clock.jumpTo(bench.clock.nowMs() + 2'000);
+            fixture.clock.jumpTo(fixture.clock.nowMs() + 2'000);
             int depth = 0;
-            bench.trace.OnLine = [&](const QString& line) {
+            fixture.trace.OnLine = [&](const QString& line) {
                 if (line.startsWith("send") && depth < 2) {
                     ++depth;
                     for (int i = 0; i < passes; ++i) {
-                        bench.runPass();
+                        fixture.runPass();
                     }
                     --depth;
                 }
             };
-            bench.runPass();
-            bench.trace.OnLine = {};
-            bench.trace.take();
-            bench.gate->SetCheckET(false);
-            bench.makePass("9!999T!T", "1", "OPEN");
+            fixture.runPass();
+            fixture.trace.OnLine = {};
+            fixture.trace.take();
+            fixture.gate->SetCheckET(false);
+            fixture.makePass("9!999T!T", "1", "OPEN");
             for (int i = 0; i < 8; ++i) {
-                bench.runPass();
+                fixture.runPass();
             }
-            EXPECT_GE(bench.trace.countOf("status STACK!9!999T"), 1); // not stuck
+            EXPECT_GE(fixture.trace.countOf("status STACK!9!999T"), 1); // not stuck
         }
     }
 }

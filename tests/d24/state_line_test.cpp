@@ -1,8 +1,6 @@
 // Lines that begin with "#".
 
-#include "d24_bench.h"
-
-#include "support/text_printers.h"
+#include "d24_fixture.h"
 
 namespace {
 
@@ -49,7 +47,7 @@ TEST_F(StateLine, WordsMatchInAnyCaseAndAreReportedAsReceived)
     inject(line("cRoSs"));
     trace.expect({read(line("cRoSs")), noted(kT, "CROSS"), heard(kT, "cRoSs")});
     inject(line("btph"));
-    trace.expect({read(line("btph")), "img 001T", looked(kT, kButton, "NEW"), heard(kT, "btph")});
+    trace.expect({read(line("btph")), "img 001T", looked(kT, kButtonCard, "NEW"), heard(kT, "btph")});
 }
 
 TEST_F(StateLine, WordsMatchWhole)
@@ -95,7 +93,7 @@ TEST_F(StateLine, ACrossingSoundsTheAlarm)
 {
     gate->SetCheckCross(true);
     inject(line("CROSS"));
-    trace.expect({read(line("CROSS")), noted(kT, "CROSS"), sent("AL10.0.0.5:001T"), heard(kT, "CROSS")});
+    trace.expect({read(line("CROSS")), noted(kT, "CROSS"), commanded("AL10.0.0.5:001T"), heard(kT, "CROSS")});
 }
 
 TEST_F(StateLine, AnAlarmWithoutConnectorIsSkipped)
@@ -119,7 +117,7 @@ TEST_F(StateLine, ACrossingDuringAPassOfThatLinkIsSilent)
     gate->StackItem(0)->IP = "10.0.0.6";
     gate->StackItem(0)->Device = "001T"; // the same controller by another link
     inject(line("CROSS"));
-    trace.expect({read(line("CROSS")), noted(kT, "CROSS"), sent("AL10.0.0.5:001T"), heard(kT, "CROSS")});
+    trace.expect({read(line("CROSS")), noted(kT, "CROSS"), commanded("AL10.0.0.5:001T"), heard(kT, "CROSS")});
 }
 
 TEST_F(StateLine, AFailingAlarmEndsTheLine)
@@ -127,7 +125,7 @@ TEST_F(StateLine, AFailingAlarmEndsTheLine)
     gate->SetCheckCross(true);
     link->Failures["AL"] = "cut";
     EXPECT_THROW(inject(line("CROSS")), platform::EComPort);
-    trace.expect({read(line("CROSS")), noted(kT, "CROSS"), sent("AL10.0.0.5:001T")});
+    trace.expect({read(line("CROSS")), noted(kT, "CROSS"), commanded("AL10.0.0.5:001T")});
 }
 
 // The exit button
@@ -135,9 +133,9 @@ TEST_F(StateLine, AFailingAlarmEndsTheLine)
 TEST_F(StateLine, TheButtonMakesAPass)
 {
     inject(line("BTPH"));
-    trace.expect({read(line("BTPH")), "img 001T", looked(kT, kButton, "NEW"), heard(kT, "BTPH")});
+    trace.expect({read(line("BTPH")), "img 001T", looked(kT, kButtonCard, "NEW"), heard(kT, "BTPH")});
     ASSERT_EQ(gate->StackItemsCount(), 1);
-    EXPECT_EQ(gate->StackItem(0)->CardNumber, kButton);
+    EXPECT_EQ(gate->StackItem(0)->CardNumber, kButtonCard);
     EXPECT_EQ(gate->StackItem(0)->IP, "10.0.0.5");
     EXPECT_EQ(gate->StackItem(0)->DeviceType, "T");
     EXPECT_EQ(statusOf(0), "NEW");
@@ -152,7 +150,7 @@ TEST_F(StateLine, TheButtonOpensANewPass)
     };
     inject(line("BTPH"));
     trace.OnLine = {};
-    trace.expect({read(line("BTPH")), sent("SH1:001T|Hello|"), sent("GO1:001T|Hello|"),
+    trace.expect({read(line("BTPH")), commanded("SH1:001T|Hello|"), commanded("GO1:001T|Hello|"),
                   loggedSend("GO1:001T|Hello|"), heard(kT, "BTPH")});
     EXPECT_EQ(pass->Status, "OPEN");
     EXPECT_EQ(gate->StackItemsCount(), 1);
@@ -182,15 +180,15 @@ TEST_F(StateLine, TheButtonLeavesAPassInAnyOtherState)
 
 TEST_F(StateLine, TheButtonPassRunsAtOnceWhenTheTimerIsOff)
 {
-    TBench bench;
-    bench.Answers = {{0, 1}};
-    bench.inject(line("BTPH"));
-    bench.trace.expect({read(line("BTPH")), "img 001T", looked(kT, kButton, "NEW"), heard(kT, "BTPH"),
-                        stack(kT, kButton, "NEW"), check(kT, kButton, "NEW", 0)});
-    EXPECT_EQ(bench.statusOf(0), "OPEN"); // no command: the controller opens by itself
-    bench.clock.advance(10);
-    bench.trace.expect({stack(kT, kButton, "OPEN")});
-    EXPECT_EQ(bench.statusOf(0), "FINISH");
+    TD24Fixture fixture;
+    fixture.Answers = {{0, 1}};
+    fixture.inject(line("BTPH"));
+    fixture.trace.expect({read(line("BTPH")), "img 001T", looked(kT, kButtonCard, "NEW"), heard(kT, "BTPH"),
+                          stack(kT, kButtonCard, "NEW"), check(kT, kButtonCard, "NEW", 0)});
+    EXPECT_EQ(fixture.statusOf(0), "OPEN"); // no command: the controller opens by itself
+    fixture.clock.advance(10);
+    fixture.trace.expect({stack(kT, kButtonCard, "OPEN")});
+    EXPECT_EQ(fixture.statusOf(0), "FINISH");
 }
 
 } // namespace

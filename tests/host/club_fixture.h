@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/text_printers.h"
 #include "tnv5/host/database.h"
 
 #include <QFile>

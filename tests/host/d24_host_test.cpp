@@ -1,9 +1,7 @@
 #include "club_fixture.h"
-#include "support/text_printers.h"
+#include "support/fixture.h"
 #include "tnv5/host/club_host.h"
 #include "tnv5/host/d24_host.h"
-#include "tnv5/testing/manual_clock.h"
-#include "tnv5/testing/memory_port.h"
 
 namespace tnv5::host {
 namespace {
@@ -24,7 +22,7 @@ public:
 
 /// The host of D24 controllers with time in hand. Gates: 101T in, 102T out, 103I in, 104G in; cards as in the
 /// classic host's tests.
-class TD24HostTest : public TClubFixture
+class TD24HostTest : public TClubFixture, protected tests::TFixture
 {
 protected:
     TD24HostTest()
@@ -41,12 +39,11 @@ protected:
         desk.OnTrouble = [this](const QString& text) { troubles.append(text); };
     }
 
-    void feed(const char* line) { device.p_hw_ProtocolIn(QString::fromLatin1(line)); }
+    void inject(const char* line) { device.p_hw_ProtocolIn(QString::fromLatin1(line)); }
     QStringList takeSent() { return std::exchange(connector.sent, {}); }
     /// Lets the component make its passes and the journal be written.
     void settle() { clock.advance(200); }
 
-    testkit::TManualClock clock;
     TNotingConnector connector;
     d24::TTurnStylerDeviceD24 device;
     qint64 anna = 0;
@@ -81,12 +78,12 @@ TEST(D24Display, NameAndBalanceOrReason)
 
 TEST_F(TD24HostTest, ACardFromReadingToPassage)
 {
-    feed("$0.0.0.0:101TRQ100");
+    inject("$0.0.0.0:101TRQ100");
     EXPECT_EQ(takeSent(), QStringList({QStringLiteral("SH0.0.0.0:101T|Anna Berg|Balance 12.50||||"),
                                        QStringLiteral("GO0.0.0.0:101T|Anna Berg|Balance 12.50||||")}));
-    feed("$0.0.0.0:101TPR00");
+    inject("$0.0.0.0:101TPR00");
     settle();
-    feed("$0.0.0.0:101TGR00");
+    inject("$0.0.0.0:101TGR00");
     settle();
     EXPECT_EQ(news, QStringList({QStringLiteral("101T  Anna Berg (1)  opened"),
                                  QStringLiteral("101T  Anna Berg (1)  passed")}));
@@ -100,7 +97,7 @@ TEST_F(TD24HostTest, ACardFromReadingToPassage)
 
 TEST_F(TD24HostTest, ARefusedCardIsToldWhy)
 {
-    feed("$0.0.0.0:101TRQ300");
+    inject("$0.0.0.0:101TRQ300");
     EXPECT_EQ(takeSent(), QStringList({QStringLiteral("SH0.0.0.0:101T|Card 3|unknown card||||"),
                                        QStringLiteral("PH0.0.0.0:101T|Card 3|unknown card||||")}));
     settle();
@@ -111,8 +108,8 @@ TEST_F(TD24HostTest, ARefusedCardIsToldWhy)
 
 TEST_F(TD24HostTest, WhoDoesNotPassIsTimedOut)
 {
-    feed("$0.0.0.0:101TRQ100");
-    feed("$0.0.0.0:101TFK00");
+    inject("$0.0.0.0:101TRQ100");
+    inject("$0.0.0.0:101TFK00");
     settle();
     ASSERT_EQ(journal().size(), 1);
     EXPECT_EQ(journal()[0].ending, TEnding::TimedOut);
@@ -121,7 +118,7 @@ TEST_F(TD24HostTest, WhoDoesNotPassIsTimedOut)
 
 TEST_F(TD24HostTest, AGateTellsNothingAboutThePassage)
 {
-    feed("$0.0.0.0:104GRQ100");
+    inject("$0.0.0.0:104GRQ100");
     settle();
     ASSERT_EQ(journal().size(), 1);
     EXPECT_EQ(journal()[0].ending, TEnding::Unanswered);
@@ -129,7 +126,7 @@ TEST_F(TD24HostTest, AGateTellsNothingAboutThePassage)
 
 TEST_F(TD24HostTest, ADisplayWithoutAGateHasLetEveryAllowedCardPass)
 {
-    feed("$0.0.0.0:103IRQ100");
+    inject("$0.0.0.0:103IRQ100");
     EXPECT_EQ(takeSent().value(0), QStringLiteral("SH0.0.0.0:103I|Anna Berg|Balance 12.50||||"));
     settle();
     ASSERT_EQ(journal().size(), 1);
@@ -138,7 +135,7 @@ TEST_F(TD24HostTest, ADisplayWithoutAGateHasLetEveryAllowedCardPass)
 
 TEST_F(TD24HostTest, TheExitButtonIsJournaledAndNotCommanded)
 {
-    feed("#0.0.0.0:101TBTPH00");
+    inject("#0.0.0.0:101TBTPH00");
     settle();
     EXPECT_EQ(takeSent(), QStringList());
     ASSERT_EQ(journal().size(), 1);
@@ -158,21 +155,21 @@ TEST_F(TD24HostTest, AnOpeningByHandOpens)
 TEST_F(TD24HostTest, AFailingDatabaseRefusesTheCardAndSaysSo)
 {
     elsewhere(QStringLiteral("ALTER TABLE card RENAME TO card_away"));
-    feed("$0.0.0.0:101TRQ100");
+    inject("$0.0.0.0:101TRQ100");
     EXPECT_EQ(takeSent().value(0), QStringLiteral("SH0.0.0.0:101T|Card 1|host fault||||"));
     settle();
     ASSERT_FALSE(troubles.isEmpty());
     EXPECT_TRUE(troubles.last().contains(QStringLiteral("card 1 at 101T cannot be decided about")))
         << qPrintable(troubles.last());
     elsewhere(QStringLiteral("ALTER TABLE card_away RENAME TO card"));
-    feed("$0.0.0.0:101TRQ100");
+    inject("$0.0.0.0:101TRQ100");
     EXPECT_EQ(takeSent().value(1).left(2), QStringLiteral("GO"));
 }
 
 TEST_F(TD24HostTest, TheHoldersPictureIsDrawn)
 {
     device.SetTimerInterval(1'000);
-    feed("$0.0.0.0:101TRQ100");
+    inject("$0.0.0.0:101TRQ100");
     ASSERT_EQ(device.StackItemsCount(), 1);
     EXPECT_FALSE(device.StackItem(0)->Img.isNull());
 }
@@ -180,7 +177,7 @@ TEST_F(TD24HostTest, TheHoldersPictureIsDrawn)
 TEST_F(TD24HostTest, ErrorsOfTheComponentAreTold)
 {
     device.SetConnector(nullptr);
-    feed("$0.0.0.0:101TRQ300");
+    inject("$0.0.0.0:101TRQ300");
     settle();
     ASSERT_FALSE(troubles.isEmpty());
     EXPECT_TRUE(troubles.first().startsWith(QStringLiteral("[04] "))) << qPrintable(troubles.first());
@@ -188,7 +185,7 @@ TEST_F(TD24HostTest, ErrorsOfTheComponentAreTold)
 
 TEST_F(TD24HostTest, ClosingInterruptsWhatIsUnderWay)
 {
-    feed("$0.0.0.0:101TRQ100");
+    inject("$0.0.0.0:101TRQ100");
     host.close();
     EXPECT_FALSE(device.OnCheckSQL());
     desk.close();

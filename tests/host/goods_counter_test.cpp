@@ -1,6 +1,5 @@
 #include "club_fixture.h"
 #include "scale_fixture.h"
-#include "support/text_printers.h"
 #include "tnv5/host/goods_counter.h"
 
 namespace tnv5::host {
@@ -9,7 +8,7 @@ namespace {
 const QString kAnnasCard = QStringLiteral("10000001");
 const QString kApples = QStringLiteral("apples");
 
-class TGoodsCounterTest : public TClubFixture, protected TScaleOnPort
+class TGoodsCounterTest : public TClubFixture, protected TScaleFixture
 {
 protected:
     TGoodsCounterTest() : anna(addMember(QStringLiteral("Anna Berg"), kAnnasCard)), counter(scales, club)

@@ -1,5 +1,4 @@
 #include "club_fixture.h"
-#include "support/text_printers.h"
 
 namespace tnv5::host {
 namespace {

@@ -1,28 +1,26 @@
 #pragma once
 
+#include "support/fixture.h"
 #include "tnv5/scales/scales_device.h"
-#include "tnv5/testing/manual_clock.h"
-#include "tnv5/testing/memory_port.h"
 
 namespace tnv5::host {
 
 /// A scale of family 2 on a port in memory.
-struct TScaleOnPort
+struct TScaleFixture : tests::TPortFixture
 {
     static constexpr int kOverload = -1;
     static constexpr int kNegative = -2;
 
-    TScaleOnPort()
+    TScaleFixture()
     {
-        port.OnWritten = [this](const QByteArray& bytes) {
+        port->OnWritten = [this](const QByteArray& bytes) {
             if (answering) {
-                port.feed(bytes == "\x05" ? QByteArray("\x06") : packet());
+                feed(bytes == "\x05" ? QByteArray("\x06") : packet());
             }
         };
         scales.SetIDLang(2);
-        scales.SetComport(&port);
+        scales.SetComport(port.get());
         scales.SetScalesType(2);
-        port.Open();
     }
 
     QByteArray packet() const
@@ -35,8 +33,6 @@ struct TScaleOnPort
         return QByteArray("\x01\x02S") + (load == kNegative ? "-" : " ") + digits + "kge\x03\x04";
     }
 
-    testkit::TManualClock clock;
-    testkit::TMemoryPort port;
     scales::TScalesDevice scales;
     int load = 0; ///< in grams, or one of the above
     bool answering = true;

@@ -1,5 +1,4 @@
 #include "scale_fixture.h"
-#include "support/text_printers.h"
 #include "tnv5/host/scale_reader.h"
 
 #include <gtest/gtest.h>
@@ -7,7 +6,7 @@
 namespace tnv5::host {
 namespace {
 
-class TScaleReaderTest : public ::testing::Test, protected TScaleOnPort
+class TScaleReaderTest : public tests::TTestOn<TScaleFixture>
 {
 protected:
     TScaleReaderTest() : reader(scales)
@@ -26,13 +25,13 @@ protected:
 
 TEST_F(TScaleReaderTest, AsksAtOnceAndAgain)
 {
-    port.KeepWrites = true;
+    port->KeepWrites = true;
     reader.start();
-    EXPECT_EQ(port.takeWritten(), QByteArray("\x05\x11"));
+    EXPECT_EQ(port->takeWritten(), QByteArray("\x05\x11"));
     clock.advance(TScaleReader::kAskMs - 1);
-    EXPECT_EQ(port.takeWritten(), QByteArray());
+    EXPECT_EQ(port->takeWritten(), QByteArray());
     clock.advance(1);
-    EXPECT_EQ(port.takeWritten(), QByteArray("\x05\x11"));
+    EXPECT_EQ(port->takeWritten(), QByteArray("\x05\x11"));
 }
 
 TEST_F(TScaleReaderTest, TellsAWeightAsSoonAsItIsKnown)
@@ -114,17 +113,17 @@ TEST_F(TScaleReaderTest, SaysNothingOnceStoppedAlsoByItsOwnHook)
     reader.OnSteady = [this](int) { reader.stop(); };
     reader.start();
     questions(3);
-    port.takeWritten();
+    port->takeWritten();
     take();
     questions(10);
-    EXPECT_EQ(port.takeWritten(), QByteArray());
+    EXPECT_EQ(port->takeWritten(), QByteArray());
     EXPECT_EQ(take(), QStringList());
 }
 
 TEST_F(TScaleReaderTest, APortThatIsClosedCountsAsSilent)
 {
     reader.start();
-    port.Close();
+    port->Close();
     clock.advance(TScaleReader::kPatienceMs + TScaleReader::kAskMs);
     EXPECT_EQ(told.last(), QStringLiteral("silent"));
 }

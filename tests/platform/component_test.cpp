@@ -1,6 +1,7 @@
 #include "tnv5/platform/component.h"
 
-#include <gtest/gtest.h>
+#include "support/fixture.h"
+
 #include <memory>
 #include <stdexcept>
 
@@ -117,17 +118,14 @@ TEST(Component, WhatAHandlerRaisesReachesTheCaller)
 
 TEST(Component, AHandlerThatDestroysAndRaisesIsReportedAndEndsQuietly)
 {
-    QString reported;
-    const auto previous =
-        setExceptionHandler([&](const QString& message, const std::exception_ptr&) { reported = message; });
+    tnv5::tests::TFixture host;
     auto* probe = new TProbe;
     probe->OnEvent = [&probe](TComponent*, int) {
         delete probe;
         throw std::runtime_error("last words");
     };
     EXPECT_EQ(probe->run(1), -1);
-    EXPECT_EQ(reported, QStringLiteral("last words"));
-    setExceptionHandler(previous);
+    host.trace.expect({"raised last words"});
 }
 
 } // namespace

@@ -1,37 +1,21 @@
 #include "tnv5/platform/errors.h"
 
-#include "support/text_printers.h"
+#include "support/fixture.h"
 
-#include <QStringList>
-#include <gtest/gtest.h>
 #include <stdexcept>
 
 namespace {
 
 using namespace tnv5::platform;
 
-class ErrorsTest : public testing::Test
-{
-protected:
-    ErrorsTest()
-    {
-        FPrevious = setExceptionHandler(
-            [this](const QString& message, const std::exception_ptr&) { reported.append(message); });
-    }
-    ~ErrorsTest() override { setExceptionHandler(FPrevious); }
-
-    QStringList reported;
-
-private:
-    TExceptionHandler FPrevious;
-};
+using ErrorsTest = tnv5::tests::TTestOn<tnv5::tests::TFixture>;
 
 TEST_F(ErrorsTest, GuardHandsEscapedExceptionsToTheHandler)
 {
     EXPECT_FALSE(guarded([] { throw Exception(QStringLiteral("дверь")); }));
     EXPECT_FALSE(guarded([] { throw std::runtime_error("std"); }));
     EXPECT_FALSE(guarded([] { throw 5; }));
-    EXPECT_EQ(reported, QStringList({QStringLiteral("дверь"), "std", "Unknown exception"}));
+    trace.expect({"raised дверь", "raised std", "raised Unknown exception"});
 }
 
 TEST_F(ErrorsTest, GuardIsSilentAboutAbortsAndDestroyedComponents)
@@ -39,7 +23,7 @@ TEST_F(ErrorsTest, GuardIsSilentAboutAbortsAndDestroyedComponents)
     EXPECT_FALSE(guarded([] { throw EAbort(); }));
     EXPECT_FALSE(guarded([] { throw TDestroyed(); }));
     EXPECT_TRUE(guarded([] {}));
-    EXPECT_EQ(reported, QStringList());
+    trace.expect({});
 }
 
 TEST_F(ErrorsTest, AHandlerThatRaisesEndsThere)

@@ -2,8 +2,6 @@
 
 #include "wire_samples.h"
 
-#include "support/text_printers.h"
-
 namespace {
 
 using namespace tnv5;
@@ -126,23 +124,23 @@ TEST_P(TEveryFamily, NoiseNeverGrowsNorHarms)
 
 TEST(Flood, ManyPacketsInOneReadAreAllServed)
 {
-    TScalesBench bench;
-    bench.use(8);
+    TScalesFixture fixture;
+    fixture.use(8);
     int packets = 0;
-    bench.scales->SetOnLog(
+    fixture.scales->SetOnLog(
         [&](TComponent*, const QString& text) { packets += text.startsWith("[03]") ? 1 : 0; });
-    bench.feed(QByteArray("W1kg").repeated(15'000) + "W7kg");
+    fixture.feed(QByteArray("W1kg").repeated(15'000) + "W7kg");
     EXPECT_EQ(packets, 15'001);
-    EXPECT_EQ(bench.scales->LastWeight(), 7);
+    EXPECT_EQ(fixture.scales->LastWeight(), 7);
 }
 
 TEST(MassaCut, AnAnswerInTwoReadsIsLost)
 {
-    TScalesBench bench;
-    bench.use(1);
-    bench.ask();
-    bench.port->feedInPieces("\x80\x00"_b, 1);
-    bench.trace.expect(received("\x80") + received("\x00"_b));
+    TScalesFixture fixture;
+    fixture.use(1);
+    fixture.ask();
+    fixture.port->feedInPieces("\x80\x00"_b, 1);
+    fixture.trace.expect(received("\x80") + received("\x00"_b));
 }
 
 } // namespace

@@ -2,8 +2,6 @@
 
 #include "wire_samples.h"
 
-#include "support/text_printers.h"
-
 namespace {
 
 using namespace tnv5;
@@ -17,7 +15,7 @@ protected:
         const platform::TDesignScope scope;
         scales = std::make_unique<TScalesDevice>();
         scales->SetIDLang(2);
-        trace.attach(*scales);
+        attach();
         scales->SetComport(port.get());
     }
 };

@@ -1,9 +1,7 @@
 // Decoding of the two families that talk in two steps.
 
-#include "wire_samples.h"
-
-#include "support/text_printers.h"
 #include "tnv5/scales/families.h"
+#include "wire_samples.h"
 
 namespace {
 
@@ -303,16 +301,16 @@ TEST_F(Cas, AckInsteadOfAWeightIsNoise)
 TEST(SecondRequest, TakesTheTimeAfterItWrote)
 {
     for (const int type : {1, 2}) {
-        TScalesBench bench;
-        bench.use(type);
-        bench.ask();
-        bench.port->OnWritten = [&](const QByteArray&) { bench.clock.advance(2'000); };
-        bench.feed(sampleOf(type).answer);
-        bench.port->OnWritten = {};
-        bench.clock.advance(3'500);
-        bench.trace.take();
-        bench.scales->GetWeight(true);
-        EXPECT_EQ(bench.trace.countOf("log [07]"), 0) << type;
+        TScalesFixture fixture;
+        fixture.use(type);
+        fixture.ask();
+        fixture.port->OnWritten = [&](const QByteArray&) { fixture.clock.advance(2'000); };
+        fixture.feed(sampleOf(type).answer);
+        fixture.port->OnWritten = {};
+        fixture.clock.advance(3'500);
+        fixture.trace.take();
+        fixture.scales->GetWeight(true);
+        EXPECT_EQ(fixture.trace.countOf("log [07]"), 0) << type;
     }
 }
 

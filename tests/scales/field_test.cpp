@@ -2,8 +2,6 @@
 
 #include "wire_samples.h"
 
-#include "support/text_printers.h"
-
 namespace {
 
 using namespace tnv5;
@@ -174,8 +172,8 @@ TEST_F(Field, AxisHasItInTheCharactersFiveToNine)
 
 TEST_F(Field, AxisTrimsThePacketButLogsItAsItCame)
 {
-    expectAxis("  ST+ 01250 g  US \t", {"log 01250", "log   ST+ 01250 g  US \\x09 1250%"});
-    expectAxis("\x02ST+ 00008 g  US", {"log 00008", "log \\x02ST+ 00008 g  US 8%"});
+    expectAxis("  ST+ 01250 g  US \t", {"log 01250", logged("  ST+ 01250 g  US \t 1250%")});
+    expectAxis("\x02ST+ 00008 g  US", {"log 00008", logged("\x02ST+ 00008 g  US 8%")});
     EXPECT_EQ(scales->LastWeight(), 8);
 }
 

@@ -1,18 +1,14 @@
 // Where packets begin and end, family by family, and what is logged on the way.
 
-#include "wire_samples.h"
-
-#include "support/text_printers.h"
 #include "tnv5/scales/families.h"
+#include "wire_samples.h"
 
 namespace {
 
 using namespace tnv5;
 using namespace tnv5::tests;
 
-class Framing : public TScalesTest
-{
-};
+using Framing = TScalesTest;
 
 TEST_F(Framing, MassaEveryReadIsAPacket)
 {

@@ -1,7 +1,6 @@
 // The pure helpers: bits, digits, replacement, checksum, time-out test.
 
-#include "scales_bench.h"
-#include "support/text_printers.h"
+#include "scales_fixture.h"
 #include "tnv5/scales/scales_bits.h"
 
 namespace {

@@ -1,54 +1,51 @@
 // Handlers that weigh again, reset, close the port, destroy the component or the port, raise or replace
 // handlers, each at each event of everything that a scale and a host may do.
 
+#include "support/hostile.h"
 #include "wire_samples.h"
-
-#include "support/text_printers.h"
 
 namespace {
 
 using namespace tnv5;
 using namespace tnv5::tests;
 
-using TAction = void (*)(TScalesBench& bench);
-
 struct TNamedAction
 {
     const char* name;
-    TAction action;
+    TPlay<TScalesFixture> action;
 };
 
 const TNamedAction kActions[] = {
-    {"weighs again", [](TScalesBench& b) { b.scales->GetWeight(true); }},
-    {"weighs again and waits", [](TScalesBench& b) { b.scales->GetWeight(false); }},
-    {"resets", [](TScalesBench& b) { b.scales->Reset(); }},
-    {"closes the port", [](TScalesBench& b) { b.scales->SetConnection(false); }},
-    {"destroys the component", [](TScalesBench& b) { b.scales.reset(); }},
-    {"destroys the port", [](TScalesBench& b) { b.port.reset(); }},
+    {"weighs again", [](TScalesFixture& b) { b.scales->GetWeight(true); }},
+    {"weighs again and waits", [](TScalesFixture& b) { b.scales->GetWeight(false); }},
+    {"resets", [](TScalesFixture& b) { b.scales->Reset(); }},
+    {"closes the port", [](TScalesFixture& b) { b.scales->SetConnection(false); }},
+    {"destroys the component", [](TScalesFixture& b) { b.scales.reset(); }},
+    {"destroys the port", [](TScalesFixture& b) { b.port.reset(); }},
     {"destroys both",
-     [](TScalesBench& b) {
+     [](TScalesFixture& b) {
          b.port.reset();
          b.scales.reset();
      }},
-    {"raises", [](TScalesBench&) { throw std::runtime_error("host trouble"); }},
-    {"aborts", [](TScalesBench&) { throw platform::EAbort(); }},
+    {"raises", [](TScalesFixture&) { throw std::runtime_error("host trouble"); }},
+    {"aborts", [](TScalesFixture&) { throw platform::EAbort(); }},
     {"destroys the component and raises",
-     [](TScalesBench& b) {
+     [](TScalesFixture& b) {
          b.scales.reset();
          throw std::runtime_error("host trouble");
      }},
-    {"takes the port away", [](TScalesBench& b) { b.scales->SetComport(nullptr); }},
-    {"assigns the port again", [](TScalesBench& b) { b.scales->SetComport(b.port.get()); }},
-    {"sets the port up", [](TScalesBench& b) { b.scales->SetUpComport(); }},
-    {"chooses no family", [](TScalesBench& b) { b.scales->SetScalesType(0); }},
+    {"takes the port away", [](TScalesFixture& b) { b.scales->SetComport(nullptr); }},
+    {"assigns the port again", [](TScalesFixture& b) { b.scales->SetComport(b.port.get()); }},
+    {"sets the port up", [](TScalesFixture& b) { b.scales->SetUpComport(); }},
+    {"chooses no family", [](TScalesFixture& b) { b.scales->SetScalesType(0); }},
     {"chooses another family",
-     [](TScalesBench& b) { b.scales->SetScalesType(b.scales->ScalesType() % int(samples().size()) + 1); }},
+     [](TScalesFixture& b) { b.scales->SetScalesType(b.scales->ScalesType() % int(samples().size()) + 1); }},
     {"lets more arrive",
-     [](TScalesBench& b) { b.feed("\x80\x00\x06\x01\x02S 00050kg\x04<xx00050>B50\r\nW50kg"_b); }},
-    {"polls", [](TScalesBench& b) { b.scales->SetSendInterval(5'000); }},
-    {"lets time pass", [](TScalesBench& b) { b.clock.advance(6'000); }},
+     [](TScalesFixture& b) { b.feed("\x80\x00\x06\x01\x02S 00050kg\x04<xx00050>B50\r\nW50kg"_b); }},
+    {"polls", [](TScalesFixture& b) { b.scales->SetSendInterval(5'000); }},
+    {"lets time pass", [](TScalesFixture& b) { b.clock.advance(6'000); }},
     {"clears the handlers",
-     [](TScalesBench& b) {
+     [](TScalesFixture& b) {
          b.scales->SetOnLog({});
          b.scales->SetOnError({});
          b.scales->SetOnWeight({});
@@ -57,73 +54,73 @@ const TNamedAction kActions[] = {
 
 /// Runs one step; what its handlers raise is the host's own.
 template <class Step>
-void attempt(TScalesBench& bench, Step&& step)
+void attempt(TScalesFixture& fixture, Step&& step)
 {
-    if (!bench.scales) {
+    if (!fixture.scales) {
         return;
     }
     try {
         step();
     } catch (const std::exception&) {
-        bench.trace.note("left");
+        fixture.trace.note("left");
     }
 }
 
 /// Everything that a scale of the family and its host may do, in one run.
-void playEverything(TScalesBench& bench, const TSample& sample)
+void playEverything(TScalesFixture& fixture, const TSample& sample)
 {
-    bench.use(sample.type);
-    bench.scales->SetSendInterval(20'000);
-    const auto ask = [&](bool safe) { attempt(bench, [&] { bench.scales->GetWeight(safe); }); };
+    fixture.use(sample.type);
+    fixture.scales->SetSendInterval(20'000);
+    const auto ask = [&](bool safe) { attempt(fixture, [&] { fixture.scales->GetWeight(safe); }); };
     ask(true);
     if (!sample.answer.isEmpty()) {
-        bench.feed(sample.answer);
+        fixture.feed(sample.answer);
     }
-    bench.feed(sample.bytes);
-    bench.feed(sample.bytes.first(1));
-    bench.feed(sample.bytes.mid(1));
-    bench.feed("\x01\x02"
-               "F 000000kg\x04");
-    bench.feed("\x01\x02S-000500kg\x04");
-    bench.feed("<xxERROR>xB99999999999\r\n            ERROR?");
-    bench.Waits = {bench.arrives(sample.answer), bench.arrives(sample.bytes)};
+    fixture.feed(sample.bytes);
+    fixture.feed(sample.bytes.first(1));
+    fixture.feed(sample.bytes.mid(1));
+    fixture.feed("\x01\x02"
+                 "F 000000kg\x04");
+    fixture.feed("\x01\x02S-000500kg\x04");
+    fixture.feed("<xxERROR>xB99999999999\r\n            ERROR?");
+    fixture.Waits = {fixture.arrives(sample.answer), fixture.arrives(sample.bytes)};
     ask(false);
     for (int cycle = 0; cycle < 4; ++cycle) {
-        bench.clock.advance(4'100);
+        fixture.clock.advance(4'100);
         ask(cycle % 2 == 0);
     }
-    bench.clock.advance(20'000);
-    attempt(bench, [&] { bench.scales->SetLastWeight(77); });
-    if (bench.port) {
-        bench.port->OpenFailure = QStringLiteral("COM7: busy");
-        bench.port->Close();
+    fixture.clock.advance(20'000);
+    attempt(fixture, [&] { fixture.scales->SetLastWeight(77); });
+    if (fixture.port) {
+        fixture.port->OpenFailure = QStringLiteral("COM7: busy");
+        fixture.port->Close();
     }
-    attempt(bench, [&] { bench.scales->SetConnection(true); });
-    attempt(bench, [&] { bench.scales->Reset(); });
-    attempt(bench, [&] { bench.scales->SetComport(nullptr); });
-    attempt(bench, [&] { bench.scales->Reset(); });
+    attempt(fixture, [&] { fixture.scales->SetConnection(true); });
+    attempt(fixture, [&] { fixture.scales->Reset(); });
+    attempt(fixture, [&] { fixture.scales->SetComport(nullptr); });
+    attempt(fixture, [&] { fixture.scales->Reset(); });
 }
 
 /// After all that, the component weighs as if nothing had been.
-void expectWeighs(TScalesBench& bench, const TSample& sample)
+void expectWeighs(TScalesFixture& fixture, const TSample& sample)
 {
-    if (!bench.scales) {
+    if (!fixture.scales) {
         return;
     }
-    bench.trace.OnLine = {};
-    if (!bench.port) {
-        bench.port = std::make_unique<TMemoryPort>();
+    fixture.trace.OnLine = {};
+    if (!fixture.port) {
+        fixture.port = std::make_unique<TMemoryPort>();
     }
-    bench.port->OpenFailure.reset();
-    bench.trace.attach(*bench.scales);
-    bench.scales->SetSendInterval(-1);
-    bench.scales->SetComport(bench.port.get());
-    bench.scales->SetScalesType(sample.type);
-    bench.scales->Reset();
-    bench.Waits = {bench.arrives(sample.answer), bench.arrives(sample.bytes)};
-    bench.trace.take();
-    EXPECT_EQ(bench.scales->GetWeight(false), sample.weight);
-    EXPECT_EQ(bench.trace.countOf("weight"), isTold(sample) ? 1 : 0);
+    fixture.port->OpenFailure.reset();
+    fixture.attach();
+    fixture.scales->SetSendInterval(-1);
+    fixture.scales->SetComport(fixture.port.get());
+    fixture.scales->SetScalesType(sample.type);
+    fixture.scales->Reset();
+    fixture.Waits = {fixture.arrives(sample.answer), fixture.arrives(sample.bytes)};
+    fixture.trace.take();
+    EXPECT_EQ(fixture.scales->GetWeight(false), sample.weight);
+    EXPECT_EQ(fixture.trace.countOf("weight"), isTold(sample) ? 1 : 0);
 }
 
 TEST_P(TEveryFamily, SurvivesEveryHandlerAtEveryEvent)
@@ -131,22 +128,22 @@ TEST_P(TEveryFamily, SurvivesEveryHandlerAtEveryEvent)
     int events = 1;
     for (int at = 0; at < events; ++at) {
         for (const TNamedAction& hostile : kActions) {
-            TScalesBench bench;
+            TScalesFixture fixture;
             int event = 0;
             QString where;
-            bench.trace.OnLine = [&](const QString& line) {
+            fixture.trace.OnLine = [&](const QString& line) {
                 if (event++ == at) {
                     where = line;
-                    hostile.action(bench);
+                    hostile.action(fixture);
                 }
             };
-            playEverything(bench, sample());
+            playEverything(fixture, sample());
             if (&hostile == kActions) {
                 events = std::max(events, event);
             }
             const ::testing::ScopedTrace trace_(__FILE__, __LINE__,
                                                 where.toStdString() + ": " + hostile.name);
-            expectWeighs(bench, sample());
+            expectWeighs(fixture, sample());
         }
         if (HasFatalFailure() || HasNonfatalFailure()) {
             return;
@@ -160,18 +157,18 @@ TEST_P(TEveryFamily, ADestroyedComponentTouchesNothingMore)
     for (const bool safe : {true, false}) {
         int events = 1;
         for (int at = 0; at < events; ++at) {
-            TScalesBench bench;
-            bench.use(GetParam());
-            bench.clock.advance(4'100);
+            TScalesFixture fixture;
+            fixture.use(GetParam());
+            fixture.clock.advance(4'100);
             int event = 0;
-            bench.trace.OnLine = [&](const QString&) {
+            fixture.trace.OnLine = [&](const QString&) {
                 if (event++ == at) {
-                    bench.scales.reset();
+                    fixture.scales.reset();
                 }
             };
-            bench.Waits = {bench.arrives(sample().answer), bench.arrives(sample().bytes)};
-            const int weight = bench.scales->GetWeight(safe);
-            if (bench.scales) {
+            fixture.Waits = {fixture.arrives(sample().answer), fixture.arrives(sample().bytes)};
+            const int weight = fixture.scales->GetWeight(safe);
+            if (fixture.scales) {
                 break; // there is no such event
             }
             EXPECT_EQ(event, at + 1) << "an event after the end";
@@ -184,17 +181,15 @@ TEST_P(TEveryFamily, ADestroyedComponentTouchesNothingMore)
 TEST_P(TEveryFamily, MayBeDestroyedByItsPacket)
 {
     for (const QString& line : {kStart, kStop, got(sample().packet)}) {
-        TScalesBench bench;
-        bench.use(GetParam());
-        bench.trace.once(line, [&] { bench.scales.reset(); });
-        bench.feed(sample().answer + sample().bytes);
-        bench.feed(sample().bytes);
+        TScalesFixture fixture;
+        fixture.use(GetParam());
+        fixture.trace.once(line, [&] { fixture.scales.reset(); });
+        fixture.feed(sample().answer + sample().bytes);
+        fixture.feed(sample().bytes);
     }
 }
 
-class Hostile : public TScalesTest
-{
-};
+using Hostile = TScalesTest;
 
 TEST_F(Hostile, WeighingInsideOnWeightIsARequestAndTheWeightStays)
 {

@@ -2,8 +2,6 @@
 
 #include "wire_samples.h"
 
-#include "support/text_printers.h"
-
 namespace {
 
 using namespace tnv5;
@@ -300,20 +298,20 @@ TEST_P(TNoAnswer, APortThatClosesInTheCycleIsOpenedAgain)
 TEST(ContinuousAtMidnight, EndsTheWait)
 {
     for (const int type : {7, 8}) {
-        TScalesBench bench(TManualClock::at(23, 59, 59));
-        bench.use(type);
+        TScalesFixture fixture(TManualClock::at(23, 59, 59));
+        fixture.use(type);
         int weight = 55;
-        EXPECT_EQ(bench.timeOfWeighing(&weight), 1'000);
+        EXPECT_EQ(fixture.timeOfWeighing(&weight), 1'000);
         EXPECT_EQ(weight, -1);
     }
 }
 
 TEST(ContinuousAtMidnight, APacketAfterItGoesOn)
 {
-    TScalesBench bench(TManualClock::at(23, 59, 59));
-    bench.use(8);
-    bench.Waits = {bench.arrives("Wkg", 1'500), bench.arrives("W 00125kg", 3'000)};
-    EXPECT_EQ(bench.scales->GetWeight(false), 125);
+    TScalesFixture fixture(TManualClock::at(23, 59, 59));
+    fixture.use(8);
+    fixture.Waits = {fixture.arrives("Wkg", 1'500), fixture.arrives("W 00125kg", 3'000)};
+    EXPECT_EQ(fixture.scales->GetWeight(false), 125);
 }
 
 } // namespace

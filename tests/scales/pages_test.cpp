@@ -16,8 +16,6 @@
 
 #include "wire_samples.h"
 
-#include "support/text_printers.h"
-
 #include <QDir>
 #include <QRegularExpression>
 
@@ -62,14 +60,10 @@ QList<QStringList> dialoguesOf(const QString& path)
 }
 
 /// Plays one block and writes down what happens, in the words of the page.
-class TPlayed
+class TPlayed : private TScalesFixture
 {
 public:
-    explicit TPlayed(int type)
-    {
-        FBench.scales->SetScalesType(type);
-        FBench.trace.take();
-    }
+    explicit TPlayed(int type) { use(type); }
 
     QStringList play(const QStringList& page)
     {
@@ -86,15 +80,15 @@ private:
         const QString rest = line.section(u' ', 1);
         if (line == u"ask") {
             tell(line);
-            FBench.scales->GetWeight(true);
+            scales->GetWeight(true);
         } else if (line.startsWith(u"scale ")) {
             tell(line);
-            FBench.feed(unescaped(rest));
+            feed(unescaped(rest));
         } else if (line.startsWith(u"pause ")) {
             tell(line);
-            FBench.clock.advance(qRound64(rest.section(u' ', 0, 0).toDouble() * 1'000));
+            clock.advance(qRound64(rest.section(u' ', 0, 0).toDouble() * 1'000));
         } else if (line.startsWith(u"known ")) {
-            tell(QStringLiteral("known %1").arg(FBench.scales->LastWeight()));
+            tell(QStringLiteral("known %1").arg(scales->LastWeight()));
         }
     }
 
@@ -106,7 +100,7 @@ private:
 
     void takeEvents()
     {
-        for (const QString& event : FBench.trace.take()) {
+        for (const QString& event : trace.take()) {
             if (event.startsWith(u"log ")) {
                 FLines << kIndent + event.mid(4);
             } else if (event.startsWith(u"raised ")) {
@@ -117,7 +111,6 @@ private:
         }
     }
 
-    TScalesBench FBench;
     QStringList FLines;
 };
 
@@ -127,8 +120,6 @@ std::string normalised(const QStringList& lines)
     QStringList result;
     for (const QString& line : lines) {
         QString text = shown(unescaped(line));
-        text.replace(QStringLiteral("\\x0d"), QStringLiteral("\\r"));
-        text.replace(QStringLiteral("\\x0a"), QStringLiteral("\\n"));
         while (text.endsWith(u' ')) {
             text.chop(1);
         }

@@ -2,33 +2,24 @@
 
 #include "wire_samples.h"
 
-#include "support/text_printers.h"
-
 namespace {
 
 using namespace tnv5;
 using namespace tnv5::tests;
 
-class Raising : public TScalesTest
-{
-protected:
-    void raiseAt(const QString& beginning)
-    {
-        trace.once(beginning, [] { throw std::runtime_error("host trouble"); });
-    }
+using Raising = TScalesTest;
 
-    const QString trouble = raised("host trouble");
-};
+const QString kTrouble = raised("host trouble");
 
 TEST_F(Raising, AtThePacketLosesItButNotItsTime)
 {
     use(3);
     ask();
     clock.advance(3'000);
-    raiseAt("log [03]");
+    trace.raiseOnce("log [03]");
     const QByteArray& bytes = sampleOf(3).bytes;
     feed(bytes);
-    trace.expect(received(bytes) + QStringList{trouble});
+    trace.expect(received(bytes) + QStringList{kTrouble});
     EXPECT_EQ(scales->LastWeight(), 0);
     clock.advance(3'900);
     scales->GetWeight(true);
@@ -40,27 +31,27 @@ TEST_F(Raising, AtThePacketLosesItButNotItsTime)
 TEST_F(Raising, AtTheFieldLosesTheWeight)
 {
     use(5);
-    raiseAt("log 00100");
+    trace.raiseOnce("log 00100");
     feed("<xx00100><xx00200>");
-    trace.expect(received("xx00100") + QStringList{"log 00100", trouble} + received("xx00200") +
+    trace.expect(received("xx00100") + QStringList{"log 00100", kTrouble} + received("xx00200") +
                  QStringList{"log 00200", "log 200"});
 }
 
 TEST_F(Raising, AtTheNumberKeepsTheWeight)
 {
     use(5);
-    raiseAt("log 100");
+    trace.raiseOnce("log 100");
     feed("<xx00100>");
-    trace.expect(received("xx00100") + QStringList{"log 00100", "log 100", trouble});
+    trace.expect(received("xx00100") + QStringList{"log 00100", "log 100", kTrouble});
     EXPECT_EQ(scales->LastWeight(), 100);
 }
 
 TEST_F(Raising, AtTheClosingLineKeepsTheWeight)
 {
     use(8);
-    raiseAt("log 100 100%");
+    trace.raiseOnce("log 100 100%");
     feed("W100kg");
-    trace.expect(received("100") + QStringList{"log 100 100%", trouble});
+    trace.expect(received("100") + QStringList{"log 100 100%", kTrouble});
     EXPECT_EQ(scales->LastWeight(), 100);
 }
 
@@ -68,9 +59,9 @@ TEST_F(Raising, AtTheSecondRequestOfMassaLeavesTheHandshake)
 {
     use(1);
     ask();
-    raiseAt("log [05]");
+    trace.raiseOnce("log [05]");
     feed("\x80\x00"_b);
-    trace.expect(received("\x80\x00"_b) + sent("E") + QStringList{trouble});
+    trace.expect(received("\x80\x00"_b) + sent("E") + QStringList{kTrouble});
     feed("\x80\x00"_b);
     trace.expect(received("\x80\x00"_b) + sent("E"));
 }
@@ -79,9 +70,9 @@ TEST_F(Raising, AtTheSecondRequestOfCasExpectsTheWeight)
 {
     use(2);
     ask();
-    raiseAt("log [05]");
+    trace.raiseOnce("log [05]");
     feed("\x06");
-    trace.expect(received("\x06") + sent("\x11") + QStringList{trouble});
+    trace.expect(received("\x06") + sent("\x11") + QStringList{kTrouble});
     feed("\x01\x02S 000100kg\x04");
     EXPECT_EQ(scales->LastWeight(), 100);
 }
@@ -89,7 +80,7 @@ TEST_F(Raising, AtTheSecondRequestOfCasExpectsTheWeight)
 TEST_F(Raising, AtTheAskLineHasEndedTheHandshake)
 {
     use(3);
-    raiseAt("log Ask  ");
+    trace.raiseOnce("log Ask  ");
     feed(sampleOf(3).bytes);
     EXPECT_EQ(scales->LastWeight(), 0);
     scales->SetScalesType(1);
@@ -104,16 +95,16 @@ TEST_F(Raising, AtTheDifferenceOfMassaRaisesNoWeight)
     ask();
     feed("\x80\x00"_b);
     trace.take();
-    raiseAt("log 0 12345");
+    trace.raiseOnce("log 0 12345");
     feed("90");
-    trace.expect(received("90") + QStringList{"log 0 12345", trouble});
+    trace.expect(received("90") + QStringList{"log 0 12345", kTrouble});
     EXPECT_EQ(scales->LastWeight(), 0);
 }
 
 TEST_F(Raising, AtARequestLeavesToTheHost)
 {
     use(3);
-    raiseAt("log [05]");
+    trace.raiseOnce("log [05]");
     EXPECT_THROW(scales->GetWeight(true), std::runtime_error);
     EXPECT_EQ(port->takeWrites().size(), 1);
 }
@@ -122,7 +113,7 @@ TEST_F(Raising, AtTheResetLineLeavesToTheHostWhenAllIsDone)
 {
     use(8);
     port->Close();
-    raiseAt("log [07]");
+    trace.raiseOnce("log [07]");
     EXPECT_THROW(scales->Reset(), std::runtime_error);
     EXPECT_TRUE(port->Connected());
     feed("W100kg");
@@ -133,11 +124,11 @@ TEST_F(Raising, AtAFailedOpeningLeavesToTheHost)
 {
     port->Close();
     port->OpenFailure = QStringLiteral("COM7: busy");
-    raiseAt("error");
+    trace.raiseOnce("error");
     EXPECT_THROW(scales->SetConnection(true), std::runtime_error);
     trace.expect({"error COM7: busy"});
     scales->SetComport(nullptr);
-    raiseAt("error");
+    trace.raiseOnce("error");
     EXPECT_THROW(scales->SetConnection(true), std::runtime_error);
     trace.expect({kNoPort});
 }
@@ -148,12 +139,12 @@ TEST_F(Raising, AtARefusalOfCasEndsItsPacketOnly)
     ask();
     feed("\x06");
     trace.take();
-    raiseAt("error");
+    trace.raiseOnce("error");
     feed("\x01\x02"
          "F 000000kg\x04");
     trace.expect(received("\x01\x02"
                           "F 000000kg\x04") +
-                 QStringList{kOverload, trouble});
+                 QStringList{kOverload, kTrouble});
     feed("\x01\x02S 000100kg\x04");
     EXPECT_EQ(scales->LastWeight(), 100);
 }
@@ -170,7 +161,7 @@ TEST_F(Raising, AnAbortIsSilent)
 TEST_F(Raising, InsideAWaitGoesToTheExceptionHandlerAndTheWaitGoesOn)
 {
     use(5);
-    raiseAt("log [03]");
+    trace.raiseOnce("log [03]");
     Waits = {arrives("<xx00100>"), arrives("<xx00200>")};
     EXPECT_EQ(scales->GetWeight(false), 200);
     EXPECT_EQ(trace.countOf("raised"), 1);

@@ -2,8 +2,6 @@
 
 #include "wire_samples.h"
 
-#include "support/text_printers.h"
-
 #include <limits>
 #include <utility>
 
@@ -13,14 +11,14 @@ using namespace tnv5;
 using namespace tnv5::tests;
 
 /// Answers each write of the component inside the write, as a very quick scale does.
-void answerAtOnce(TScalesBench& bench, const TSample& sample)
+void answerAtOnce(TScalesFixture& fixture, const TSample& sample)
 {
-    bench.port->OnWritten = [&bench, sample](const QByteArray& bytes) {
-        bench.trace.note(wrote(bytes));
+    fixture.port->OnWritten = [&fixture, sample](const QByteArray& bytes) {
+        fixture.trace.note(wrote(bytes));
         if (bytes == sample.request && !sample.answer.isEmpty()) {
-            bench.feed(sample.answer);
+            fixture.feed(sample.answer);
         } else {
-            bench.feed(sample.bytes);
+            fixture.feed(sample.bytes);
         }
     };
 }
@@ -111,9 +109,7 @@ TEST_P(TEveryFamily, RefusedRequestDoesNotCountAsOne)
     EXPECT_EQ(trace.countOf("log [07]"), 1); // silent since it was created
 }
 
-class Request : public TScalesTest
-{
-};
+using Request = TScalesTest;
 
 TEST_F(Request, WithoutAFamilyThereIsNoValue)
 {

@@ -1,6 +1,5 @@
 // Every text of the component, letter for letter.
 
-#include "support/text_printers.h"
 #include "tnv5/scales/families.h"
 #include "tnv5/scales/scales_texts.h"
 #include "wire_samples.h"
@@ -141,11 +140,11 @@ TEST(Texts, LogPrefixes)
 
 TEST(Texts, ReportsAreEmptyInOtherLanguages)
 {
-    TScalesBench bench;
-    bench.scales->SetIDLang(3);
-    bench.scales->SetComport(nullptr);
-    bench.scales->SetConnection(true);
-    bench.trace.expect({"error "});
+    TScalesFixture fixture;
+    fixture.scales->SetIDLang(3);
+    fixture.scales->SetComport(nullptr);
+    fixture.scales->SetConnection(true);
+    fixture.trace.expect({"error "});
 }
 
 TEST(Families, AreFoundByTheirNumber)

@@ -2,8 +2,6 @@
 
 #include "wire_samples.h"
 
-#include "support/text_printers.h"
-
 namespace {
 
 using namespace tnv5;
@@ -131,9 +129,7 @@ TEST_P(TEveryFamily, WaitInsideAWaitIsServed)
     EXPECT_EQ(inner, sample().weight);
 }
 
-class Wait : public TScalesTest
-{
-};
+using Wait = TScalesTest;
 
 TEST_F(Wait, RunsTheMessageLoopBeforeItLooksAtTheWeight)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scales_bench.h"
+#include "scales_fixture.h"
 #include "tnv5/scales/families.h"
 
 #include <limits>
@@ -107,7 +107,7 @@ inline bool isTold(const TSample& sample)
 }
 
 /// Every family, as a parameter.
-class TEveryFamily : public ::testing::TestWithParam<int>, protected TScalesBench
+class TEveryFamily : public ::testing::TestWithParam<int>, protected TScalesFixture
 {
 protected:
     const TSample& sample() const { return sampleOf(GetParam()); }

@@ -123,7 +123,7 @@ TEST_F(StackPass, OpenedPseudoCardIsNotSetASecondTime)
         TTurnstileFixture fixture;
         const PRFidInfo pass = fixture.makePass("01A", card);
         fixture.Answers = {{0, 1}, {2, 0}};
-        fixture.trace.each("log", [&] { pass->Status = "FINISH"; });
+        fixture.trace.each("log", [&] { pass->Status = "FINISH"; }); // between the command and the state
         fixture.gate->p_hw_CallStackArray();
         EXPECT_EQ(pass->Status, card == "77" ? "OPEN" : "FINISH");
     }

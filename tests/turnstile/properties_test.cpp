@@ -52,15 +52,10 @@ TEST(Properties, HaveTheirDefaults)
     EXPECT_FALSE(gate.Designing());
 }
 
-TEST(Properties, KeepNumbersEachItsOwn)
+TEST(Properties, KeepWhatIsWrittenEachItsOwn)
 {
     TTurnStylerDevice gate;
     expectKeepsNumbers(gate, kPublished);
-}
-
-TEST(Properties, KeepWhatIsWritten)
-{
-    TTurnStylerDevice gate;
     EXPECT_TRUE(gate.setProperty("DeviceList", QStringList({"01A", "02D"})));
     EXPECT_EQ(gate.DeviceList(), QStringList({"01A", "02D"}));
     EXPECT_TRUE(gate.setProperty("DoorIndex", "E"));
