@@ -8,15 +8,15 @@ namespace tnv5::common {
 
 /// Records in order of creation. They are shared, so that a record stays valid for code that holds it while a
 /// host handler runs, which may remove it.
-template <class Record>
+///
+/// Noise on a line can invent addresses, and a host may never retire a record: no more than `Limit` are kept.
+template <class Record, std::size_t Limit>
 class TRecordTable
 {
 public:
     using PRecord = std::shared_ptr<Record>;
 
-    /// Noise on a line can invent addresses, and a host may never retire a record: no more than this are
-    /// kept.
-    static constexpr std::size_t kMaxRecords = 16'384;
+    static constexpr std::size_t kMaxRecords = Limit;
 
     int size() const { return static_cast<int>(FRecords.size()); }
     bool isEmpty() const { return FRecords.empty(); }

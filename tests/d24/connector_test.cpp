@@ -96,7 +96,7 @@ TEST_F(Connector, TheSameOneAgainTakesItsLinesBack)
 TEST_F(Connector, TheDeviceAttachedLastHasTheLines)
 {
     TRecorder second;
-    TTestGate other(second);
+    TTurnStylerDeviceD24 other;
     second.attach(other);
     other.SetConnector(link.get());
     inject("x");

@@ -2,34 +2,17 @@
 
 #include "support/answers.h"
 #include "support/fixture.h"
+#include "support/remote.h"
 #include "tnv5/d24/d24_device.h"
 
 #include <QPointer>
+#include <deque>
 #include <map>
 #include <stdexcept>
 
 namespace tnv5::tests {
 
-/// The component with its monitor in the test's hand. Like the component's own sending, which reports through
-/// `OnError`, recording a text is a call to the host.
-class TTestGate : public d24::TTurnStylerDeviceD24
-{
-public:
-    explicit TTestGate(TRecorder& trace, QObject* AOwner = nullptr)
-        : TTurnStylerDeviceD24(AOwner), FTrace(trace)
-    {
-    }
-
-    void SendToMonitor(const QByteArray& AMess) override
-    {
-        if (RemoutDevice() != d24::podNone) {
-            CallOut([&] { FTrace.add(QStringLiteral("monitor ") + platform::fromWire(AMess)); });
-        }
-    }
-
-private:
-    TRecorder& FTrace;
-};
+using d24::TTurnStylerDeviceD24;
 
 /// A link that records the commands and answers as a test says.
 class TTestLink : public connector::TDeviceConnector
@@ -38,6 +21,7 @@ public:
     explicit TTestLink(TRecorder& trace) : FTrace(trace) {}
 
     bool Up = true;                      ///< whether the link is connected
+    std::deque<bool> UpNext;             ///< what it answers first, before `Up` counts
     int Reads = 0;                       ///< how often that was asked
     std::map<QString, QString> Checks;   ///< what a command returns, by its two letters
     std::map<QString, QString> Failures; ///< what a command raises, by its two letters
@@ -45,7 +29,12 @@ public:
     bool GetConnected() override
     {
         ++Reads;
-        return Up;
+        if (UpNext.empty()) {
+            return Up;
+        }
+        const bool answer = UpNext.front();
+        UpNext.pop_front();
+        return answer;
     }
 
     QString SendCommand(const QString& AMess) override;
@@ -106,11 +95,16 @@ struct TD24Fixture : TFixture
 
     QString statusOf(int index) const;
 
+    /// The component is a server with one client, or a client; what goes to the other side is "monitor".
+    void serve() { tests::serve(network, *gate, trace, monitor(QString())); }
+    void follow() { tests::follow(network, *gate, trace, monitor(QString())); }
+
+    testkit::TMemoryNetwork network;
     TAnswers Host;
     std::map<int, QVariant>& Answers = Host.ByMode;
     QVariant& Message = Host.Message;
     std::unique_ptr<TTestLink> link = std::make_unique<TTestLink>(trace);
-    std::unique_ptr<TTestGate> gate = std::make_unique<TTestGate>(trace);
+    std::unique_ptr<TTurnStylerDeviceD24> gate = std::make_unique<TTurnStylerDeviceD24>();
 };
 
 using TD24Test = TTestOn<TD24Fixture>;

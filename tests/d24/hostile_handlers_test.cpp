@@ -53,11 +53,13 @@ void playCalls(TD24Fixture& fixture)
         [&] { fixture.gate->p_hw_SQLCheck(0, 2); },
         [&] { fixture.gate->p_hw_SendComCommand(0, 1); },
         [&] { fixture.gate->p_hw_SendComCommand(0, 0); },
-        [&] { fixture.link ? void(fixture.link->Up = false) : void(); },
+        // the command finds the link closed, the monitor finds it open again
+        [&] { fixture.link ? void(fixture.link->UpNext = {false}) : void(); },
         [&] { fixture.gate->p_hw_SendComCommand(0, 1); },
+        [&] { fixture.link ? void(fixture.link->UpNext = {false}) : void(); },
         [&] { fixture.gate->p_hw_relay("1", "001G", "1", 1); },
+        [&] { fixture.link ? void(fixture.link->UpNext = {false}) : void(); },
         [&] { fixture.gate->p_hw_CheckStatusAll(); },
-        [&] { fixture.link ? void(fixture.link->Up = true) : void(); },
         [&] { fixture.gate->DevicePing("1", "001G", "G"); },
         [&] { fixture.gate->DevicePing("2", "001G", "G"); },
         [&] { fixture.gate->DevicePingTime(nullptr); },
@@ -79,7 +81,9 @@ void playCalls(TD24Fixture& fixture)
 template <TPlay<TD24Fixture> Play, bool Monitored>
 void run(TD24Fixture& fixture)
 {
-    fixture.gate->SetRemoutDevice(Monitored ? d24::podServer : d24::podNone);
+    if (Monitored) {
+        fixture.serve();
+    }
     fixture.gate->SetCheckCross(true);
     fixture.gate->SetCheckET(true);
     fixture.gate->SetTimerInterval(500); // keeps the runs short

@@ -10,7 +10,7 @@ using namespace tnv5::tests;
 class Monitor : public TD24Test
 {
 protected:
-    Monitor() { gate->SetRemoutDevice(d24::podServer); }
+    Monitor() { serve(); }
 };
 
 TEST_F(Monitor, ALineIsLoggedWithoutTheAsterisk)
@@ -47,14 +47,13 @@ TEST_F(Monitor, ErrorsAreRepeatedWithTheirCodes)
 {
     makePass(kT, "77");
     const QString text = "Порт не открыт или не назначен";
-    link->Up = false;
     for (const auto& call : std::initializer_list<std::function<void()>>{
              [&] { gate->p_hw_SendComCommand(0, 0); }, [&] { gate->p_hw_SendComCommand(0, 1); },
              [&] { gate->p_hw_relay("1", "001T", "1", 0); }, [&] { gate->p_hw_CheckStatusAll(); }}) {
+        link->UpNext = {false}; // the command finds it closed, the monitor open again
         call();
         trace.expect({"error [04] " + text, monitor("ERROR![04] " + text + "&")});
     }
-    link->Up = true;
     link->Failures = {{"GO", "cut"}, {"PH", "torn"}};
     gate->p_hw_SendComCommand(0, 0);
     trace.expect({commanded("PH10.0.0.5:001T"), "error [044] torn", monitor("ERROR![044] torn&"),
@@ -69,14 +68,15 @@ TEST_F(Monitor, GetsEverythingAlsoWithoutHandlers)
     gate->SetOnLog({});
     gate->SetOnError({});
     gate->SetOnCheckStatus({});
-    link->Up = false;
+    link->Failures = {{"PH", "torn"}};
     Answers = {{0, 0}};
     inject("$10.0.0.5:001TRQ77AB");
     trace.expect({monitor("LOG!%Считано с порта% $10.0.0.5:001TRQ77AB&"), "img 001T",
                   monitor("STATUS!CHECK!10.0.0.5!001T!T!77!RQ!NEW&"),
                   monitor("STATUS!COME!10.0.0.5!001T!T!77!NEW!NEW&"),
                   monitor("STATUS!STACK!10.0.0.5!001T!T!77!NEW!NEW&"), check(kT, "77", "NEW", 0),
-                  monitor("ERROR![04] Порт не открыт или не назначен&")});
+                  commanded("PH10.0.0.5:001T"), monitor("ERROR![044] torn&"),
+                  monitor("LOG!%Отправлено на порт% PH10.0.0.5:001T&")});
 }
 
 TEST_F(Monitor, AReportFollowsTheErrorOfItsHandler)
@@ -102,7 +102,7 @@ TEST_F(Monitor, ShowingAStatusIsNotAReport)
 
 TEST_F(Monitor, ShowingAStatusNamesTheGivenSender)
 {
-    TTestGate other(trace);
+    TTurnStylerDeviceD24 other;
     const TComponent* sender = nullptr;
     gate->SetOnCheckStatus([&](TComponent* Sender, auto&&...) { sender = Sender; });
     gate->ShowinternalStatus(&other, "N", "1", "2", "3", "4", "5", "6");
@@ -138,7 +138,7 @@ TEST(StandAlone, NothingGoesToTheMonitor)
 class Client : public TD24Test
 {
 protected:
-    Client() { gate->SetRemoutDevice(d24::PodClient); }
+    Client() { follow(); }
 };
 
 TEST_F(Client, ALineIsOnlyLoggedAndForwarded)

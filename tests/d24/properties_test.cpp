@@ -163,7 +163,7 @@ protected:
     {
         gate.reset();
         const platform::TDesignScope designing;
-        gate = std::make_unique<TTestGate>(trace);
+        gate = std::make_unique<TTurnStylerDeviceD24>();
         attach();
     }
 };
@@ -224,7 +224,7 @@ TEST_F(Designer, HasNoTimers)
 
 TEST_F(Designer, IsInheritedFromTheOwner)
 {
-    const auto* child = new TTestGate(trace, gate.get());
+    const auto* child = new TTurnStylerDeviceD24(gate.get());
     EXPECT_TRUE(child->Designing());
 }
 

@@ -7,26 +7,28 @@
 
 namespace tnv5::tests {
 
-/// The controller becomes a server with one client; what the client gets is recorded as "echo TEXT".
+/// The controller becomes a server with one client; what the client gets is recorded as "echo TEXT", or with
+/// another word.
 /// @param network the one that the controller was made in, as its first component
 inline void serve(testkit::TMemoryNetwork& network, controller::TControllerDevice& controller,
-                  TRecorder& trace)
+                  TRecorder& trace, const QString& word = QStringLiteral("echo "))
 {
     controller.SetRemoutDevice(controller::podServer);
     controller.Connected(); // opens the socket
     network.server(0).join();
-    network.server(0).OnSent = [&trace](int, const QByteArray& bytes) {
-        trace.add(QStringLiteral("echo ") + platform::fromWire(bytes));
+    network.server(0).OnSent = [&trace, word](int, const QByteArray& bytes) {
+        trace.add(word + platform::fromWire(bytes));
     };
 }
 
-/// The controller becomes a client; what its server gets is recorded as "forward TEXT".
+/// The controller becomes a client; what its server gets is recorded as "forward TEXT", or with another
+/// word.
 inline void follow(testkit::TMemoryNetwork& network, controller::TControllerDevice& controller,
-                   TRecorder& trace)
+                   TRecorder& trace, const QString& word = QStringLiteral("forward "))
 {
     controller.SetRemoutDevice(controller::PodClient);
-    network.client(0).OnSent = [&trace](const QByteArray& bytes) {
-        trace.add(QStringLiteral("forward ") + platform::fromWire(bytes));
+    network.client(0).OnSent = [&trace, word](const QByteArray& bytes) {
+        trace.add(word + platform::fromWire(bytes));
     };
 }
 
