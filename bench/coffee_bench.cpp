@@ -1,5 +1,5 @@
-// Texts for the coffee machine per second, beside the bare encryption of one block by the cryptographic library. The
-// key schedule is made for every block in all of them.
+// Texts for the coffee machine per second, beside the bare encryption of one block by the cryptographic
+// library. The key schedule is made for every block in all of them.
 
 #include "tnv5/coffee/qr_text.h"
 

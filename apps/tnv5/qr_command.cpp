@@ -39,7 +39,8 @@ struct TQrOptions
     std::string check;
 };
 
-/// Whole numbers of 32 bits with or without sign, also in hexadecimal digits behind "0x". Says what is cut off.
+/// Whole numbers of 32 bits with or without sign, also in hexadecimal digits behind "0x". Says what is cut
+/// off.
 int numberOf(const TNumber& number, const std::string& argument)
 {
     const QString text = QString::fromStdString(argument);
@@ -47,7 +48,8 @@ int numberOf(const TNumber& number, const std::string& argument)
     bool valid = false;
     const qint64 value = text.toLongLong(&valid, text.startsWith(u"0x", Qt::CaseInsensitive) ? 16 : 10);
     if (!valid || value < std::numeric_limits<qint32>::min() || value > std::numeric_limits<quint32>::max()) {
-        throw platform::EConvertError(QStringLiteral("%1: \"%2\" is no whole number of 32 bits").arg(name, text));
+        throw platform::EConvertError(
+            QStringLiteral("%1: \"%2\" is no whole number of 32 bits").arg(name, text));
     }
     const qint64 used = value & ((qint64{1} << number.Bits) - 1);
     if (used != value) {
@@ -125,9 +127,8 @@ int check(const TQrOptions& options)
         row(QString::fromLatin1(kNumbers[i].Name), QString::number(numbers[i]));
     }
     row(QStringLiteral("time"),
-        QStringLiteral("%1, %2").arg(
-            tools::stampText(fields.Stamp),
-            tools::ageText(fields.Stamp, coffee::UnixStamp(platform::Now()))));
+        QStringLiteral("%1, %2").arg(tools::stampText(fields.Stamp),
+                                     tools::ageText(fields.Stamp, coffee::UnixStamp(platform::Now()))));
     row(QStringLiteral("fixed"),
         fields.FixedBytes ? QStringLiteral("as they must be") : QStringLiteral("WRONG: bytes 0, 8 or 13"));
     row(QStringLiteral("CRC"),
@@ -157,7 +158,8 @@ void addQrCommand(CLI::App& app, TCommand& chosen)
     for (std::size_t i = 0; i < kNumbers.size(); ++i) {
         command->add_option(kNumbers[i].Name, options->numbers[i], kNumbers[i].Meaning)->type_name("NUMBER");
     }
-    command->add_option("--key-file", options->keyFile, "File with the key in 32 hexadecimal digits; - reads it")
+    command
+        ->add_option("--key-file", options->keyFile, "File with the key in 32 hexadecimal digits; - reads it")
         ->required()
         ->type_name("FILE");
     CLI::Option* terminal = command->add_flag("--terminal", options->terminal, "Draw the code here");
@@ -171,8 +173,9 @@ void addQrCommand(CLI::App& app, TCommand& chosen)
         ->excludes(svg);
     png->excludes(terminal)->excludes(svg);
     svg->excludes(terminal);
-    command->footer("\nThe time in the code is this machine's local time. The key never stands on the command line,\n"
-                    "where others see it: keep it in a file that only you can read, or pipe it in (--key-file -).");
+    command->footer(
+        "\nThe time in the code is this machine's local time. The key never stands on the command line,\n"
+        "where others see it: keep it in a file that only you can read, or pipe it in (--key-file -).");
     command->callback([command, &chosen, options] {
         checkUse(*command, *options);
         const bool checking = command->get_option("--check")->count() > 0;

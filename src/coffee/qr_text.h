@@ -8,8 +8,9 @@
 
 namespace tnv5::coffee {
 
-/// The text that a coffee machine reads from a QR code: "O", 32 upper-case hexadecimal digits, "S". The digits are
-/// the block of the five numbers and of the current local time, enciphered with AES-128 under the caller's key.
+/// The text that a coffee machine reads from a QR code: "O", 32 upper-case hexadecimal digits, "S". The
+/// digits are the block of the five numbers and of the current local time, enciphered with AES-128 under the
+/// caller's key.
 ///
 ///     const QByteArray text = coffee::_qrcodestr(1, 2, 3, 250, 1, keyHex);
 ///

@@ -33,13 +33,14 @@ TBlock blockOf(const QString& text)
 TBlock deciphered(const TBlock& cipher, const coffee::TKey& key)
 {
     const std::unique_ptr<EVP_CIPHER_CTX, decltype(&EVP_CIPHER_CTX_free)> context(EVP_CIPHER_CTX_new(),
-                                                                                 &EVP_CIPHER_CTX_free);
+                                                                                  &EVP_CIPHER_CTX_free);
     TBlock block{};
     int size = 0;
-    if (!context || EVP_DecryptInit_ex2(context.get(), EVP_aes_128_ecb(), key.data(), nullptr, nullptr) != 1 ||
+    if (!context ||
+        EVP_DecryptInit_ex2(context.get(), EVP_aes_128_ecb(), key.data(), nullptr, nullptr) != 1 ||
         EVP_CIPHER_CTX_set_padding(context.get(), 0) != 1 ||
-        EVP_DecryptUpdate(context.get(), block.data(), &size, cipher.data(), static_cast<int>(cipher.size())) !=
-            1) {
+        EVP_DecryptUpdate(context.get(), block.data(), &size, cipher.data(),
+                          static_cast<int>(cipher.size())) != 1) {
         throw platform::Exception(QStringLiteral("AES-128 is not available"));
     }
     return block;

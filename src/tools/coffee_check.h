@@ -5,8 +5,8 @@
 #include <QByteArray>
 #include <QString>
 
-/// What stands in the text of a coffee machine's QR code. The component only enciphers; this is for people who want
-/// to know what a text says.
+/// What stands in the text of a coffee machine's QR code. The component only enciphers; this is for people
+/// who want to know what a text says.
 namespace tnv5::tools {
 
 /// A text that is no text for a coffee machine at all.
@@ -23,9 +23,9 @@ struct TCoffeeFields
     int Part3 = 0;
     int Value1 = 0;
     int Value2 = 0;
-    quint32 Stamp = 0;         ///< seconds since 1970-01-01 00:00, local time
-    bool FixedBytes = false;   ///< bytes 0, 8 and 13 are what they always are
-    bool Crc = false;          ///< the CRC holds
+    quint32 Stamp = 0;       ///< seconds since 1970-01-01 00:00, local time
+    bool FixedBytes = false; ///< bytes 0, 8 and 13 are what they always are
+    bool Crc = false;        ///< the CRC holds
 
     bool good() const { return FixedBytes && Crc; }
 };

@@ -86,7 +86,8 @@ QByteArray qrSvg(const TQrCode& code)
     for (int y = 0; y < code.Size; ++y) {
         for (int x = 0; x < code.Size; ++x) {
             if (code.dark(x, y)) {
-                svg += 'M' + QByteArray::number(x + kQrMargin) + ' ' + QByteArray::number(y + kQrMargin) + "h1v1h-1z";
+                svg += 'M' + QByteArray::number(x + kQrMargin) + ' ' + QByteArray::number(y + kQrMargin) +
+                       "h1v1h-1z";
             }
         }
     }

@@ -57,7 +57,8 @@ TEST(QrKey, IsNeverReadPastItsEnd)
 TEST(QrKey, AnythingElseIsRefusedWhereverItStands)
 {
     const QString good = QStringLiteral("2b7e151628aed2a6abf7158809cf4f3c2b7e");
-    const QString bad = QStringLiteral("gGzZ/:@` \t\n-+$#xX.,_\u00e0\u0430\uff11\u0661\U00010430") + QChar(u'\0');
+    const QString bad =
+        QStringLiteral("gGzZ/:@` \t\n-+$#xX.,_\u00e0\u0430\uff11\u0661\U00010430") + QChar(u'\0');
     for (const QChar character : bad) {
         for (qsizetype at = 0; at < good.size(); ++at) {
             QString text = good;
@@ -71,7 +72,8 @@ TEST(QrKey, AnythingElseIsRefusedWhereverItStands)
 
 TEST(QrKey, BlanksSignsAndPrefixesAreNotHexadecimal)
 {
-    for (const char* text : {" 1", "1 ", "+1", "-1", "$1", "0x", "0X", "0x2b", "2b 7e", "#f", "1h", " ", "\n"}) {
+    for (const char* text :
+         {" 1", "1 ", "+1", "-1", "$1", "0x", "0X", "0x2b", "2b 7e", "#f", "1h", " ", "\n"}) {
         EXPECT_THROW(QrKey(QString::fromLatin1(text)), platform::EConvertError) << text;
     }
 }

@@ -44,8 +44,9 @@ TEST(QrText, AsComputedByOthers)
         ASSERT_EQ(row.size(), 10) << row[0].toStdString();
         const auto number = [&](int column) { return row[column].toInt(); };
         clock.jumpTo(row[6].toLongLong());
-        EXPECT_EQ(_qrcodestr(number(1), number(2), number(3), number(4), number(5), QString::fromLatin1(row[7])),
-                  row[9])
+        EXPECT_EQ(
+            _qrcodestr(number(1), number(2), number(3), number(4), number(5), QString::fromLatin1(row[7])),
+            row[9])
             << row[0].toStdString();
     }
 }
@@ -119,8 +120,8 @@ TEST(QrText, AKeyThatIsNoneRaisesAndTheNextCallWorks)
 {
     const TManualClock clock;
     const QByteArray text = plainText();
-    for (const QString& bad : {QStringLiteral("no key"), kKey + u' ', kKey + QStringLiteral("0g"), u' ' + kKey,
-                               QStringLiteral("0x") + kKey, QStringLiteral("-1")}) {
+    for (const QString& bad : {QStringLiteral("no key"), kKey + u' ', kKey + QStringLiteral("0g"),
+                               u' ' + kKey, QStringLiteral("0x") + kKey, QStringLiteral("-1")}) {
         EXPECT_THROW(_qrcodestr(1, 2, 3, 250, 1, bad), platform::EConvertError) << bad.toStdString();
         EXPECT_EQ(plainText(), text);
     }

@@ -81,8 +81,8 @@ protected:
     QString scanned(const QString& name) const
     {
         const TOutcome outcome =
-            run(QStringLiteral("zbarimg"), {QStringLiteral("--nodbus"), QStringLiteral("--raw"),
-                                            QStringLiteral("--quiet"), path(name)});
+            run(QStringLiteral("zbarimg"),
+                {QStringLiteral("--nodbus"), QStringLiteral("--raw"), QStringLiteral("--quiet"), path(name)});
         EXPECT_EQ(outcome.exitCode, 0) << "zbar-tools: " << outcome.complaints.toStdString();
         return outcome.output.trimmed();
     }
@@ -144,8 +144,9 @@ TEST_F(CoffeeProgram, TheDrawingForPaperIsReadBack)
 {
     const TOutcome outcome = qr(QStringLiteral("--key-file @key 1 2 3 250 1 --svg @code.svg"));
     ASSERT_EQ(outcome.exitCode, 0) << outcome.complaints.toStdString();
-    const TOutcome drawn = run(QStringLiteral("rsvg-convert"), {path(QStringLiteral("code.svg")), QStringLiteral("-o"),
-                                                                path(QStringLiteral("drawn.png"))});
+    const TOutcome drawn =
+        run(QStringLiteral("rsvg-convert"),
+            {path(QStringLiteral("code.svg")), QStringLiteral("-o"), path(QStringLiteral("drawn.png"))});
     ASSERT_EQ(drawn.exitCode, 0) << "librsvg2-bin: " << drawn.complaints.toStdString();
     EXPECT_EQ(scanned(QStringLiteral("drawn.png")), outcome.text());
 }
@@ -174,8 +175,7 @@ TEST_F(CoffeeProgram, ChecksAText)
     EXPECT_EQ(outcome.complaints, QString());
     const QStringList lines = outcome.output.split(u'\n');
     ASSERT_EQ(lines.size(), 9);
-    EXPECT_EQ(lines.mid(0, 5),
-              QStringLiteral("P1    1|P2    2|P3    3|V1    250|V2    1").split(u'|'));
+    EXPECT_EQ(lines.mid(0, 5), QStringLiteral("P1    1|P2    2|P3    3|V1    250|V2    1").split(u'|'));
     EXPECT_TRUE(lines[5].startsWith(QStringLiteral("time  2026-01-05 12:00:00, "))) << lines[5].toStdString();
     EXPECT_EQ(lines[6], QStringLiteral("fixed as they must be"));
     EXPECT_EQ(lines[7], QStringLiteral("CRC   holds"));
@@ -186,14 +186,16 @@ TEST_F(CoffeeProgram, ChecksWhatItMade)
     const QString text = qr(QStringLiteral("--key-file @key 1023 63 255 0xFFFF 0")).text();
     const TOutcome outcome = qr(QStringLiteral("--check %1 --key-file @key").arg(text));
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_TRUE(outcome.output.startsWith(QStringLiteral("P1    1023\nP2    63\nP3    255\nV1    65535\nV2    0\n")));
+    EXPECT_TRUE(
+        outcome.output.startsWith(QStringLiteral("P1    1023\nP2    63\nP3    255\nV1    65535\nV2    0\n")));
     EXPECT_TRUE(outcome.output.contains(QStringLiteral(" s ago\n"))) << outcome.output.toStdString();
 }
 
 TEST_F(CoffeeProgram, AnotherKeyIsTold)
 {
     write(QStringLiteral("other"), QByteArray(32, '0'));
-    const TOutcome outcome = qr(QStringLiteral("--check O45931B4A9A54D107AFCD2FC67ED244D9S --key-file @other"));
+    const TOutcome outcome =
+        qr(QStringLiteral("--check O45931B4A9A54D107AFCD2FC67ED244D9S --key-file @other"));
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_TRUE(outcome.output.contains(QStringLiteral("CRC   WRONG: another key, or a damaged text\n")));
     EXPECT_TRUE(outcome.output.contains(QStringLiteral("fixed WRONG: bytes 0, 8 or 13\n")));
@@ -203,10 +205,11 @@ TEST_F(CoffeeProgram, NumbersThatAreCutAreTold)
 {
     const TOutcome outcome = qr(QStringLiteral("--key-file @key 1024 -2 0x103 65535 -1"));
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(outcome.complaints, QStringLiteral("P1: only the low 10 bits of 1024 are used, which are 0\n"
-                                                 "P2: only the low 6 bits of -2 are used, which are 62\n"
-                                                 "P3: only the low 8 bits of 0x103 are used, which are 3\n"
-                                                 "V2: only the low 16 bits of -1 are used, which are 65535\n"));
+    EXPECT_EQ(outcome.complaints,
+              QStringLiteral("P1: only the low 10 bits of 1024 are used, which are 0\n"
+                             "P2: only the low 6 bits of -2 are used, which are 62\n"
+                             "P3: only the low 8 bits of 0x103 are used, which are 3\n"
+                             "V2: only the low 16 bits of -1 are used, which are 65535\n"));
     const tools::TCoffeeFields fields = tools::checkCoffeeText(outcome.text(), kKey);
     EXPECT_EQ(fields.Part1, 0);
     EXPECT_EQ(fields.Part2, 62);
@@ -224,10 +227,11 @@ TEST_F(CoffeeProgram, ALeadingZeroIsNoOctalNumber)
 TEST_F(CoffeeProgram, WhatIsNoNumberIsTold)
 {
     for (const char* number : {"x", "1.5", "0x", "4294967296", "-2147483649", "99999999999999999999"}) {
-        const TOutcome outcome = qr(QStringLiteral("--key-file @key 1 2 3 4 %1").arg(QString::fromLatin1(number)));
+        const TOutcome outcome =
+            qr(QStringLiteral("--key-file @key 1 2 3 4 %1").arg(QString::fromLatin1(number)));
         EXPECT_EQ(outcome.exitCode, 1) << number;
-        EXPECT_EQ(outcome.complaints,
-                  QStringLiteral("tnv5: V2: \"%1\" is no whole number of 32 bits\n").arg(QString::fromLatin1(number)));
+        EXPECT_EQ(outcome.complaints, QStringLiteral("tnv5: V2: \"%1\" is no whole number of 32 bits\n")
+                                          .arg(QString::fromLatin1(number)));
         EXPECT_EQ(outcome.output, QString());
     }
 }
@@ -236,7 +240,8 @@ TEST_F(CoffeeProgram, KeysOfAnotherLengthAreTold)
 {
     const TOutcome shorter = qr(QStringLiteral("--key-file - 1 2 3 4 5"), "2b7e");
     EXPECT_EQ(shorter.exitCode, 0);
-    EXPECT_EQ(shorter.complaints, QStringLiteral("The key has less than 32 digits; what is missing counts as 0\n"));
+    EXPECT_EQ(shorter.complaints,
+              QStringLiteral("The key has less than 32 digits; what is missing counts as 0\n"));
     EXPECT_TRUE(tools::checkCoffeeText(shorter.text(), QStringLiteral("2b7e")).good());
     const TOutcome longer = qr(QStringLiteral("--key-file - 1 2 3 4 5"), kKey.toLatin1() + "00");
     EXPECT_EQ(longer.exitCode, 0);
@@ -324,8 +329,8 @@ TEST_F(CoffeeProgram, ASystemWithoutTheCipherIsTold)
     write(QStringLiteral("openssl.cnf"), "openssl_conf = start\n[start]\nproviders = all\n"
                                          "[all]\nbase = base\n[base]\nactivate = 1\n");
     const QStringList key = {QStringLiteral("qr"), QStringLiteral("--key-file"), path(QStringLiteral("key"))};
-    for (const QString& rest : {QStringLiteral("1 2 3 4 5"),
-                                QStringLiteral("--check O45931B4A9A54D107AFCD2FC67ED244D9S")}) {
+    for (const QString& rest :
+         {QStringLiteral("1 2 3 4 5"), QStringLiteral("--check O45931B4A9A54D107AFCD2FC67ED244D9S")}) {
         const TOutcome outcome = run(QStringLiteral(TNV5_PROGRAM), key + rest.split(u' '), {},
                                      path(QStringLiteral("openssl.cnf")));
         EXPECT_EQ(outcome.exitCode, 1);

@@ -13,7 +13,8 @@ using namespace tnv5;
 using namespace tnv5::tools;
 
 const QString kKey = QStringLiteral("2b7e151628aed2a6abf7158809cf4f3c");
-const QString kNoonText = QStringLiteral("O45931B4A9A54D107AFCD2FC67ED244D9S"); // 1 2 3 250 1, noon of 2026-01-05
+const QString kNoonText =
+    QStringLiteral("O45931B4A9A54D107AFCD2FC67ED244D9S"); // 1 2 3 250 1, noon of 2026-01-05
 
 TEST(CoffeeCheck, ShowsWhatIsInAText)
 {
@@ -61,12 +62,12 @@ TEST(CoffeeCheck, AnotherKeyShows)
 /// printf BLOCK | xxd -r -p | openssl enc -aes-128-ecb -nopad -K KEY | xxd -p -u
 TEST(CoffeeCheck, FixedBytesAndCrcAreToldApart)
 {
-    const TCoffeeFields crcOnly =
-        checkCoffeeText(QStringLiteral("O4E1A3B6A137051461C78B597913920CBS"), kKey);
+    const TCoffeeFields crcOnly = checkCoffeeText(QStringLiteral("O4E1A3B6A137051461C78B597913920CBS"), kKey);
     EXPECT_TRUE(crcOnly.FixedBytes);
     EXPECT_FALSE(crcOnly.Crc);
     EXPECT_FALSE(crcOnly.good());
-    for (const char* text : {"O03F92C2892C543A781FCAB88A02BB455S", "O2F409B602E3379E337FEA90A9A47A93BS", "O4DB2F9BC0007D6299F181254A7D09FD0S"}) {
+    for (const char* text : {"O03F92C2892C543A781FCAB88A02BB455S", "O2F409B602E3379E337FEA90A9A47A93BS",
+                             "O4DB2F9BC0007D6299F181254A7D09FD0S"}) {
         const TCoffeeFields fields = checkCoffeeText(QString::fromLatin1(text), kKey);
         EXPECT_FALSE(fields.FixedBytes) << text;
         EXPECT_TRUE(fields.Crc) << text;
@@ -101,7 +102,9 @@ TEST(CoffeeCheck, StampsAsDateAndTime)
 
 TEST(CoffeeCheck, AgeOfAStamp)
 {
-    const auto ageOf = [](qint64 seconds) { return ageText(1'000'000'000, quint32(1'000'000'000 + seconds)); };
+    const auto ageOf = [](qint64 seconds) {
+        return ageText(1'000'000'000, quint32(1'000'000'000 + seconds));
+    };
     EXPECT_EQ(ageOf(0), QStringLiteral("0 s ago"));
     EXPECT_EQ(ageOf(1), QStringLiteral("1 s ago"));
     EXPECT_EQ(ageOf(119), QStringLiteral("119 s ago"));

@@ -102,13 +102,14 @@ TEST(QrImage, AModuleIsOneMillimetre)
 
 TEST(QrSvg, IsADrawingInMillimetres)
 {
-    EXPECT_EQ(qrSvg(smallCode()),
-              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-              "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"11mm\" height=\"11mm\" viewBox=\"0 0 11 11\" "
-              "shape-rendering=\"crispEdges\">\n"
-              "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n"
-              "<path d=\"M4 4h1v1h-1zM6 4h1v1h-1zM5 5h1v1h-1zM4 6h1v1h-1zM5 6h1v1h-1z\" fill=\"#000\"/>\n"
-              "</svg>\n");
+    EXPECT_EQ(
+        qrSvg(smallCode()),
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"11mm\" height=\"11mm\" viewBox=\"0 0 11 11\" "
+        "shape-rendering=\"crispEdges\">\n"
+        "<rect width=\"100%\" height=\"100%\" fill=\"#fff\"/>\n"
+        "<path d=\"M4 4h1v1h-1zM6 4h1v1h-1zM5 5h1v1h-1zM4 6h1v1h-1zM5 6h1v1h-1z\" fill=\"#000\"/>\n"
+        "</svg>\n");
 }
 
 } // namespace
