@@ -25,7 +25,9 @@ QChar halfBlock(bool top, bool bottom)
 
 bool TQrCode::dark(int x, int y) const
 {
-    return x >= 0 && y >= 0 && x < Size && y < Size && Dark[static_cast<std::size_t>(y * Size + x)];
+    const auto at =
+        static_cast<std::size_t>(y) * static_cast<std::size_t>(Size) + static_cast<std::size_t>(x);
+    return x >= 0 && y >= 0 && x < Size && y < Size && Dark[at];
 }
 
 TQrCode qrCode(const QByteArray& text)
