@@ -27,6 +27,8 @@ CONNECTOR = (("PingsReceived", "pings received, answered and routed"),
              ("DisplayCommandsSent", "lines of display commands sent"))
 SCALES = (("silent", "nobody says anything"), ("unpolled", "no polling, two talk by themselves"),
           ("polled", "polled every {interval_ms} ms"))
+COFFEE = (("CoffeeTexts", "texts"), ("BareBlocks/kept:0", "bare blocks, a cipher context each"),
+          ("BareBlocks/kept:1", "bare blocks, one cipher context"))
 
 
 def progress(text):
@@ -139,6 +141,16 @@ class Runner:
                     sys.exit(f"{row['name']}: not the same allocations in every run")
         return medians(rates), allocations
 
+    def coffee(self):
+        """Median texts and bare blocks per second, taking turns."""
+        rounds, seconds = (2, 0.1) if self.quick else (5, 0.25)
+        found = {}
+        for number in range(rounds):
+            progress(f"texts for the coffee machine, round {number + 1} of {rounds}")
+            for row in self.google(".", seconds, "coffee_bench"):
+                found.setdefault(row["name"], []).append(row["items_per_second"])
+        return medians(found)
+
     def idle_scales(self):
         seconds, rounds = (2, 3) if self.quick else (5, 5)
         progress(f"eight scales with nothing to do, {rounds} × 3 × {seconds} s")
@@ -227,6 +239,13 @@ def scales_table(rates, allocations):
                   "allocations a packet, `OnLog`"], rows)
 
 
+def coffee_table(rates):
+    best = max(rates[name] for name, _ in COFFEE[1:])
+    rows = [[title, f"{rates[name]:,.0f}", f"{rates[name] / best:.2f}"] for name, title in COFFEE]
+    return (table(["Coffee machine", "a second", "/ faster bare block"], rows)
+            + f"\n\nAim: at least 0.40 of the bare blocks: {met(rates[COFFEE[0][0]] >= 0.4 * best)}.")
+
+
 def idle_scales_table(idle):
     base = idle["unpolled"]["cpu_percent"]
     rows = [[title.format(**idle), f"{idle[state]['cpu_percent']:.2f} %",
@@ -283,6 +302,7 @@ def main():
         connector_table(connector),
         check_table(connector),
         scales_table(*runner.scales()),
+        coffee_table(runner.coffee()),
         idle_scales_table(runner.idle_scales()),
         ports_table(runner.ports()),
     ])

@@ -81,6 +81,13 @@ void complain(const QString& line)
     writeLine(stderr, line);
 }
 
+void draw(const QStringList& lines)
+{
+    for (const QString& line : lines) {
+        write(stdout, line + u'\n');
+    }
+}
+
 void printNow(const QString& line)
 {
     writeLineNow(stdout, line);

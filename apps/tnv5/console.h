@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 namespace tnv5::cli {
 
@@ -8,6 +9,9 @@ namespace tnv5::cli {
 void print(const QString& line);
 /// Writes one line to standard error.
 void complain(const QString& line);
+
+/// Writes lines of our own making, with their colours, to standard output.
+void draw(const QStringList& lines);
 
 /// The same without ever waiting, for what is written while gates are at work: a terminal that somebody has
 /// stopped must not stop the gates. What nobody takes is left out, and how much is told later.
