@@ -3,45 +3,15 @@
 #include "support/answers.h"
 #include "support/fixture.h"
 #include "support/remote.h"
+#include "support/scripted_link.h"
 #include "tnv5/d24/d24_device.h"
 
 #include <QPointer>
-#include <deque>
-#include <map>
 #include <stdexcept>
 
 namespace tnv5::tests {
 
 using d24::TTurnStylerDeviceD24;
-
-/// A link that records the commands and answers as a test says.
-class TTestLink : public connector::TDeviceConnector
-{
-public:
-    explicit TTestLink(TRecorder& trace) : FTrace(trace) {}
-
-    bool Up = true;                      ///< whether the link is connected
-    std::deque<bool> UpNext;             ///< what it answers first, before `Up` counts
-    int Reads = 0;                       ///< how often that was asked
-    std::map<QString, QString> Checks;   ///< what a command returns, by its two letters
-    std::map<QString, QString> Failures; ///< what a command raises, by its two letters
-
-    bool GetConnected() override
-    {
-        ++Reads;
-        if (UpNext.empty()) {
-            return Up;
-        }
-        const bool answer = UpNext.front();
-        UpNext.pop_front();
-        return answer;
-    }
-
-    QString SendCommand(const QString& AMess) override;
-
-private:
-    TRecorder& FTrace;
-};
 
 // The controllers of the tests: address of the link, controller and type, as reports show them.
 
@@ -49,10 +19,9 @@ inline const QString kT = QStringLiteral("10.0.0.5!001T!T");
 inline const QString kG = QStringLiteral("10.0.0.5!002G!G");
 inline const QString kI = QStringLiteral("10.0.0.5!003I!I");
 
-// The lines of a transcript; besides, the link has "send".
+// The lines of a transcript; besides, the link has `commanded`.
 
 QString read(const QString& line);
-QString commanded(const QString& command);
 /// The line in the log that a command leaves.
 QString loggedSend(const QString& command);
 /// A report with one state, which is given twice.
