@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/source_line.h"
 #include "tnv5/d24/d24_device.h"
 #include "tnv5/platform/code_page.h"
 #include "tnv5/platform/errors.h"
@@ -11,7 +12,6 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <memory>
-#include <source_location>
 #include <stdexcept>
 
 namespace tnv5::tests {
@@ -48,7 +48,7 @@ public:
     }
 
     /// Everything since the last call must be these lines.
-    void expect(const QStringList& lines, std::source_location where = std::source_location::current())
+    void expect(const QStringList& lines, TSourceLine where = TSourceLine::current())
     {
         const ::testing::ScopedTrace trace(where.file_name(), int(where.line()), "transcript");
         EXPECT_EQ(lines.join(u'\n').toStdString(), take().join(u'\n').toStdString());

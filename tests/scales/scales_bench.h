@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/source_line.h"
 #include "tnv5/platform/errors.h"
 #include "tnv5/scales/scales_device.h"
 #include "tnv5/testing/manual_clock.h"
@@ -8,7 +9,6 @@
 #include <deque>
 #include <gtest/gtest.h>
 #include <memory>
-#include <source_location>
 #include <stdexcept>
 #include <utility>
 
@@ -156,7 +156,7 @@ public:
     }
 
     /// Everything since the last call must be these lines.
-    void expect(const QStringList& lines, std::source_location where = std::source_location::current())
+    void expect(const QStringList& lines, TSourceLine where = TSourceLine::current())
     {
         const ::testing::ScopedTrace trace(where.file_name(), int(where.line()), "transcript");
         EXPECT_EQ(lines.join(u'\n').toStdString(), take().join(u'\n').toStdString());
