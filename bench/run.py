@@ -36,14 +36,18 @@ def progress(text):
 
 
 class Runner:
-    def __init__(self, build, quick):
+    def __init__(self, build, effort):
         self.bin = build / "bench"
         self.modules = build / "peers" / "node_modules"
-        self.quick = quick
-        self.has_npm = shutil.which("node") is not None and (self.modules / "serialport").is_dir()
-        self.has_pyserial = subprocess.run(["/usr/bin/python3", "-c", "import serial"], check=False,
+        self.effort = effort
+        self.has_npm = effort != "smoke" and shutil.which("node") is not None and (self.modules / "serialport").is_dir()
+        self.has_pyserial = effort != "smoke" and subprocess.run(["/usr/bin/python3", "-c", "import serial"], check=False,
                                            stderr=subprocess.DEVNULL).returncode == 0
         self.has_modbus = (self.bin / "modbus_frames").exists()
+
+    def amount(self, smoke, quick, full):
+        """What the chosen effort takes of three amounts."""
+        return {"smoke": smoke, "quick": quick, "full": full}[self.effort]
 
     def missing(self):
         """Names of the peers that are not there to be compared with."""
@@ -61,7 +65,7 @@ class Runner:
         return done.stdout
 
     def latency(self):
-        cards = 300 if self.quick else 2000
+        cards = self.amount(5, 300, 2000)
         progress(f"card to command over pseudo-terminals, {cards} cards each")
         programs = [f"floor={self.bin / 'latency_floor'}",
                     f"component={self.bin / 'latency_gate'}",
@@ -84,13 +88,13 @@ class Runner:
 
     def rates(self, read, addresses):
         """Median lines per second by way of handling, the programs taking turns."""
-        rounds = 2 if self.quick else 7
+        rounds = self.amount(1, 2, 7)
         found = {}
         with tempfile.NamedTemporaryFile() as reads:
             self.lines(self.bin / "turnstile_bench", "--write-reads", read, addresses, reads.name)
             for number in range(rounds):
                 progress(f"lines per second, {read}-byte reads, round {number + 1} of {rounds}")
-                for row in self.google(f"CardLines/.*/read:{read}/", 0.5):
+                for row in self.google(f"CardLines/.*/read:{read}/", self.amount(0.001, 0.5, 0.5)):
                     handlers = HANDLERS[int(re.search(r"handlers:(\d)", row["name"])[1])]
                     found.setdefault(handlers, []).append(row["items_per_second"])
                 if self.has_npm:
@@ -104,14 +108,14 @@ class Runner:
     def passes(self, program="turnstile_bench"):
         progress(f"cost of a pass over the table, {program}")
         costs = {}
-        for row in self.google("StackPass", 0.1 if self.quick else 0.5, program):
+        for row in self.google("StackPass", self.amount(0.001, 0.1, 0.5), program):
             idle, entries = map(int, re.search(r"idle:(\d)/entries:(\d+)", row["name"]).groups())
             costs[idle, entries] = row["per_entry"] * 1e9
         return costs
 
     def connector(self):
         """Median rates of the connector and its peers, the programs taking turns."""
-        rounds, seconds = (2, 0.1) if self.quick else (5, 0.25)
+        rounds, seconds = self.amount((1, 0.001), (2, 0.1), (5, 0.25))
         found = {}
         for number in range(rounds):
             progress(f"line connector, round {number + 1} of {rounds}")
@@ -130,7 +134,7 @@ class Runner:
 
     def scales(self):
         """Median packets per second and allocations a packet, by family and whether there is a log."""
-        rounds, seconds = (1, 0.1) if self.quick else (5, 0.25)
+        rounds, seconds = self.amount((1, 0.001), (1, 0.1), (5, 0.25))
         rates, allocations = {}, {}
         for number in range(rounds):
             progress(f"packets of scales, round {number + 1} of {rounds}")
@@ -152,12 +156,12 @@ class Runner:
         return medians(found)
 
     def idle_scales(self):
-        seconds, rounds = (2, 3) if self.quick else (5, 5)
+        seconds, rounds = self.amount((1, 1), (2, 3), (5, 5))
         progress(f"eight scales with nothing to do, {rounds} × 3 × {seconds} s")
         return json.loads(self.lines(self.bin / "idle_scales", "--seconds", seconds, "--rounds", rounds))
 
     def ports(self):
-        ports, seconds = (50, 3) if self.quick else (200, 10)
+        ports, seconds = self.amount((3, 1), (50, 3), (200, 10))
         progress(f"{ports} ports at full rate for {seconds} s")
         return json.loads(self.lines(self.bin / "many_ports", ports, seconds))
 
@@ -283,13 +287,16 @@ def update_docs(report):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--build", type=pathlib.Path, required=True, help="build directory")
-    parser.add_argument("--quick", action="store_true", help="a rough figure in about a minute")
+    parser.add_argument("--quick", dest="effort", action="store_const", const="quick", default="full",
+                        help="a rough figure in about a minute")
+    parser.add_argument("--smoke", dest="effort", action="store_const", const="smoke",
+                        help="only whether everything runs; the figures mean nothing and are not kept")
     parser.add_argument("--update-docs", action="store_true", help="put the table into docs/performance.md")
     options = parser.parse_args()
-    runner = Runner(options.build.resolve(), options.quick)
+    runner = Runner(options.build.resolve(), options.effort)
 
     machine = (f"{os.cpu_count()} processors ({processor()}), Linux {platform.release()}, "
-               f"load before the run {os.getloadavg()[0]:.1f}" + (", quick run" if options.quick else ""))
+               f"load before the run {os.getloadavg()[0]:.1f}" + (f", {options.effort} run" if options.effort != "full" else ""))
     missing = runner.missing()
     connector = runner.connector()
     report = "\n\n".join([
@@ -307,6 +314,8 @@ def main():
         ports_table(runner.ports()),
     ])
     print(report)
+    if options.effort == "smoke":
+        return
     (options.build / "results.txt").write_text(report + "\n", encoding="utf-8")
     if options.update_docs:
         update_docs(report)

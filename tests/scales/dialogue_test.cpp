@@ -139,7 +139,7 @@ protected:
 
     /// What a packet makes of the component, in the weighing step.
     void expectAfter(const QByteArray& packet, const QStringList& lines,
-                     std::source_location where = std::source_location::current())
+                     TSourceLine where = TSourceLine::current())
     {
         feed(packet);
         trace.expect(received(packet) + lines, where);

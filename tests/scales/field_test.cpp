@@ -13,7 +13,7 @@ class Field : public TScalesTest
 {
 protected:
     void expectAfter(int type, const QByteArray& bytes, const QByteArray& packet, const QStringList& lines,
-                     std::source_location where = std::source_location::current())
+                     TSourceLine where = TSourceLine::current())
     {
         use(type);
         feed(bytes);
@@ -22,7 +22,7 @@ protected:
 
     /// Families 3 and 4: the field as it stands on the wire, the least significant digit first.
     void expectReversed(const QByteArray& field, const QStringList& lines,
-                        std::source_location where = std::source_location::current())
+                        TSourceLine where = TSourceLine::current())
     {
         const QByteArray ba = field + "777777777777";
         expectAfter(3, ba, ba, QStringList{logged("Ask  " + QString::fromLatin1(ba))} + lines, where);
@@ -31,25 +31,25 @@ protected:
     }
 
     void expectBh(const QByteArray& packet, const QStringList& lines,
-                  std::source_location where = std::source_location::current())
+                  TSourceLine where = TSourceLine::current())
     {
         expectAfter(5, '<' + packet + '>', packet, lines, where);
     }
 
     void expectDigi(const QByteArray& packet, const QStringList& lines,
-                    std::source_location where = std::source_location::current())
+                    TSourceLine where = TSourceLine::current())
     {
         expectAfter(6, packet + "\r\n", packet + '\r', lines + QStringList{kStart}, where);
     }
 
     void expectAxis(const QByteArray& packet, const QStringList& lines,
-                    std::source_location where = std::source_location::current())
+                    TSourceLine where = TSourceLine::current())
     {
         expectAfter(7, '\x02' + packet + "\r\n", packet, lines, where);
     }
 
     void expectUpa(const QByteArray& packet, const QStringList& lines,
-                   std::source_location where = std::source_location::current())
+                   TSourceLine where = TSourceLine::current())
     {
         expectAfter(8, 'W' + packet + "kg", packet, lines, where);
     }

@@ -90,7 +90,7 @@ qsizetype TRecorder::countOf(const QString& beginning) const
                          [&](const QString& line) { return line.startsWith(beginning); });
 }
 
-void TRecorder::expect(const QStringList& lines, std::source_location where)
+void TRecorder::expect(const QStringList& lines, TSourceLine where)
 {
     const ::testing::ScopedTrace trace(where.file_name(), int(where.line()), "transcript");
     EXPECT_EQ(lines.join(u'\n').toStdString(), take().join(u'\n').toStdString());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/source_line.h"
 #include "support/text_printers.h"
 #include "tnv5/platform/component.h"
 #include "tnv5/testing/memory_port.h"
@@ -9,7 +10,7 @@
 #include <QVariant>
 #include <functional>
 #include <gtest/gtest.h>
-#include <source_location>
+
 #include <type_traits>
 
 namespace tnv5::tests {
@@ -84,7 +85,7 @@ public:
     qsizetype countOf(const QString& beginning) const;
 
     /// Everything since the last call must be these lines.
-    void expect(const QStringList& lines, std::source_location where = std::source_location::current());
+    void expect(const QStringList& lines, TSourceLine where = TSourceLine::current());
 
 private:
     void add(bool rightSender, const QString& word, const QStringList& values);
