@@ -2,7 +2,7 @@
 // each at each event of whole passes.
 
 #include "d24_fixture.h"
-#include "support/hostile.h"
+#include "support/hostile_controller.h"
 
 namespace {
 
@@ -108,6 +108,35 @@ void expectToFinish(TD24Fixture& fixture)
     EXPECT_EQ(fixture.gate->StackItemsCount(), 0);
 }
 
+struct THostileD24
+{
+    using Fixture = TD24Fixture;
+    static constexpr char kBye[] = "bye";
+
+    static std::span<const TPlay<Fixture>> plays() { return kRuns; }
+    static QString read(const QString& line) { return tests::read(line); }
+    static void dropLink(Fixture& fixture) { fixture.link.reset(); }
+    static void clear(Fixture& fixture)
+    {
+        fixture.gate->SetOnLog({});
+        fixture.gate->SetOnError({});
+        fixture.gate->SetOnCheckStatus({});
+        fixture.gate->SetOnCheckSQL({});
+        fixture.gate->SetOnGetImg({});
+        fixture.gate->SetRemoutDevice(d24::podNone);
+    }
+    static bool isSent(const QString& line) { return line.startsWith("send"); }
+    static void expectAlive(Fixture& fixture) { expectToFinish(fixture); }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(D24, HostileController, THostileD24);
+
+TEST(HostileHandlers, TheConnectorIsFreeAfterADestroyedComponent)
+{
+    disturbEach([](TD24Fixture& fixture) { fixture.gate.reset(); },
+                [](TD24Fixture& fixture, const QStringList&) { EXPECT_FALSE(fixture.link->OnGetData()); });
+}
+
 TEST(HostileHandlers, TheRunsReachEveryEvent)
 {
     const QStringList lines = traceOf<TD24Fixture>(run<playLines, true>);
@@ -124,48 +153,6 @@ TEST(HostileHandlers, TheRunsReachEveryEvent)
     EXPECT_EQ(traceOf<TD24Fixture>(run<playCalls, true>).filter("monitor ERROR").size(), 3);
 }
 
-TEST(HostileHandlers, MayDestroyTheComponent)
-{
-    disturbEach([](TD24Fixture& fixture) { fixture.gate.reset(); },
-                [](TD24Fixture& fixture, const QStringList& before) {
-                    fixture.trace.expect(before); // and not a word more
-                    EXPECT_FALSE(fixture.link->OnGetData());
-                    fixture.inject("$1:001TRQ1AB");
-                    fixture.clock.advance(10'000);
-                    fixture.trace.expect({});
-                });
-}
-
-TEST(HostileHandlers, MayDestroyTheComponentAndRaise)
-{
-    disturbEach(
-        [](TD24Fixture& fixture) {
-            fixture.gate.reset();
-            throw std::runtime_error("host trouble");
-        },
-        [](TD24Fixture& fixture, const QStringList& before) {
-            QStringList lines = fixture.trace.take();
-            EXPECT_LE(lines.removeAll("raised host trouble"), 1);
-            EXPECT_EQ(lines, before);
-        });
-}
-
-TEST(HostileHandlers, MayDestroyTheComponentInAPumpedLine)
-{
-    disturbEach(
-        [](TD24Fixture& fixture) {
-            fixture.trace.OnLine = [&fixture](const QString& line) {
-                if (line.contains("bye")) {
-                    fixture.gate.reset();
-                }
-            };
-            fixture.gate->p_hw_ProtocolIn("bye");
-        },
-        [](TD24Fixture& fixture, const QStringList& before) {
-            fixture.trace.expect(before + QStringList(read("bye")));
-        });
-}
-
 TEST(HostileHandlers, MayDestroyTheConnector)
 {
     disturbEach([](TD24Fixture& fixture) { fixture.link.reset(); },
@@ -178,22 +165,6 @@ TEST(HostileHandlers, MayDestroyTheConnector)
                     EXPECT_EQ(fixture.trace.countOf(kPortClosed), 1);
                     expectToFinish(fixture);
                 });
-}
-
-TEST(HostileHandlers, MayDestroyBoth)
-{
-    disturbEach(
-        [](TD24Fixture& fixture) {
-            fixture.link.reset();
-            fixture.gate.reset();
-        },
-        [](TD24Fixture& fixture, const QStringList& before) { fixture.trace.expect(before); });
-    disturbEach(
-        [](TD24Fixture& fixture) {
-            fixture.gate.reset();
-            fixture.link.reset();
-        },
-        [](TD24Fixture& fixture, const QStringList& before) { fixture.trace.expect(before); });
 }
 
 TEST(HostileHandlers, MayCutTheLink)
@@ -235,37 +206,6 @@ TEST(HostileHandlers, MayAssignAnotherConnector)
                 });
 }
 
-TEST(HostileHandlers, MayClearAllHandlers)
-{
-    disturbEach(
-        [](TD24Fixture& fixture) {
-            fixture.gate->SetOnLog({});
-            fixture.gate->SetOnError({});
-            fixture.gate->SetOnCheckStatus({});
-            fixture.gate->SetOnCheckSQL({});
-            fixture.gate->SetOnGetImg({});
-            fixture.gate->SetRemoutDevice(d24::podNone);
-        },
-        [](TD24Fixture& fixture, const QStringList& before) {
-            QStringList lines = fixture.trace.take();
-            EXPECT_EQ(lines.mid(0, before.size()), before);
-            lines = lines.mid(before.size());
-            lines.removeIf([](const QString& line) { return line.startsWith("send"); });
-            EXPECT_EQ(lines, QStringList());
-            expectToFinish(fixture);
-        });
-}
-
-TEST(HostileHandlers, MayReplaceThemselves)
-{
-    for (const auto play : kRuns) {
-        TD24Fixture fixture;
-        fixture.trace.OnLine = [&](const QString&) { fixture.attach(); };
-        play(fixture);
-        fixture.trace.expect(traceOf(play));
-    }
-}
-
 TEST(HostileHandlers, ReplacementIsCalledFromTheNextEventOn)
 {
     TD24Fixture fixture;
@@ -290,25 +230,6 @@ TEST(HostileHandlers, MayFeedALine)
                 });
 }
 
-TEST(HostileHandlers, MayLetTimePass)
-{
-    disturbEach([](TD24Fixture& fixture) { fixture.clock.advance(5'000); },
-                [](TD24Fixture& fixture, const QStringList& before) {
-                    EXPECT_EQ(fixture.trace.countOf("raised"), 0);
-                    EXPECT_EQ(fixture.trace.take().mid(0, before.size()), before);
-                    expectToFinish(fixture);
-                });
-}
-
-TEST(HostileHandlers, MayRunThePassThemselves)
-{
-    disturbEach([](TD24Fixture& fixture) { fixture.gate->p_hw_CallStackArray(); },
-                [](TD24Fixture& fixture, const QStringList& before) {
-                    EXPECT_EQ(fixture.trace.take().mid(0, before.size()), before);
-                    expectToFinish(fixture);
-                });
-}
-
 TEST(HostileHandlers, MayRunPassesUntilEveryRecordIsGone)
 {
     disturbEach(
@@ -324,15 +245,6 @@ TEST(HostileHandlers, MayRunPassesUntilEveryRecordIsGone)
             EXPECT_EQ(fixture.trace.take().mid(0, before.size()), before);
             expectToFinish(fixture);
         });
-}
-
-TEST(HostileHandlers, MayRaise)
-{
-    disturbEach([](TD24Fixture&) { throw std::runtime_error("host trouble"); },
-                [](TD24Fixture& fixture, const QStringList& before) {
-                    EXPECT_EQ(fixture.trace.take().mid(0, before.size()), before);
-                    expectToFinish(fixture);
-                });
 }
 
 TEST(HostileHandlers, DestroyedComponentAnswersItsCaller)
