@@ -133,8 +133,8 @@ INSTANTIATE_TYPED_TEST_SUITE_P(D24, HostileController, THostileD24);
 
 TEST(HostileHandlers, TheConnectorIsFreeAfterADestroyedComponent)
 {
-    disturbEach([](TD24Fixture& fixture) { fixture.gate.reset(); },
-                [](TD24Fixture& fixture, const QStringList&) { EXPECT_FALSE(fixture.link->OnGetData()); });
+    disturbEach([](auto& fixture) { fixture.gate.reset(); },
+                [](auto& fixture, const QStringList&) { EXPECT_FALSE(fixture.link->OnGetData()); });
 }
 
 TEST(HostileHandlers, TheRunsReachEveryEvent)
@@ -155,8 +155,8 @@ TEST(HostileHandlers, TheRunsReachEveryEvent)
 
 TEST(HostileHandlers, MayDestroyTheConnector)
 {
-    disturbEach([](TD24Fixture& fixture) { fixture.link.reset(); },
-                [](TD24Fixture& fixture, const QStringList& before) {
+    disturbEach([](auto& fixture) { fixture.link.reset(); },
+                [](auto& fixture, const QStringList& before) {
                     ASSERT_TRUE(fixture.gate);
                     EXPECT_EQ(fixture.gate->Connector(), nullptr);
                     EXPECT_EQ(fixture.trace.countOf("raised"), 0);
@@ -170,12 +170,12 @@ TEST(HostileHandlers, MayDestroyTheConnector)
 TEST(HostileHandlers, MayCutTheLink)
 {
     disturbEach(
-        [](TD24Fixture& fixture) {
+        [](auto& fixture) {
             if (fixture.link) {
                 fixture.link->Up = false;
             }
         },
-        [](TD24Fixture& fixture, const QStringList& before) {
+        [](auto& fixture, const QStringList& before) {
             EXPECT_EQ(fixture.trace.take().mid(0, before.size()), before);
             expectToFinish(fixture);
         });
@@ -183,8 +183,8 @@ TEST(HostileHandlers, MayCutTheLink)
 
 TEST(HostileHandlers, MayTakeTheConnectorAway)
 {
-    disturbEach([](TD24Fixture& fixture) { fixture.gate->SetConnector(nullptr); },
-                [](TD24Fixture& fixture, const QStringList& before) {
+    disturbEach([](auto& fixture) { fixture.gate->SetConnector(nullptr); },
+                [](auto& fixture, const QStringList& before) {
                     const QStringList lines = fixture.trace.take();
                     EXPECT_EQ(lines.mid(0, before.size()), before);
                     EXPECT_LE(lines.mid(before.size()).filter("send ").size(), 0);
@@ -196,8 +196,8 @@ TEST(HostileHandlers, MayAssignAnotherConnector)
 {
     TRecorder otherTrace;
     TTestLink other(otherTrace);
-    disturbEach([&](TD24Fixture& fixture) { fixture.gate->SetConnector(&other); },
-                [&](TD24Fixture& fixture, const QStringList&) {
+    disturbEach([&](auto& fixture) { fixture.gate->SetConnector(&other); },
+                [&](auto& fixture, const QStringList&) {
                     EXPECT_EQ(fixture.gate->Connector(), &other);
                     other.GetCommand("odd");
                     EXPECT_EQ(fixture.trace.countOf("raised"), 0);
@@ -221,8 +221,8 @@ TEST(HostileHandlers, ReplacementIsCalledFromTheNextEventOn)
 
 TEST(HostileHandlers, MayFeedALine)
 {
-    disturbEach([](TD24Fixture& fixture) { fixture.inject("$9:009TRQ9AB"); },
-                [](TD24Fixture& fixture, const QStringList& before) {
+    disturbEach([](auto& fixture) { fixture.inject("$9:009TRQ9AB"); },
+                [](auto& fixture, const QStringList& before) {
                     EXPECT_EQ(fixture.trace.countOf(read("$9:009TRQ9AB")), 1);
                     EXPECT_EQ(fixture.trace.countOf("raised"), 0);
                     EXPECT_EQ(fixture.trace.take().mid(0, before.size()), before);
@@ -233,7 +233,7 @@ TEST(HostileHandlers, MayFeedALine)
 TEST(HostileHandlers, MayRunPassesUntilEveryRecordIsGone)
 {
     disturbEach(
-        [](TD24Fixture& fixture) {
+        [](auto& fixture) {
             for (int i = 0; i < fixture.gate->StackItemsCount(); ++i) {
                 fixture.gate->StackItem(i)->Status = "CLOSE";
             }
@@ -241,7 +241,7 @@ TEST(HostileHandlers, MayRunPassesUntilEveryRecordIsGone)
                 fixture.gate->p_hw_CallStackArray();
             }
         },
-        [](TD24Fixture& fixture, const QStringList& before) {
+        [](auto& fixture, const QStringList& before) {
             EXPECT_EQ(fixture.trace.take().mid(0, before.size()), before);
             expectToFinish(fixture);
         });
@@ -258,21 +258,21 @@ TEST(HostileHandlers, DestroyedComponentAnswersItsCaller)
         call(fixture);
         EXPECT_FALSE(fixture.gate);
     };
-    disturbed([](TD24Fixture& fixture) { EXPECT_EQ(fixture.gate->p_hw_SQLCheck(0, 2), -1); });
-    disturbed([](TD24Fixture& fixture) { EXPECT_TRUE(fixture.gate->p_hw_SendComCommand(0, 1)); });
-    disturbed([](TD24Fixture& fixture) {
+    disturbed([](auto& fixture) { EXPECT_EQ(fixture.gate->p_hw_SQLCheck(0, 2), -1); });
+    disturbed([](auto& fixture) { EXPECT_TRUE(fixture.gate->p_hw_SendComCommand(0, 1)); });
+    disturbed([](auto& fixture) {
         fixture.link->Up = false;
         EXPECT_TRUE(fixture.gate->p_hw_SendComCommand(0, 1));
     });
-    disturbed([](TD24Fixture& fixture) {
+    disturbed([](auto& fixture) {
         fixture.link->Up = false;
         EXPECT_TRUE(fixture.gate->p_hw_CheckStatusAll());
     });
-    disturbed([](TD24Fixture& fixture) {
+    disturbed([](auto& fixture) {
         fixture.link->Up = false;
         EXPECT_TRUE(fixture.gate->p_hw_relay("1", "001T", "1", 1));
     });
-    disturbed([](TD24Fixture& fixture) { fixture.gate->p_hw_CheckStatus("1", "009T", "T", "1", "RQ"); });
+    disturbed([](auto& fixture) { fixture.gate->p_hw_CheckStatus("1", "009T", "T", "1", "RQ"); });
 }
 
 } // namespace

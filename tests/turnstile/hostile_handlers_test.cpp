@@ -120,8 +120,8 @@ TEST(HostileHandlers, TheRunReachesEveryEvent)
 
 TEST(HostileHandlers, MayDestroyThePort)
 {
-    disturbEach([](TTurnstileFixture& fixture) { fixture.port.reset(); },
-                [](TTurnstileFixture& fixture, const QStringList&) {
+    disturbEach([](auto& fixture) { fixture.port.reset(); },
+                [](auto& fixture, const QStringList&) {
                     ASSERT_TRUE(fixture.gate);
                     EXPECT_EQ(fixture.gate->ComPort(), nullptr);
                     EXPECT_EQ(fixture.trace.countOf("raised"), 0);
@@ -133,8 +133,8 @@ TEST(HostileHandlers, MayDestroyThePort)
 
 TEST(HostileHandlers, MayCloseThePort)
 {
-    disturbEach([](TTurnstileFixture& fixture) { fixture.port->Close(); },
-                [](TTurnstileFixture& fixture, const QStringList& before) {
+    disturbEach([](auto& fixture) { fixture.port->Close(); },
+                [](auto& fixture, const QStringList& before) {
                     const QStringList lines = fixture.trace.take();
                     EXPECT_EQ(lines.mid(0, before.size()), before);
                     EXPECT_TRUE(lines.mid(before.size()).filter("write").isEmpty());
@@ -144,8 +144,8 @@ TEST(HostileHandlers, MayCloseThePort)
 TEST(HostileHandlers, MayAssignAnotherPort)
 {
     TMemoryPort other;
-    disturbEach([&](TTurnstileFixture& fixture) { fixture.gate->SetComport(&other); },
-                [&](TTurnstileFixture& fixture, const QStringList&) {
+    disturbEach([&](auto& fixture) { fixture.gate->SetComport(&other); },
+                [&](auto& fixture, const QStringList&) {
                     fixture.trace.take();
                     fixture.inject("#01AOld");
                     fixture.trace.expect({});
@@ -191,8 +191,8 @@ TEST(HostileHandlers, StayAliveWhileTheyRun)
 
 TEST(HostileHandlers, MayFeedALine)
 {
-    disturbEach([](TTurnstileFixture& fixture) { fixture.port->feed("$09ZR9\r#09ZHello\r"); },
-                [](TTurnstileFixture& fixture, const QStringList&) {
+    disturbEach([](auto& fixture) { fixture.port->feed("$09ZR9\r#09ZHello\r"); },
+                [](auto& fixture, const QStringList&) {
                     EXPECT_EQ(fixture.trace.countOf(read("$09ZR9")), 1);
                     EXPECT_EQ(fixture.trace.countOf(read("#09ZHello")), 1);
                     EXPECT_EQ(fixture.trace.countOf("img 09Z"), 1);
@@ -202,8 +202,8 @@ TEST(HostileHandlers, MayFeedALine)
 
 TEST(HostileHandlers, MayHandleALineThemselves)
 {
-    disturbEach([](TTurnstileFixture& fixture) { fixture.gate->p_hw_ProtocolIn("$09ZR9"); },
-                [](TTurnstileFixture& fixture, const QStringList& before) {
+    disturbEach([](auto& fixture) { fixture.gate->p_hw_ProtocolIn("$09ZR9"); },
+                [](auto& fixture, const QStringList& before) {
                     const QStringList lines = fixture.trace.take();
                     EXPECT_EQ(lines.mid(before.size(), 4),
                               QStringList({read("$09ZR9"), "error [02] Device not found 09Z", "img 09Z",
