@@ -2,7 +2,7 @@
 // each at each event of whole passes.
 
 #include "d24_fixture.h"
-#include "support/hostile.h"
+#include "support/hostile_controller.h"
 
 namespace {
 
@@ -112,6 +112,35 @@ void expectToFinish(TD24Fixture& fixture)
     EXPECT_EQ(fixture.gate->StackItemsCount(), 0);
 }
 
+struct THostileD24
+{
+    using Fixture = TD24Fixture;
+    static constexpr char kBye[] = "bye";
+
+    static std::span<const TPlay<Fixture>> plays() { return kRuns; }
+    static QString read(const QString& line) { return tests::read(line); }
+    static void dropLink(Fixture& fixture) { fixture.link.reset(); }
+    static void clear(Fixture& fixture)
+    {
+        fixture.gate->SetOnLog({});
+        fixture.gate->SetOnError({});
+        fixture.gate->SetOnCheckStatus({});
+        fixture.gate->SetOnCheckSQL({});
+        fixture.gate->SetOnGetImg({});
+        fixture.gate->SetRemoutDevice(d24::podNone);
+    }
+    static bool isSent(const QString& line) { return line.startsWith("send"); }
+    static void expectAlive(Fixture& fixture) { expectToFinish(fixture); }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(D24, HostileController, THostileD24);
+
+TEST(HostileHandlers, TheConnectorIsFreeAfterADestroyedComponent)
+{
+    disturbEach([](auto& fixture) { fixture.gate.reset(); },
+                [](auto& fixture, const QStringList&) { EXPECT_FALSE(fixture.link->OnGetData()); });
+}
+
 TEST(HostileHandlers, TheRunsReachEveryEvent)
 {
     const QStringList lines = traceOf<TD24Fixture>(run<playLines, true>);
@@ -128,52 +157,10 @@ TEST(HostileHandlers, TheRunsReachEveryEvent)
     EXPECT_EQ(traceOf<TD24Fixture>(run<playCalls, true>).filter("monitor ERROR").size(), 3);
 }
 
-TEST(HostileHandlers, MayDestroyTheComponent)
-{
-    disturbEach([](TD24Fixture& fixture) { fixture.gate.reset(); },
-                [](TD24Fixture& fixture, const QStringList& before) {
-                    fixture.trace.expect(before); // and not a word more
-                    EXPECT_FALSE(fixture.link->OnGetData());
-                    fixture.inject("$1:001TRQ1AB");
-                    fixture.clock.advance(10'000);
-                    fixture.trace.expect({});
-                });
-}
-
-TEST(HostileHandlers, MayDestroyTheComponentAndRaise)
-{
-    disturbEach(
-        [](TD24Fixture& fixture) {
-            fixture.gate.reset();
-            throw std::runtime_error("host trouble");
-        },
-        [](TD24Fixture& fixture, const QStringList& before) {
-            QStringList lines = fixture.trace.take();
-            EXPECT_LE(lines.removeAll("raised host trouble"), 1);
-            EXPECT_EQ(lines, before);
-        });
-}
-
-TEST(HostileHandlers, MayDestroyTheComponentInAPumpedLine)
-{
-    disturbEach(
-        [](TD24Fixture& fixture) {
-            fixture.trace.OnLine = [&fixture](const QString& line) {
-                if (line.contains("bye")) {
-                    fixture.gate.reset();
-                }
-            };
-            fixture.gate->p_hw_ProtocolIn("bye");
-        },
-        [](TD24Fixture& fixture, const QStringList& before) {
-            fixture.trace.expect(before + QStringList(read("bye")));
-        });
-}
-
 TEST(HostileHandlers, MayDestroyTheConnector)
 {
-    disturbEach([](TD24Fixture& fixture) { fixture.link.reset(); },
-                [](TD24Fixture& fixture, const QStringList& before) {
+    disturbEach([](auto& fixture) { fixture.link.reset(); },
+                [](auto& fixture, const QStringList& before) {
                     ASSERT_TRUE(fixture.gate);
                     EXPECT_EQ(fixture.gate->Connector(), nullptr);
                     EXPECT_EQ(fixture.trace.countOf("raised"), 0);
@@ -184,31 +171,15 @@ TEST(HostileHandlers, MayDestroyTheConnector)
                 });
 }
 
-TEST(HostileHandlers, MayDestroyBoth)
-{
-    disturbEach(
-        [](TD24Fixture& fixture) {
-            fixture.link.reset();
-            fixture.gate.reset();
-        },
-        [](TD24Fixture& fixture, const QStringList& before) { fixture.trace.expect(before); });
-    disturbEach(
-        [](TD24Fixture& fixture) {
-            fixture.gate.reset();
-            fixture.link.reset();
-        },
-        [](TD24Fixture& fixture, const QStringList& before) { fixture.trace.expect(before); });
-}
-
 TEST(HostileHandlers, MayCutTheLink)
 {
     disturbEach(
-        [](TD24Fixture& fixture) {
+        [](auto& fixture) {
             if (fixture.link) {
                 fixture.link->Up = false;
             }
         },
-        [](TD24Fixture& fixture, const QStringList& before) {
+        [](auto& fixture, const QStringList& before) {
             EXPECT_EQ(fixture.trace.take().mid(0, before.size()), before);
             expectToFinish(fixture);
         });
@@ -216,8 +187,8 @@ TEST(HostileHandlers, MayCutTheLink)
 
 TEST(HostileHandlers, MayTakeTheConnectorAway)
 {
-    disturbEach([](TD24Fixture& fixture) { fixture.gate->SetConnector(nullptr); },
-                [](TD24Fixture& fixture, const QStringList& before) {
+    disturbEach([](auto& fixture) { fixture.gate->SetConnector(nullptr); },
+                [](auto& fixture, const QStringList& before) {
                     const QStringList lines = fixture.trace.take();
                     EXPECT_EQ(lines.mid(0, before.size()), before);
                     EXPECT_LE(lines.mid(before.size()).filter("send ").size(), 0);
@@ -229,45 +200,14 @@ TEST(HostileHandlers, MayAssignAnotherConnector)
 {
     TRecorder otherTrace;
     TTestLink other(otherTrace);
-    disturbEach([&](TD24Fixture& fixture) { fixture.gate->SetConnector(&other); },
-                [&](TD24Fixture& fixture, const QStringList&) {
+    disturbEach([&](auto& fixture) { fixture.gate->SetConnector(&other); },
+                [&](auto& fixture, const QStringList&) {
                     EXPECT_EQ(fixture.gate->Connector(), &other);
                     other.GetCommand("odd");
                     EXPECT_EQ(fixture.trace.countOf("raised"), 0);
                     expectToFinish(fixture);
                     otherTrace.take();
                 });
-}
-
-TEST(HostileHandlers, MayClearAllHandlers)
-{
-    disturbEach(
-        [](TD24Fixture& fixture) {
-            fixture.gate->SetOnLog({});
-            fixture.gate->SetOnError({});
-            fixture.gate->SetOnCheckStatus({});
-            fixture.gate->SetOnCheckSQL({});
-            fixture.gate->SetOnGetImg({});
-            fixture.gate->SetRemoutDevice(d24::podNone);
-        },
-        [](TD24Fixture& fixture, const QStringList& before) {
-            QStringList lines = fixture.trace.take();
-            EXPECT_EQ(lines.mid(0, before.size()), before);
-            lines = lines.mid(before.size());
-            lines.removeIf([](const QString& line) { return line.startsWith("send"); });
-            EXPECT_EQ(lines, QStringList());
-            expectToFinish(fixture);
-        });
-}
-
-TEST(HostileHandlers, MayReplaceThemselves)
-{
-    for (const auto play : kRuns) {
-        TD24Fixture fixture;
-        fixture.trace.OnLine = [&](const QString&) { fixture.attach(); };
-        play(fixture);
-        fixture.trace.expect(traceOf(play));
-    }
 }
 
 TEST(HostileHandlers, ReplacementIsCalledFromTheNextEventOn)
@@ -285,29 +225,10 @@ TEST(HostileHandlers, ReplacementIsCalledFromTheNextEventOn)
 
 TEST(HostileHandlers, MayFeedALine)
 {
-    disturbEach([](TD24Fixture& fixture) { fixture.inject("$9:009TRQ9AB"); },
-                [](TD24Fixture& fixture, const QStringList& before) {
+    disturbEach([](auto& fixture) { fixture.inject("$9:009TRQ9AB"); },
+                [](auto& fixture, const QStringList& before) {
                     EXPECT_EQ(fixture.trace.countOf(read("$9:009TRQ9AB")), 1);
                     EXPECT_EQ(fixture.trace.countOf("raised"), 0);
-                    EXPECT_EQ(fixture.trace.take().mid(0, before.size()), before);
-                    expectToFinish(fixture);
-                });
-}
-
-TEST(HostileHandlers, MayLetTimePass)
-{
-    disturbEach([](TD24Fixture& fixture) { fixture.clock.advance(5'000); },
-                [](TD24Fixture& fixture, const QStringList& before) {
-                    EXPECT_EQ(fixture.trace.countOf("raised"), 0);
-                    EXPECT_EQ(fixture.trace.take().mid(0, before.size()), before);
-                    expectToFinish(fixture);
-                });
-}
-
-TEST(HostileHandlers, MayRunThePassThemselves)
-{
-    disturbEach([](TD24Fixture& fixture) { fixture.gate->p_hw_CallStackArray(); },
-                [](TD24Fixture& fixture, const QStringList& before) {
                     EXPECT_EQ(fixture.trace.take().mid(0, before.size()), before);
                     expectToFinish(fixture);
                 });
@@ -316,7 +237,7 @@ TEST(HostileHandlers, MayRunThePassThemselves)
 TEST(HostileHandlers, MayRunPassesUntilEveryRecordIsGone)
 {
     disturbEach(
-        [](TD24Fixture& fixture) {
+        [](auto& fixture) {
             for (int i = 0; i < fixture.gate->StackItemsCount(); ++i) {
                 fixture.gate->StackItem(i)->Status = "CLOSE";
             }
@@ -324,19 +245,10 @@ TEST(HostileHandlers, MayRunPassesUntilEveryRecordIsGone)
                 fixture.gate->p_hw_CallStackArray();
             }
         },
-        [](TD24Fixture& fixture, const QStringList& before) {
+        [](auto& fixture, const QStringList& before) {
             EXPECT_EQ(fixture.trace.take().mid(0, before.size()), before);
             expectToFinish(fixture);
         });
-}
-
-TEST(HostileHandlers, MayRaise)
-{
-    disturbEach([](TD24Fixture&) { throw std::runtime_error("host trouble"); },
-                [](TD24Fixture& fixture, const QStringList& before) {
-                    EXPECT_EQ(fixture.trace.take().mid(0, before.size()), before);
-                    expectToFinish(fixture);
-                });
 }
 
 TEST(HostileHandlers, DestroyedComponentAnswersItsCaller)
@@ -350,21 +262,21 @@ TEST(HostileHandlers, DestroyedComponentAnswersItsCaller)
         call(fixture);
         EXPECT_FALSE(fixture.gate);
     };
-    disturbed([](TD24Fixture& fixture) { EXPECT_EQ(fixture.gate->p_hw_SQLCheck(0, 2), -1); });
-    disturbed([](TD24Fixture& fixture) { EXPECT_TRUE(fixture.gate->p_hw_SendComCommand(0, 1)); });
-    disturbed([](TD24Fixture& fixture) {
+    disturbed([](auto& fixture) { EXPECT_EQ(fixture.gate->p_hw_SQLCheck(0, 2), -1); });
+    disturbed([](auto& fixture) { EXPECT_TRUE(fixture.gate->p_hw_SendComCommand(0, 1)); });
+    disturbed([](auto& fixture) {
         fixture.link->Up = false;
         EXPECT_TRUE(fixture.gate->p_hw_SendComCommand(0, 1));
     });
-    disturbed([](TD24Fixture& fixture) {
+    disturbed([](auto& fixture) {
         fixture.link->Up = false;
         EXPECT_TRUE(fixture.gate->p_hw_CheckStatusAll());
     });
-    disturbed([](TD24Fixture& fixture) {
+    disturbed([](auto& fixture) {
         fixture.link->Up = false;
         EXPECT_TRUE(fixture.gate->p_hw_relay("1", "001T", "1", 1));
     });
-    disturbed([](TD24Fixture& fixture) { fixture.gate->p_hw_CheckStatus("1", "009T", "T", "1", "RQ"); });
+    disturbed([](auto& fixture) { fixture.gate->p_hw_CheckStatus("1", "009T", "T", "1", "RQ"); });
 }
 
 } // namespace

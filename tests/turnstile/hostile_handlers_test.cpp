@@ -1,7 +1,7 @@
 // Handlers that destroy the component or the port, replace or clear handlers, or pump messages, each at each
 // event of whole passes.
 
-#include "support/hostile.h"
+#include "support/hostile_controller.h"
 #include "turnstile_fixture.h"
 
 namespace {
@@ -72,6 +72,34 @@ void disturbEach(const std::function<void(TTurnstileFixture&)>& disturb,
     tests::disturbEach<TTurnstileFixture>(kPlays, disturb, verify);
 }
 
+struct THostileTurnstile
+{
+    using Fixture = TTurnstileFixture;
+    static constexpr char kBye[] = "#09ZBye";
+
+    static std::span<const TPlay<Fixture>> plays() { return kPlays; }
+    static QString read(const QString& line) { return tests::read(line); }
+    static void dropLink(Fixture& fixture) { fixture.port.reset(); }
+    static void clear(Fixture& fixture)
+    {
+        fixture.gate->SetOnLog({});
+        fixture.gate->SetOnError({});
+        fixture.gate->SetOnCheckStatus({});
+        fixture.gate->SetOnCheckSQL({});
+        fixture.gate->SetOnGetImg({});
+    }
+    static bool isSent(const QString& line) { return line.startsWith("write"); }
+    static void expectAlive(Fixture& fixture)
+    {
+        fixture.inject("$08AR1");
+        fixture.clock.advance(60'000);
+        EXPECT_GE(fixture.trace.countOf("check 08A 1 NEW mode 0"), 1);
+        EXPECT_EQ(fixture.trace.countOf("raised"), 0);
+    }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Turnstile, HostileController, THostileTurnstile);
+
 TEST(HostileHandlers, TheRunReachesEveryEvent)
 {
     for (const auto play : kPlays) {
@@ -90,64 +118,10 @@ TEST(HostileHandlers, TheRunReachesEveryEvent)
     EXPECT_FALSE(traceOf<TTurnstileFixture>(callEverything).filter("error [04]").isEmpty());
 }
 
-TEST(HostileHandlers, MayDestroyTheComponent)
-{
-    disturbEach([](TTurnstileFixture& fixture) { fixture.gate.reset(); },
-                [](TTurnstileFixture& fixture, const QStringList& before) {
-                    fixture.trace.expect(before); // and not a word more
-                    fixture.inject("$01AR1");
-                    fixture.clock.advance(10'000);
-                    fixture.trace.expect({});
-                });
-}
-
-TEST(HostileHandlers, MayDestroyTheComponentAndRaise)
-{
-    disturbEach(
-        [](TTurnstileFixture& fixture) {
-            fixture.gate.reset();
-            throw std::runtime_error("host trouble");
-        },
-        [](TTurnstileFixture& fixture, const QStringList& before) {
-            QStringList lines = fixture.trace.take();
-            lines.removeAll("raised host trouble");
-            EXPECT_EQ(lines, before);
-        });
-}
-
-TEST(HostileHandlers, MayRaise)
-{
-    disturbEach([](TTurnstileFixture&) { throw std::runtime_error("host trouble"); },
-                [](TTurnstileFixture& fixture, const QStringList& before) {
-                    const QStringList lines = fixture.trace.take();
-                    EXPECT_EQ(lines.mid(0, before.size()), before);
-                    EXPECT_EQ(lines.filter("host trouble").size(), 1); // told once, to one of the two
-                    fixture.inject("$08AR1");
-                    fixture.clock.advance(1'000);
-                    EXPECT_GE(fixture.trace.countOf("check 08A 1 NEW mode 0"), 1); // and the gate works
-                });
-}
-
-TEST(HostileHandlers, MayDestroyTheComponentInAPumpedLine)
-{
-    disturbEach(
-        [](TTurnstileFixture& fixture) {
-            fixture.trace.OnLine = [&fixture](const QString& line) {
-                if (line.contains("#09ZBye")) {
-                    fixture.gate.reset();
-                }
-            };
-            fixture.gate->p_hw_ProtocolIn("#09ZBye");
-        },
-        [](TTurnstileFixture& fixture, const QStringList& before) {
-            fixture.trace.expect(before + QStringList(read("#09ZBye")));
-        });
-}
-
 TEST(HostileHandlers, MayDestroyThePort)
 {
-    disturbEach([](TTurnstileFixture& fixture) { fixture.port.reset(); },
-                [](TTurnstileFixture& fixture, const QStringList&) {
+    disturbEach([](auto& fixture) { fixture.port.reset(); },
+                [](auto& fixture, const QStringList&) {
                     ASSERT_TRUE(fixture.gate);
                     EXPECT_EQ(fixture.gate->ComPort(), nullptr);
                     EXPECT_EQ(fixture.trace.countOf("raised"), 0);
@@ -157,26 +131,10 @@ TEST(HostileHandlers, MayDestroyThePort)
                 });
 }
 
-TEST(HostileHandlers, MayDestroyBoth)
-{
-    disturbEach(
-        [](TTurnstileFixture& fixture) {
-            fixture.port.reset();
-            fixture.gate.reset();
-        },
-        [](TTurnstileFixture& fixture, const QStringList& before) { fixture.trace.expect(before); });
-    disturbEach(
-        [](TTurnstileFixture& fixture) {
-            fixture.gate.reset();
-            fixture.port.reset();
-        },
-        [](TTurnstileFixture& fixture, const QStringList& before) { fixture.trace.expect(before); });
-}
-
 TEST(HostileHandlers, MayCloseThePort)
 {
-    disturbEach([](TTurnstileFixture& fixture) { fixture.port->Close(); },
-                [](TTurnstileFixture& fixture, const QStringList& before) {
+    disturbEach([](auto& fixture) { fixture.port->Close(); },
+                [](auto& fixture, const QStringList& before) {
                     const QStringList lines = fixture.trace.take();
                     EXPECT_EQ(lines.mid(0, before.size()), before);
                     EXPECT_TRUE(lines.mid(before.size()).filter("write").isEmpty());
@@ -186,42 +144,14 @@ TEST(HostileHandlers, MayCloseThePort)
 TEST(HostileHandlers, MayAssignAnotherPort)
 {
     TMemoryPort other;
-    disturbEach([&](TTurnstileFixture& fixture) { fixture.gate->SetComport(&other); },
-                [&](TTurnstileFixture& fixture, const QStringList&) {
+    disturbEach([&](auto& fixture) { fixture.gate->SetComport(&other); },
+                [&](auto& fixture, const QStringList&) {
                     fixture.trace.take();
                     fixture.inject("#01AOld");
                     fixture.trace.expect({});
                     other.feed("#01ANew\r");
                     EXPECT_EQ(fixture.trace.countOf(read("#01ANew")), 1);
                 });
-}
-
-TEST(HostileHandlers, MayClearAllHandlers)
-{
-    disturbEach(
-        [](TTurnstileFixture& fixture) {
-            fixture.gate->SetOnLog({});
-            fixture.gate->SetOnError({});
-            fixture.gate->SetOnCheckStatus({});
-            fixture.gate->SetOnCheckSQL({});
-            fixture.gate->SetOnGetImg({});
-        },
-        [](TTurnstileFixture& fixture, const QStringList& before) {
-            QStringList lines = fixture.trace.take();
-            EXPECT_EQ(lines.mid(0, before.size()), before);
-            lines.removeIf([](const QString& line) { return line.startsWith("write"); });
-            EXPECT_LE(lines.size(), before.size());
-        });
-}
-
-TEST(HostileHandlers, MayReplaceThemselves)
-{
-    for (const auto play : kPlays) {
-        TTurnstileFixture fixture;
-        fixture.trace.OnLine = [&](const QString&) { fixture.attach(); };
-        play(fixture);
-        fixture.trace.expect(traceOf(play));
-    }
 }
 
 TEST(HostileHandlers, ReplacementIsCalledFromTheNextEventOn)
@@ -261,8 +191,8 @@ TEST(HostileHandlers, StayAliveWhileTheyRun)
 
 TEST(HostileHandlers, MayFeedALine)
 {
-    disturbEach([](TTurnstileFixture& fixture) { fixture.port->feed("$09ZR9\r#09ZHello\r"); },
-                [](TTurnstileFixture& fixture, const QStringList&) {
+    disturbEach([](auto& fixture) { fixture.port->feed("$09ZR9\r#09ZHello\r"); },
+                [](auto& fixture, const QStringList&) {
                     EXPECT_EQ(fixture.trace.countOf(read("$09ZR9")), 1);
                     EXPECT_EQ(fixture.trace.countOf(read("#09ZHello")), 1);
                     EXPECT_EQ(fixture.trace.countOf("img 09Z"), 1);
@@ -272,30 +202,12 @@ TEST(HostileHandlers, MayFeedALine)
 
 TEST(HostileHandlers, MayHandleALineThemselves)
 {
-    disturbEach([](TTurnstileFixture& fixture) { fixture.gate->p_hw_ProtocolIn("$09ZR9"); },
-                [](TTurnstileFixture& fixture, const QStringList& before) {
+    disturbEach([](auto& fixture) { fixture.gate->p_hw_ProtocolIn("$09ZR9"); },
+                [](auto& fixture, const QStringList& before) {
                     const QStringList lines = fixture.trace.take();
                     EXPECT_EQ(lines.mid(before.size(), 4),
                               QStringList({read("$09ZR9"), "error [02] Device not found 09Z", "img 09Z",
                                            looked("09Z", "9", "NEW")}));
-                });
-}
-
-TEST(HostileHandlers, MayLetTimePass)
-{
-    disturbEach([](TTurnstileFixture& fixture) { fixture.clock.advance(5'000); },
-                [](TTurnstileFixture& fixture, const QStringList& before) {
-                    EXPECT_EQ(fixture.trace.take().mid(0, before.size()), before);
-                    fixture.clock.advance(60'000);
-                    EXPECT_EQ(fixture.trace.countOf("raised"), 0);
-                });
-}
-
-TEST(HostileHandlers, MayRunThePassThemselves)
-{
-    disturbEach([](TTurnstileFixture& fixture) { fixture.gate->p_hw_CallStackArray(); },
-                [](TTurnstileFixture& fixture, const QStringList& before) {
-                    EXPECT_EQ(fixture.trace.take().mid(0, before.size()), before);
                 });
 }
 
