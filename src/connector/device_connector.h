@@ -92,7 +92,9 @@ public:
     /// Value of a key in a board's diagnostic reply, "...GX=value/GR=value/...".
     static QString GetDiagnosticValue(const QString& AMess, const QString& Key);
 
-    /// Record of a board; made when there is none. Its address stays the same for the connector's life.
+    /// Record of a board; made when there is none. Its address in memory stays good for the connector's life.
+    /// Once `TBoardTable::kMaxBoards` are known, all further boards share one record, which tells of the one
+    /// asked for last: look at its `Device` before relying on one that was kept.
     DeviceInfo GetDeviceFromList(const QString& IP, const QString& Address)
     {
         return DeviceArray.findOrAdd(IP, Address);
@@ -112,9 +114,9 @@ private:
     void reportError(QStringView code, const QString& text);
     bool usesPort() const { return FConnectorType == podComPort && FComport; }
 
-    void handleReply(const QString& ip, const QString& line, DeviceInfo board);
-    void handleEvent(const QString& ip, const QString& line, DeviceInfo board);
-    void handleHardware(const QString& ip, const QString& line, DeviceInfo board);
+    void handleReply(const QString& ip, const QString& line, TDeviceInfo& board);
+    void handleEvent(const QString& ip, const QString& line, TDeviceInfo& board);
+    void handleHardware(const QString& ip, const QString& line, TDeviceInfo& board);
     void passOn(QStringView start, const QString& ip, QStringView rest);
     void passOnChecked(const QString& ip, const QString& rest);
     void sendDisplay(const TBoardCommand& command);
