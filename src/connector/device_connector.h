@@ -15,8 +15,9 @@ using platform::TLogEvent;
 
 Q_NAMESPACE
 
-/// Kind of link. Only the serial port has a transport; with the others every write is silently dropped.
-enum TConnectorType { podEmpty, podComPort, podNet };
+/// Kind of link. Only the serial port has a transport; with the others every write is silently dropped. Hosts
+/// and scripts may write any number into the property: an unknown one is kept and acts as `podEmpty`.
+enum TConnectorType : int { podEmpty, podComPort, podNet };
 Q_ENUM_NS(TConnectorType)
 
 /// One serial line that carries many controller boards.

@@ -11,8 +11,10 @@ namespace tnv5::platform {
 
 class TComDataPacket;
 
-enum class TParity { None, Odd, Even, Mark, Space };
-enum class TStopBits { One, OneAndHalf, Two };
+// Hosts and scripts may write any number into the properties of these types: an unknown one is kept, and the
+// port is opened as with the first of the list.
+enum class TParity : int { None, Odd, Even, Mark, Space };
+enum class TStopBits : int { One, OneAndHalf, Two };
 
 /// What failed when the operating system reported an error; `Resource`: the device is gone.
 enum class TComExceptionKind { Open, Write, Resource, Unknown };
