@@ -230,6 +230,7 @@ void TScalesDevice::Reset()
 void TScalesDevice::CustomStart(const QByteArray& buffer, qsizetype& position)
 {
     Operation([&] {
+        FEndSearch.restart();
         log(kLogStart);
         if (const TFamily* family = familyOf(FScalesType)) {
             position = family->findStart(FLastCommand, buffer);
@@ -242,7 +243,7 @@ void TScalesDevice::CustomStop(const QByteArray& buffer, qsizetype& position)
     Operation([&] {
         log(kLogStop);
         if (const TFamily* family = familyOf(FScalesType)) {
-            position = family->findStop(FLastCommand, buffer);
+            position = FEndSearch.find(*family, FLastCommand, buffer);
         }
     });
 }

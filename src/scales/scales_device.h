@@ -4,7 +4,7 @@
 #include "tnv5/platform/com_data_packet.h"
 #include "tnv5/platform/com_port.h"
 #include "tnv5/platform/timer.h"
-#include "tnv5/scales/scales_family.h"
+#include "tnv5/scales/end_search.h"
 
 #include <QPointer>
 #include <memory>
@@ -127,6 +127,7 @@ private:
     int FIDLang = 0;
     std::unique_ptr<platform::TComDataPacket> ComDataPacket;
     bool FBusy = false;
+    TEndSearch FEndSearch;
 };
 
 } // namespace tnv5::scales
