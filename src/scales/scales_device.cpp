@@ -223,7 +223,8 @@ void TScalesDevice::Reset()
         if (SetConnection(true) && FCheckTime) {
             FCheckTime->SetEnabled(polling);
         }
-        log(kLogReset + (FComport ? FComport->Port() : QString()));
+        const bool listens = ComDataPacket && ComDataPacket->ComPort();
+        log(kLogReset + (listens ? ComDataPacket->ComPort()->Port() : QString()));
     });
 }
 
