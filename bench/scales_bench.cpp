@@ -119,7 +119,7 @@ QByteArray longPacket(int family, qsizetype filling)
 }
 
 /// A long packet byte by byte; the time for a byte must not depend on how many there are.
-void LongPackets(benchmark::State& state)
+void ByteByByte(benchmark::State& state)
 {
     const QByteArray bytes = longPacket(static_cast<int>(state.range(0)), state.range(1));
     TReader reader(static_cast<int>(state.range(0)), false);
@@ -135,7 +135,7 @@ void LongPackets(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * bytes.size());
 }
 
-BENCHMARK(LongPackets)->ArgNames({"family", "bytes"})->ArgsProduct({{2, 6}, {500, 4'000, 32'000}});
+BENCHMARK(ByteByByte)->ArgNames({"family", "bytes"})->ArgsProduct({{2, 6}, {500, 4'000, 32'000}});
 
 BENCHMARK(Packets)->ArgNames({"family", "log"})->ArgsProduct({{1, 2, 3, 4, 5, 6, 7, 8}, {0, 1}});
 
