@@ -48,6 +48,21 @@ int displayWidth(const QString& gx)
 
 } // namespace
 
+/// The connector's handler of its port's errors. It is a type of its own so that the connector knows it
+/// again, and does nothing once the connector is gone, as a host may have kept a copy.
+struct TDeviceConnector::TPortErrors
+{
+    QPointer<TDeviceConnector> connector;
+
+    void operator()(TComponent* /*Sender*/, platform::TComExceptionKind /*Kind*/, const QString& message,
+                    qint64 winError, const QString& /*WinMessage*/) const
+    {
+        if (connector) {
+            connector->ComPortException(message, winError);
+        }
+    }
+};
+
 TDeviceConnector::TDeviceConnector(QObject* AOwner) : TComponent(AOwner)
 {
     if (Designing()) {
@@ -61,7 +76,7 @@ TDeviceConnector::TDeviceConnector(QObject* AOwner) : TComponent(AOwner)
 
 TDeviceConnector::~TDeviceConnector()
 {
-    if (FComport && !Designing()) {
+    if (hasErrorEvent()) {
         FComport->OnException = nullptr;
     }
 }
@@ -84,10 +99,14 @@ void TDeviceConnector::SetComport(platform::TComPort* Value)
 void TDeviceConnector::installErrorHandler()
 {
     if (FComport) {
-        FComport->OnException = [this](TComponent*, platform::TComExceptionKind, const QString& message,
-                                       qint64 winError,
-                                       const QString&) { ComPortException(message, winError); };
+        FComport->OnException = TPortErrors{this};
     }
+}
+
+bool TDeviceConnector::hasErrorEvent() const
+{
+    const auto* handler = FComport ? FComport->OnException.target<TPortErrors>() : nullptr;
+    return handler != nullptr && handler->connector == this;
 }
 
 void TDeviceConnector::ComPortException(const QString& message, qint64 winError)

@@ -52,7 +52,8 @@ public:
     explicit TDeviceConnector(QObject* AOwner = nullptr);
     ~TDeviceConnector() override;
 
-    /// The link; not owned. The connector takes the port's error event.
+    /// The link; not owned. The connector takes the port's error event; of two on one port the last one has
+    /// it. Another port clears the old port's, whoever has it by then.
     platform::TComPort* ComPort() const { return FComport; }
     void SetComport(platform::TComPort* Value);
 
@@ -109,9 +110,12 @@ public:
     void ProcessDataToDevice(const QString& IP, const QString& AMess);
 
 private:
+    struct TPortErrors;
+
     void OnComData(QStringView start, const QByteArray& Str);
     void ComPortException(const QString& message, qint64 winError);
     void installErrorHandler();
+    bool hasErrorEvent() const;
     void reportError(QStringView code, const QString& text);
     bool usesPort() const { return FConnectorType == podComPort && FComport; }
 

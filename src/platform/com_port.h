@@ -73,11 +73,17 @@ public:
     /// Writes bytes, as they are. @throws EComPort when the port is closed or the write fails.
     void Write(const QByteArray& bytes);
 
-    /// Error reports of the operating system on an open port. One slot: the last one to set it has it.
+    /// Error reports of the operating system on an open port. One slot: the last one to set it has it. For
+    /// those who only want to know, there is `errorReported`.
     TComportError OnException;
 
     /// Bytes read since the port was created.
     qint64 bytesRead() const { return FBytesRead; }
+
+Q_SIGNALS:
+    /// Every error report, just before `OnException`, for any number of observers. What they raise goes to
+    /// the exception handler.
+    void errorReported(tnv5::platform::TComExceptionKind kind, const QString& message);
 
 protected:
     virtual void doOpen() = 0;
@@ -88,7 +94,7 @@ protected:
 
     /// Hands one read to the splitters. What their handlers raise goes to the exception handler.
     void deliver(const QByteArray& bytes);
-    /// Calls `OnException`; what it raises leaves this function.
+    /// Tells the observers, then calls `OnException`; what that raises leaves this function.
     void fireException(TComExceptionKind kind, const QString& message, qint64 osError, const QString& osText);
 
 private:

@@ -87,8 +87,8 @@ public:
 
     /// Writes text as bytes, one a character, and logs it; nothing when not connected. @throws EComPort
     void WriteToPort(const QString& AText);
-    /// Begins the dialogue anew: binds the port again, opens it and logs the name of the port that is listened
-    /// to; in the form designer that is none.
+    /// Begins the dialogue anew: binds the port again, opens it and logs the name of the port that is
+    /// listened to; in the form designer that is none.
     void Reset();
 
     /// Message of an index, counted from 0, in the language of `IDLang`.
