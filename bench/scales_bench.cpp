@@ -1,5 +1,5 @@
 // Packets decoded per second by the scales component, and allocations for each, of every family, on a port in
-// memory.
+// memory; and bytes per second of long packets that come byte by byte.
 //
 // allocs/packet: what is allocated between a read's being handed over by the port and the component's having
 // the weight: queue of reads, splitter, decoding, log lines, events. Making the packet and the reading of a
@@ -67,8 +67,10 @@ public:
         }
     }
 
-    void feed(qsizetype packet) { FPort.feed(FReads[packet]); }
-    bool knows(qsizetype packet) const { return FDevice.LastWeight() == weightOf(packet); }
+    void feed(qsizetype packet) { feed(FReads[packet]); }
+    void feed(const QByteArray& read) { FPort.feed(read); }
+    bool knows(qsizetype packet) const { return weight() == weightOf(packet); }
+    int weight() const { return FDevice.LastWeight(); }
     /// Something to keep, so that no event can be left out.
     qint64 events() const { return FEvents; }
 
@@ -107,6 +109,33 @@ void Packets(benchmark::State& state)
     state.SetItemsProcessed(state.iterations());
     benchmark::DoNotOptimize(reader.events());
 }
+
+/// One long packet of a family whose end may stand anywhere.
+QByteArray longPacket(int family, qsizetype filling)
+{
+    const bool cas = family == 2;
+    return (cas ? QByteArray("\x01\x02S 01.234kg") : QByteArray("B01.234kg")) + QByteArray(filling, '*') +
+           (cas ? "\x04" : "\r\n");
+}
+
+/// A long packet byte by byte; the time for a byte must not depend on how many there are.
+void ByteByByte(benchmark::State& state)
+{
+    const QByteArray bytes = longPacket(static_cast<int>(state.range(0)), state.range(1));
+    TReader reader(static_cast<int>(state.range(0)), false);
+    while (state.KeepRunning()) {
+        for (const char byte : bytes) {
+            reader.feed(QByteArray(1, byte));
+        }
+        if (reader.weight() != 1'234) {
+            state.SkipWithError("a weight is wrong");
+            break;
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * bytes.size());
+}
+
+BENCHMARK(ByteByByte)->ArgNames({"family", "bytes"})->ArgsProduct({{2, 6}, {500, 4'000, 32'000}});
 
 BENCHMARK(Packets)->ArgNames({"family", "log"})->ArgsProduct({{1, 2, 3, 4, 5, 6, 7, 8}, {0, 1}});
 

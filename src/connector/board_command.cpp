@@ -53,9 +53,9 @@ QString line(QStringView address, QStringView body)
 TBoardCommand parseCommand(QStringView command)
 {
     const qsizetype colon = Pos(u":", command);
-    const QStringView afterCode = CopyFrom(command, 3);
-    return {Copy(command, 1, 2), Copy(command, 3, colon - 3), Copy(command, colon + 1, kAddressLength),
-            Copy(afterCode, Pos(u":", afterCode) + kAddressLength + 1, 1), command};
+    const qsizetype address = colon + 1; // the beginning of the command when there is no colon
+    return {Copy(command, 1, 2), Copy(command, 3, colon - 3), Copy(command, address, kAddressLength),
+            Copy(command, address + kAddressLength, 1), command};
 }
 
 std::optional<QString> boardLine(const TBoardCommand& command)

@@ -20,7 +20,9 @@ struct TBoardCommand
     QStringView whole; ///< the command as it came
 };
 
-/// Cuts a command. Without ":" the IP is empty and the address the first four characters; nothing is refused.
+/// Cuts a command. Without ":" the IP is empty and the address the first four characters, with the argument
+/// right behind it; nothing is refused.
+/// Example: "RL000A2" is relay "0" of board "RL00".
 TBoardCommand parseCommand(QStringView command);
 
 /// Line of a command that makes exactly one; none for "SH" and unknown codes.

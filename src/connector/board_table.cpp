@@ -1,7 +1,5 @@
 #include "tnv5/connector/board_table.h"
 
-#include "tnv5/platform/errors.h"
-
 namespace tnv5::connector {
 
 DeviceInfo TBoardTable::at(int index) const
@@ -9,20 +7,31 @@ DeviceInfo TBoardTable::at(int index) const
     return index >= 0 && index < size() ? FBoards[static_cast<std::size_t>(index)].get() : nullptr;
 }
 
-DeviceInfo TBoardTable::findOrAdd(const QString& ip, const QString& address)
+std::shared_ptr<TDeviceInfo> TBoardTable::forLine(const QString& ip, const QString& address)
 {
     const auto key = std::make_pair(ip, address);
-    if (const DeviceInfo known = FByAddress.value(key)) {
+    if (const auto known = FByAddress.value(key)) {
         return known;
     }
-    if (FBoards.size() >= kMaxBoards) {
-        throw platform::Exception(QStringLiteral("The board table is full"));
+    const auto heard =
+        std::make_shared<TDeviceInfo>(TDeviceInfo{ip, address, QString(), platform::Now(), -1});
+    if (FBoards.size() < kMaxBoards) {
+        FBoards.push_back(heard);
+        FByAddress.insert(key, heard);
     }
-    FBoards.push_back(
-        std::make_unique<TDeviceInfo>(TDeviceInfo{ip, address, QString(), platform::Now(), -1}));
-    const DeviceInfo added = FBoards.back().get();
-    FByAddress.insert(key, added);
-    return added;
+    return heard;
+}
+
+DeviceInfo TBoardTable::findOrAdd(const QString& ip, const QString& address)
+{
+    const auto board = forLine(ip, address);
+    if (FByAddress.contains({ip, address})) {
+        return board.get();
+    }
+    if (!FSpare || FSpare->IP != ip || FSpare->Device != address) {
+        FSpare.emplace(*board);
+    }
+    return &*FSpare;
 }
 
 } // namespace tnv5::connector

@@ -48,6 +48,21 @@ int displayWidth(const QString& gx)
 
 } // namespace
 
+/// The connector's handler of its port's errors. It is a type of its own so that the connector knows it
+/// again, and does nothing once the connector is gone, as a host may have kept a copy.
+struct TDeviceConnector::TPortErrors
+{
+    QPointer<TDeviceConnector> connector;
+
+    void operator()(TComponent* /*Sender*/, platform::TComExceptionKind /*Kind*/, const QString& message,
+                    qint64 winError, const QString& /*WinMessage*/) const
+    {
+        if (connector) {
+            connector->ComPortException(message, winError);
+        }
+    }
+};
+
 TDeviceConnector::TDeviceConnector(QObject* AOwner) : TComponent(AOwner)
 {
     if (Designing()) {
@@ -61,7 +76,7 @@ TDeviceConnector::TDeviceConnector(QObject* AOwner) : TComponent(AOwner)
 
 TDeviceConnector::~TDeviceConnector()
 {
-    if (FComport && !Designing()) {
+    if (hasErrorEvent()) {
         FComport->OnException = nullptr;
     }
 }
@@ -84,10 +99,14 @@ void TDeviceConnector::SetComport(platform::TComPort* Value)
 void TDeviceConnector::installErrorHandler()
 {
     if (FComport) {
-        FComport->OnException = [this](TComponent*, platform::TComExceptionKind, const QString& message,
-                                       qint64 winError,
-                                       const QString&) { ComPortException(message, winError); };
+        FComport->OnException = TPortErrors{this};
     }
+}
+
+bool TDeviceConnector::hasErrorEvent() const
+{
+    const auto* handler = FComport ? FComport->OnException.target<TPortErrors>() : nullptr;
+    return handler != nullptr && handler->connector == this;
 }
 
 void TDeviceConnector::ComPortException(const QString& message, qint64 winError)
@@ -181,8 +200,8 @@ QString TDeviceConnector::SendCommand(const QString& AMess)
 void TDeviceConnector::sendDisplay(const TBoardCommand& command)
 {
     const QString ip = command.ip.toString();
-    const DeviceInfo board = GetDeviceFromList(ip, command.address.toString());
-    const QStringList lines = displayLines(command, board->DisplayLine);
+    const int width = DeviceArray.forLine(ip, command.address.toString())->DisplayLine;
+    const QStringList lines = displayLines(command, width);
     for (const QString& line : lines) {
         SendDirectCommand(ip, line);
     }
@@ -214,37 +233,37 @@ void TDeviceConnector::OnComData(QStringView start, const QByteArray& Str)
 void TDeviceConnector::ProcessDataToDevice(const QString& IP, const QString& AMess)
 {
     Operation([this, ip = IP, line = AMess] {
-        const DeviceInfo board = GetDeviceFromList(ip, Copy(line, 2, 4).toString());
+        const auto board = DeviceArray.forLine(ip, Copy(line, 2, 4).toString());
         board->LastPing = platform::Now();
         if (line.startsWith(u'#')) {
-            handleReply(ip, line, board);
+            handleReply(ip, line, *board);
         } else if (line.startsWith(u'$')) {
-            handleEvent(ip, line, board);
+            handleEvent(ip, line, *board);
         }
     });
 }
 
 // The order of the tests matters: each looks anywhere in the line, the address included.
-void TDeviceConnector::handleReply(const QString& ip, const QString& line, DeviceInfo board)
+void TDeviceConnector::handleReply(const QString& ip, const QString& line, TDeviceInfo& board)
 {
     if (line.contains(u"BT")) {
-        passOnChecked(ip, board->Device + QStringLiteral("BTPH"));
+        passOnChecked(ip, board.Device + QStringLiteral("BTPH"));
     } else if (line.contains(u"ET")) {
         passOn(u"$", ip, CopyFrom(line, 2)); // "#" becomes "$"; intended
     } else if (line.contains(u"HW")) {
         handleHardware(ip, line, board);
     } else if (line.contains(u"GO")) {
-        passOnChecked(ip, board->Device + QStringLiteral("CROSS"));
+        passOnChecked(ip, board.Device + QStringLiteral("CROSS"));
     }
 }
 
-void TDeviceConnector::handleEvent(const QString& ip, const QString& line, DeviceInfo board)
+void TDeviceConnector::handleEvent(const QString& ip, const QString& line, TDeviceInfo& board)
 {
-    const QString& address = board->Device;
+    const QString& address = board.Device;
     if (line.contains(u"PING")) {
         SendDirectCommand(ip, u'$' + address + QStringLiteral("ECHO"));
         passOnChecked(ip, address + QStringLiteral("PING"));
-        if (board->DisplayLine == -1) {
+        if (board.DisplayLine == -1) {
             SendDirectCommand(ip, u'$' + address + QStringLiteral("HW"));
             const QString group = u'$' + groupOf(address).toString();
             if (sideOf(line) == u"A") {
@@ -261,9 +280,9 @@ void TDeviceConnector::handleEvent(const QString& ip, const QString& line, Devic
     passOn(u"$", ip, CopyFrom(line, 2));
 }
 
-void TDeviceConnector::handleHardware(const QString& ip, const QString& line, DeviceInfo board)
+void TDeviceConnector::handleHardware(const QString& ip, const QString& line, TDeviceInfo& board)
 {
-    board->DisplayLine = displayWidth(GetDiagnosticValue(line, QStringLiteral("GX")));
+    board.DisplayLine = displayWidth(GetDiagnosticValue(line, QStringLiteral("GX")));
     const QString relays = GetDiagnosticValue(line, QStringLiteral("GR"));
     // the relays of side B are numbered on from those of side A; intended
     const QStringView side = sideOf(line);
@@ -272,7 +291,7 @@ void TDeviceConnector::handleHardware(const QString& ip, const QString& line, De
                                                : QStringView();
     for (qsizetype i = 0; i < numbers.size(); ++i) {
         const QChar state = Copy(relays, i + 1, 1) == u"N" ? u'N' : u'Y';
-        passOnChecked(ip, board->Device + QStringLiteral("RELAY") + numbers.at(i) + state);
+        passOnChecked(ip, board.Device + QStringLiteral("RELAY") + numbers.at(i) + state);
     }
     passOn(u"#", ip, CopyFrom(line, 2));
 }

@@ -15,8 +15,9 @@ using platform::TLogEvent;
 
 Q_NAMESPACE
 
-/// Kind of link. Only the serial port has a transport; with the others every write is silently dropped.
-enum TConnectorType { podEmpty, podComPort, podNet };
+/// Kind of link. Only the serial port has a transport; with the others every write is silently dropped. Hosts
+/// and scripts may write any number into the property: an unknown one is kept and acts as `podEmpty`.
+enum TConnectorType : int { podEmpty, podComPort, podNet };
 Q_ENUM_NS(TConnectorType)
 
 /// One serial line that carries many controller boards.
@@ -51,7 +52,8 @@ public:
     explicit TDeviceConnector(QObject* AOwner = nullptr);
     ~TDeviceConnector() override;
 
-    /// The link; not owned. The connector takes the port's error event.
+    /// The link; not owned. The connector takes the port's error event; of two on one port the last one has
+    /// it. Another port clears the old port's, whoever has it by then.
     platform::TComPort* ComPort() const { return FComport; }
     void SetComport(platform::TComPort* Value);
 
@@ -92,7 +94,9 @@ public:
     /// Value of a key in a board's diagnostic reply, "...GX=value/GR=value/...".
     static QString GetDiagnosticValue(const QString& AMess, const QString& Key);
 
-    /// Record of a board; made when there is none. Its address stays the same for the connector's life.
+    /// Record of a board; made when there is none. Its address in memory stays good for the connector's life.
+    /// Once `TBoardTable::kMaxBoards` are known, all further boards share one record, which tells of the one
+    /// asked for last: look at its `Device` before relying on one that was kept.
     DeviceInfo GetDeviceFromList(const QString& IP, const QString& Address)
     {
         return DeviceArray.findOrAdd(IP, Address);
@@ -106,15 +110,18 @@ public:
     void ProcessDataToDevice(const QString& IP, const QString& AMess);
 
 private:
+    struct TPortErrors;
+
     void OnComData(QStringView start, const QByteArray& Str);
     void ComPortException(const QString& message, qint64 winError);
     void installErrorHandler();
+    bool hasErrorEvent() const;
     void reportError(QStringView code, const QString& text);
     bool usesPort() const { return FConnectorType == podComPort && FComport; }
 
-    void handleReply(const QString& ip, const QString& line, DeviceInfo board);
-    void handleEvent(const QString& ip, const QString& line, DeviceInfo board);
-    void handleHardware(const QString& ip, const QString& line, DeviceInfo board);
+    void handleReply(const QString& ip, const QString& line, TDeviceInfo& board);
+    void handleEvent(const QString& ip, const QString& line, TDeviceInfo& board);
+    void handleHardware(const QString& ip, const QString& line, TDeviceInfo& board);
     void passOn(QStringView start, const QString& ip, QStringView rest);
     void passOnChecked(const QString& ip, const QString& rest);
     void sendDisplay(const TBoardCommand& command);

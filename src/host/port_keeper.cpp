@@ -20,20 +20,13 @@ void tell(const Event& event, const Args&... args)
 TPortKeeper::TPortKeeper(platform::TComPort& port) : FPort(port)
 {
     FTimer.OnTimer = [this](platform::TTimer*) { look(); };
-    FPort.OnException = [this](platform::TComponent*, platform::TComExceptionKind kind,
-                               const QString& message, qint64, const QString&) {
-        // the system's text about a device that was pulled out is about whatever call noticed it first
-        FWhyLost =
-            kind == platform::TComExceptionKind::Resource ? QStringLiteral("the device is gone") : message;
-        if (!FPort.Connected() && FTimer.Enabled()) {
-            wait(1); // not from here: the port is in the middle of going away
-        }
-    };
+    FErrors = QObject::connect(&FPort, &platform::TComPort::errorReported, &FPort,
+                               [this](auto kind, const QString& message) { hear(kind, message); });
 }
 
 TPortKeeper::~TPortKeeper()
 {
-    FPort.OnException = {};
+    QObject::disconnect(FErrors);
 }
 
 bool TPortKeeper::start()
@@ -46,6 +39,15 @@ bool TPortKeeper::start()
 void TPortKeeper::stop()
 {
     FTimer.SetEnabled(false);
+}
+
+void TPortKeeper::hear(platform::TComExceptionKind kind, const QString& message)
+{
+    // the system's text about a device that was pulled out is about whatever call noticed it first
+    FWhyLost = kind == platform::TComExceptionKind::Resource ? QStringLiteral("the device is gone") : message;
+    if (!FPort.Connected() && FTimer.Enabled()) {
+        wait(1); // not from here: the port is in the middle of going away
+    }
 }
 
 void TPortKeeper::look()

@@ -9,7 +9,7 @@ namespace tnv5::host {
 ///
 /// Components never do that by themselves. The pauses between tries grow from `kFirstPauseMs` to
 /// `kLongestPauseMs`, also for a port that opens and goes away again at once. Changes are told, tries are
-/// not. Takes the port's `OnException`.
+/// not. The port's `OnException` is left to others.
 class TPortKeeper
 {
 public:
@@ -46,7 +46,10 @@ private:
     void lost();
     void wait(int ms);
 
+    void hear(platform::TComExceptionKind kind, const QString& message);
+
     platform::TComPort& FPort;
+    QMetaObject::Connection FErrors;
     platform::TTimer FTimer;
     bool FOpen = false;
     int FPauseMs = kFirstPauseMs;

@@ -72,9 +72,9 @@ bool TComDataPacket::findStart()
     if (attachment != FAttachments) {
         return false; // the position belongs to a buffer that is gone
     }
-    FStartedByString = position == -1;
+    const bool byString = position == -1;
     qsizetype index = position - 1;
-    if (FStartedByString) {
+    if (byString) {
         index = FStartString.isEmpty() ? -1 : waiting().indexOf(FStartString);
     }
     if (index < 0 || index >= buffered()) {
@@ -83,6 +83,7 @@ bool TComDataPacket::findStart()
     }
     take(index);
     FInside = true;
+    FBegin = byString ? FStartString.size() : 0;
     return true;
 }
 
@@ -111,16 +112,15 @@ TComDataPacket::TTake TComDataPacket::takePacket(QByteArray& packet)
 
 TComDataPacket::TTake TComDataPacket::takeByString(QByteArray& packet)
 {
-    const qsizetype begin = FStartedByString ? FStartString.size() : 0;
     const QByteArrayView view = waiting().first(std::min(buffered(), kMaxPacket));
-    const qsizetype stop = FStopString.isEmpty() || begin > view.size()
+    const qsizetype stop = FStopString.isEmpty() || FBegin > view.size()
                                ? -1
-                               : view.indexOf(FStopString, std::max(begin, FScanned));
+                               : view.indexOf(FStopString, std::max(FBegin, FScanned));
     if (stop < 0) {
         FScanned = std::max<qsizetype>(0, view.size() - FStopString.size() + 1);
         return waitForMore();
     }
-    packet = view.sliced(begin, stop - begin).toByteArray();
+    packet = view.sliced(FBegin, stop - FBegin).toByteArray();
     take(stop + FStopString.size());
     FInside = false;
     return TTake::Packet;

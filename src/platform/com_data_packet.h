@@ -45,7 +45,8 @@ public:
     TComPort* ComPort() const { return FComPort; }
     void SetComPort(TComPort* Value);
 
-    /// An empty string is never found.
+    /// An empty string is never found. A new start string counts for the next packet, a new stop string at
+    /// once.
     QByteArray StartString() const { return FStartString; }
     void SetStartString(const QByteArray& Value) { FStartString = Value; }
     QByteArray StopString() const { return FStopString; }
@@ -87,9 +88,9 @@ private:
     QByteArray FStopString;
     QByteArray FBuffer;
     qsizetype FTaken = 0;   // bytes at the beginning of the buffer that are done with
+    qsizetype FBegin = 0;   // length of the start string that the packet under way was found by
     qsizetype FScanned = 0; // bytes of the packet that are known to hold no stop string
     bool FInside = false;
-    bool FStartedByString = false;
     bool FAsking = false;
     quint64 FAttachments = 0; // tells whether a custom handler has attached anew, which empties the buffer
     qint64 FDropped = 0;

@@ -90,6 +90,7 @@ void TComPort::deliver(const QByteArray& bytes)
 void TComPort::fireException(TComExceptionKind kind, const QString& message, qint64 osError,
                              const QString& osText)
 {
+    CallOut([&] { guarded([&] { Q_EMIT errorReported(kind, message); }); });
     Fire(OnException, kind, message, osError, osText);
 }
 

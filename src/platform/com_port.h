@@ -11,8 +11,10 @@ namespace tnv5::platform {
 
 class TComDataPacket;
 
-enum class TParity { None, Odd, Even, Mark, Space };
-enum class TStopBits { One, OneAndHalf, Two };
+// Hosts and scripts may write any number into the properties of these types: an unknown one is kept, and the
+// port is opened as with the first of the list.
+enum class TParity : int { None, Odd, Even, Mark, Space };
+enum class TStopBits : int { One, OneAndHalf, Two };
 
 /// What failed when the operating system reported an error; `Resource`: the device is gone.
 enum class TComExceptionKind { Open, Write, Resource, Unknown };
@@ -71,11 +73,17 @@ public:
     /// Writes bytes, as they are. @throws EComPort when the port is closed or the write fails.
     void Write(const QByteArray& bytes);
 
-    /// Error reports of the operating system on an open port. One slot: the last one to set it has it.
+    /// Error reports of the operating system on an open port. One slot: the last one to set it has it. For
+    /// those who only want to know, there is `errorReported`.
     TComportError OnException;
 
     /// Bytes read since the port was created.
     qint64 bytesRead() const { return FBytesRead; }
+
+Q_SIGNALS:
+    /// Every error report, just before `OnException`, for any number of observers. What they raise goes to
+    /// the exception handler.
+    void errorReported(tnv5::platform::TComExceptionKind kind, const QString& message);
 
 protected:
     virtual void doOpen() = 0;
@@ -86,7 +94,7 @@ protected:
 
     /// Hands one read to the splitters. What their handlers raise goes to the exception handler.
     void deliver(const QByteArray& bytes);
-    /// Calls `OnException`; what it raises leaves this function.
+    /// Tells the observers, then calls `OnException`; what that raises leaves this function.
     void fireException(TComExceptionKind kind, const QString& message, qint64 osError, const QString& osText);
 
 private:

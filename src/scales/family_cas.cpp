@@ -72,6 +72,7 @@ TFamily familyCas()
     family.request = "\x05";
     family.findStart = findStart;
     family.findStop = findStop;
+    family.endSize = 1;
     family.decode = decode;
     return family;
 }

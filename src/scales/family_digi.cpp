@@ -6,6 +6,8 @@ namespace tnv5::scales {
 
 namespace {
 
+constexpr char kEnd[] = "\r\n";
+
 qsizetype findStart(TStep /*step*/, const QByteArray& buffer)
 {
     return buffer.lastIndexOf('B') + 1;
@@ -13,7 +15,7 @@ qsizetype findStart(TStep /*step*/, const QByteArray& buffer)
 
 qsizetype findStop(TStep /*step*/, const QByteArray& buffer)
 {
-    return buffer.lastIndexOf("\r\n") + 1;
+    return buffer.lastIndexOf(kEnd) + 1;
 }
 
 TDecision decode(TStep /*step*/, const QByteArray& packet, int /*lastWeight*/)
@@ -34,6 +36,7 @@ TFamily familyDigi()
     family.request = "\x05\r";
     family.findStart = findStart;
     family.findStop = findStop;
+    family.endSize = qstrlen(kEnd);
     family.decode = decode;
     return family;
 }

@@ -223,13 +223,15 @@ void TScalesDevice::Reset()
         if (SetConnection(true) && FCheckTime) {
             FCheckTime->SetEnabled(polling);
         }
-        log(kLogReset + (FComport ? FComport->Port() : QString()));
+        const bool listens = ComDataPacket && ComDataPacket->ComPort();
+        log(kLogReset + (listens ? ComDataPacket->ComPort()->Port() : QString()));
     });
 }
 
 void TScalesDevice::CustomStart(const QByteArray& buffer, qsizetype& position)
 {
     Operation([&] {
+        FEndSearch.restart();
         log(kLogStart);
         if (const TFamily* family = familyOf(FScalesType)) {
             position = family->findStart(FLastCommand, buffer);
@@ -242,7 +244,7 @@ void TScalesDevice::CustomStop(const QByteArray& buffer, qsizetype& position)
     Operation([&] {
         log(kLogStop);
         if (const TFamily* family = familyOf(FScalesType)) {
-            position = family->findStop(FLastCommand, buffer);
+            position = FEndSearch.find(*family, FLastCommand, buffer);
         }
     });
 }

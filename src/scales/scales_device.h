@@ -4,7 +4,7 @@
 #include "tnv5/platform/com_data_packet.h"
 #include "tnv5/platform/com_port.h"
 #include "tnv5/platform/timer.h"
-#include "tnv5/scales/scales_family.h"
+#include "tnv5/scales/end_search.h"
 
 #include <QPointer>
 #include <memory>
@@ -87,7 +87,8 @@ public:
 
     /// Writes text as bytes, one a character, and logs it; nothing when not connected. @throws EComPort
     void WriteToPort(const QString& AText);
-    /// Begins the dialogue anew: binds the port again and opens it.
+    /// Begins the dialogue anew: binds the port again, opens it and logs the name of the port that is
+    /// listened to; in the form designer that is none.
     void Reset();
 
     /// Message of an index, counted from 0, in the language of `IDLang`.
@@ -127,6 +128,7 @@ private:
     int FIDLang = 0;
     std::unique_ptr<platform::TComDataPacket> ComDataPacket;
     bool FBusy = false;
+    TEndSearch FEndSearch;
 };
 
 } // namespace tnv5::scales

@@ -52,6 +52,7 @@ struct TFamily
     QByteArray stop;
     TFind findStart = nullptr;
     TFind findStop = nullptr;
+    qsizetype endSize = 0; ///< bytes of the end that `findStop` looks for anywhere; 0: it needs all of them
     TDecode decode = nullptr;
 
     bool continuous() const { return request.isEmpty(); }

@@ -45,6 +45,15 @@ TEST(ParseCommand, WithoutColonTheAddressIsTheBeginning)
     EXPECT_EQ(command.address, u"GO00");
 }
 
+TEST(ParseCommand, WithoutColonTheRelayIsRightBehindTheAddress)
+{
+    EXPECT_EQ(parseCommand(u"RL000A2").address, u"RL00");
+    EXPECT_EQ(parseCommand(u"RL000A2").relay, u"0");
+    EXPECT_EQ(parseCommand(u"RL005").relay, u"5");
+    EXPECT_TRUE(parseCommand(u"RL00").relay.isEmpty());
+    EXPECT_EQ(lineOf(u"RL000A2"), "$RL00RL000N");
+}
+
 TEST(ParseCommand, RefusesNothing)
 {
     for (const QStringView text : {u"", u"G", u"GO", u":", u"G:", u"GO:", u"GO:0", u"::::::::"}) {

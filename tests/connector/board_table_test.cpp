@@ -98,17 +98,6 @@ TEST(BoardTable, KeepsOrderAndIdentityOfTenThousandBoards)
     EXPECT_EQ(table.size(), kBoards);
 }
 
-TEST(BoardTable, RefusesMoreThanItsLimit)
-{
-    TBoardTable table;
-    for (std::size_t i = 0; i < TBoardTable::kMaxBoards; ++i) {
-        table.findOrAdd(kSerial, QString::number(i));
-    }
-    EXPECT_THROW(table.findOrAdd(kSerial, "one more"), platform::Exception);
-    EXPECT_EQ(std::size_t(table.size()), TBoardTable::kMaxBoards);
-    EXPECT_EQ(table.findOrAdd(kSerial, "0"), table.at(0)); // those it has are still found
-}
-
 using Boards = TConnectorTest;
 
 TEST_F(Boards, AreListedInOrderOfFirstAppearance)

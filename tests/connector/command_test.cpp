@@ -142,11 +142,12 @@ TEST_F(Command, WithoutAColonTheAddressIsTheBeginningOfTheCommand)
     expectLine("PH000A", "$PH00PH");
 }
 
-TEST_F(Command, RelayWithoutAColonIsTheFifthCharacterBehindTheCode)
+TEST_F(Command, RelayWithoutAColonStandsRightBehindTheAddress)
 {
-    expectLine("RL000A2", "$RL00RL200N");
-    expectLine("RL12345678", "$RL12RL500N");
-    expectLine("RL0002", "$RL00RL00N");
+    expectLine("RL000A2", "$RL00RL000N");
+    expectLine("RL12345678", "$RL12RL300N");
+    expectLine("RL0002", "$RL00RL000N");
+    expectLine("RL00", "$RL00RL00N"); // none
     expectLine("RL", "$RLRL00N");
 }
 

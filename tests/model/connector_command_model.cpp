@@ -35,9 +35,7 @@ QString TModelConnector::send(const QString& command)
     } else if (code == "AL") {
         body = "RL320N";
     } else if (code == "RL") {
-        // the relay is searched for behind the code, also when there is no colon to find
-        const QString behind = rest(command, 3);
-        const QString relay = part(behind, position(":", behind) + 5, 1);
+        const QString relay = part(command, colon + 5, 1); // the fifth of all when there is no colon
         reach(relay.isEmpty() ? "RL without a relay" : "RL with a relay");
         body = "RL" + relay + "00N";
     } else if (code == "SH") {

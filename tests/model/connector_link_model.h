@@ -95,6 +95,7 @@ public:
     std::function<void()> OnWriting;
     std::function<void(const QByteArray&)> OnWritten;
     std::function<void(const QString& message, qint64 osError)> OnException;
+    const void* TakenBy = nullptr; ///< who has assigned `OnException` last
 
     /// Destroyed; the memory stays for calls under way.
     void die() { FDead = true; }

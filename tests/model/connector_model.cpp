@@ -31,7 +31,7 @@ TModelConnector::TModelConnector(TModelWorld& world, bool designing) : FWorld(wo
 void TModelConnector::die()
 {
     if (!FDesigning) {
-        if (ComPort() != nullptr) {
+        if (ComPort() != nullptr && ComPort()->TakenBy == this) {
             ComPort()->OnException = nullptr;
         }
         FDollar->die();
@@ -96,6 +96,7 @@ void TModelConnector::SetComport(TModelPort* port)
             port->OnException = [this](const QString& message, qint64 osError) {
                 onPortError(message, osError);
             };
+            port->TakenBy = this;
         }
         if (old != nullptr) {
             old->OnException = nullptr;

@@ -275,7 +275,7 @@ void TScalesModel::restart()
     if (FDesign) {
         reach(TBranch::ResetDesign);
     }
-    log(QStringLiteral("[07] Reset port ") + (FPort == nullptr ? QString() : FPort->name));
+    log(QStringLiteral("[07] Reset port ") + (FPort == nullptr || FDesign ? QString() : FPort->name));
 }
 
 // weighing
