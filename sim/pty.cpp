@@ -274,7 +274,7 @@ bool TPty::settled() const
     }
     const short events = pollEvents(FMaster, POLLIN | POLLOUT);
     const bool somebody = (events & POLLHUP) == 0;
-    const bool sending = BaudRate <= 0 && !FQueue.isEmpty() && (events & POLLOUT) != 0;
+    const bool sending = !FPace.Enabled() && !FQueue.isEmpty() && (events & POLLOUT) != 0;
     return somebody == FOpened && (events & POLLIN) == 0 && !sending;
 }
 
