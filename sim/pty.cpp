@@ -90,6 +90,15 @@ void linkTo(const QString& path, int master)
     }
 }
 
+/// A program that is killed leaves its lock file behind, and nobody would ever take away one for this path.
+void removeLocks(const QString& path)
+{
+    const QString name = QString(path).replace(u'/', u'_');
+    for (const char* directory : {"/var/lock", "/run/lock", "/tmp"}) { // where serial libraries keep them
+        QFile::remove(QStringLiteral("%1/LCK..%2").arg(QLatin1String(directory), name));
+    }
+}
+
 short pollEvents(int fd, short wanted = POLLIN)
 {
     pollfd entry{fd, wanted, 0};
@@ -119,6 +128,7 @@ TPty::TPty(const QString& name)
 TPty::~TPty()
 {
     closeMaster();
+    removeLocks(FPath);
 }
 
 void TPty::plug()

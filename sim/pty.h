@@ -16,7 +16,8 @@ namespace tnv5::sim {
 ///
 /// It behaves like an adapter with a cable: `unplug` takes the device away under whoever has it open, and
 /// `plug` brings it back under the same path. What is sent while nobody has the device open is lost, and so
-/// is what the program had not read when it closed it.
+/// is what the program had not read when it closed it. Lock files for the device go with this object, also
+/// those of programs that were killed.
 class TPty final : public QObject, public TByteStream
 {
     Q_OBJECT

@@ -5,8 +5,10 @@
 #include "support/text_printers.h"
 #include "support/wait.h"
 #include "tnv5/platform/errors.h"
+#include "tnv5/platform/serial_port.h"
 
 #include <QAbstractEventDispatcher>
+#include <QDir>
 #include <QFileInfo>
 #include <gtest/gtest.h>
 #include <memory>
@@ -73,6 +75,20 @@ TEST_F(Pty, TheDirectoryIsPrivate)
     EXPECT_TRUE(path.endsWith(QStringLiteral("/gate")));
     pty.reset();
     EXPECT_FALSE(QFileInfo::exists(QFileInfo(path).path()));
+}
+
+TEST_F(Pty, LockFilesGoWithTheDevice)
+{
+    const QDir locks(QStringLiteral("/var/lock"));
+    tnv5::platform::TSerialPort port;
+    port.SetPort(pty->path());
+    port.Open();
+    const QString name = QStringLiteral("LCK..") + QString(pty->path()).replace(u'/', u'_');
+    if (!locks.exists(name)) {
+        GTEST_SKIP() << "ports are locked elsewhere";
+    }
+    pty.reset();
+    EXPECT_FALSE(locks.exists(name));
 }
 
 TEST_F(Pty, TakesOnlyFileNames)
