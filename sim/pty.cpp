@@ -90,9 +90,18 @@ void linkTo(const QString& path, int master)
     }
 }
 
-short pollEvents(int fd)
+/// A program that is killed leaves its lock file behind, and nobody would ever take away one for this path.
+void removeLocks(const QString& path)
 {
-    pollfd entry{fd, POLLIN, 0};
+    const QString name = QString(path).replace(u'/', u'_');
+    for (const char* directory : {"/var/lock", "/run/lock", "/tmp"}) { // where serial libraries keep them
+        QFile::remove(QStringLiteral("%1/LCK..%2").arg(QLatin1String(directory), name));
+    }
+}
+
+short pollEvents(int fd, short wanted = POLLIN)
+{
+    pollfd entry{fd, wanted, 0};
     return ::poll(&entry, 1, 0) > 0 ? entry.revents : short{0};
 }
 
@@ -119,6 +128,7 @@ TPty::TPty(const QString& name)
 TPty::~TPty()
 {
     closeMaster();
+    removeLocks(FPath);
 }
 
 void TPty::plug()
@@ -265,6 +275,17 @@ void TPty::onReadable()
             return;
         }
     }
+}
+
+bool TPty::settled() const
+{
+    if (!plugged()) {
+        return true;
+    }
+    const short events = pollEvents(FMaster, POLLIN | POLLOUT);
+    const bool somebody = (events & POLLHUP) == 0;
+    const bool sending = !FPace.Enabled() && !FQueue.isEmpty() && (events & POLLOUT) != 0;
+    return somebody == FOpened && (events & POLLIN) == 0 && !sending;
 }
 
 void TPty::sendQueue()

@@ -16,7 +16,8 @@ namespace tnv5::sim {
 ///
 /// It behaves like an adapter with a cable: `unplug` takes the device away under whoever has it open, and
 /// `plug` brings it back under the same path. What is sent while nobody has the device open is lost, and so
-/// is what the program had not read when it closed it.
+/// is what the program had not read when it closed it. Lock files for the device go with this object, also
+/// those of programs that were killed.
 class TPty final : public QObject, public TByteStream
 {
     Q_OBJECT
@@ -46,6 +47,9 @@ public:
     /// Whether a program has the device open, as far as it has been noticed: a program that has just come is
     /// noticed within 20 ms or at the next write.
     bool opened() const { return FOpened; }
+    /// Whether nothing is on its way at this end: what a program wrote has been read, its coming or going has
+    /// been noticed, and what is queued waits for its time or for the program to read.
+    bool settled() const;
     /// Called when a program opens (true) or closes (false) the device.
     std::function<void(bool opened)> OnOpened;
 

@@ -2,6 +2,7 @@
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/demo_counter.h"
 #include "apps/tnv5/demo_report.h"
+#include "apps/tnv5/paced_time.h"
 #include "apps/tnv5/stop_signal.h"
 #include "sim/line_faults.h"
 #include "sim/pty.h"
@@ -26,11 +27,12 @@ struct TDemoOptions
     bool plain = false;
 };
 
-/// The demo: simulated gates and visitors on one end of a pseudo-terminal, the club's host on the other.
+/// The demo: simulated gates and visitors on one end of a pseudo-terminal, the club's host on the other. All
+/// of it in a time of its own, so that what comes of it does not depend on how fast the machine is.
 class TDemo
 {
 public:
-    TDemo(host::TDatabase& club, const TDemoOptions& options);
+    TDemo(host::TDatabase& club, const TDemoOptions& options, TPacedTime& time);
 
     /// @return exit code
     int run();
@@ -45,6 +47,7 @@ private:
     void unplugWhenQuiet();
     void plugAgain();
     int conclude();
+    qint64 elapsedMs() const { return platform::TClock::current().nowMs() - FBeganMs; }
     double fraction() const;
 
     const TDemoOptions FOptions;
@@ -71,7 +74,7 @@ private:
     TDemoCounter FFruit;
     TStopSignal FStop;
     platform::TTimer FTimer;
-    QElapsedTimer FWatch;
+    qint64 FBeganMs = 0;
     qint64 FUnpluggedAtMs = -1;
     enum class TPhase {
         Calm,
@@ -104,7 +107,7 @@ void announce(const QString& text)
     print(QStringLiteral("--- ") + text);
 }
 
-TDemo::TDemo(host::TDatabase& club, const TDemoOptions& options)
+TDemo::TDemo(host::TDatabase& club, const TDemoOptions& options, TPacedTime& time)
     : FOptions(options),
       FClub(club),
       FFirstPass(FClub.lastPass()),
@@ -118,9 +121,13 @@ TDemo::TDemo(host::TDatabase& club, const TDemoOptions& options)
       FBoardHost(FBoards, FHost.desk()),
       FAllGates(FGates, FBus),
       FStreet(FAllGates, [this](const QString& gate) { return ready(gate); }),
-      FFruit(club),
+      FFruit(club, time.lines),
       FStop([] { QCoreApplication::quit(); })
 {
+    time.lines.add(FPty);
+    time.lines.add(FPort);
+    time.lines.add(FBusPty);
+    time.lines.add(FBusPort);
     prepareGates();
     prepareHost();
     prepareBoards();
@@ -199,7 +206,7 @@ int TDemo::run()
     for (const TVisitor& visitor : demoVisitors()) {
         FStreet.invite(visitor);
     }
-    FWatch.start();
+    FBeganMs = platform::TClock::current().nowMs();
     FTimer.SetEnabled(true);
     QCoreApplication::exec();
     FTimer.SetEnabled(false);
@@ -212,7 +219,7 @@ int TDemo::run()
 
 double TDemo::fraction() const
 {
-    return static_cast<double>(FWatch.elapsed()) / (FOptions.seconds * 1000.0);
+    return static_cast<double>(elapsedMs()) / (FOptions.seconds * 1000.0);
 }
 
 void TDemo::look()
@@ -220,7 +227,7 @@ void TDemo::look()
     if (onTerminal() && !FOptions.plain) {
         showProgress(QStringLiteral("%1 %2 of %3 s, %4 visits")
                          .arg(progressBar(fraction()))
-                         .arg(std::min<qint64>(FWatch.elapsed() / 1000, FOptions.seconds))
+                         .arg(std::min<qint64>(elapsedMs() / 1000, FOptions.seconds))
                          .arg(FOptions.seconds)
                          .arg(FStreet.visits().size()));
     }
@@ -259,7 +266,7 @@ void TDemo::look()
         }
         break;
     case TPhase::Closing:
-        FOverdue = FWatch.elapsed() > FOptions.seconds * 1000LL + kClosingLimitMs;
+        FOverdue = elapsedMs() > FOptions.seconds * 1000LL + kClosingLimitMs;
         if ((FStreet.empty() && FFruit.quiet()) || FOverdue) {
             QCoreApplication::quit();
         }
@@ -283,14 +290,14 @@ void TDemo::unplugWhenQuiet()
     if (FStreet.quiet()) {
         announce(QStringLiteral("the adapter is pulled out"));
         FPty.unplug();
-        FUnpluggedAtMs = FWatch.elapsed();
+        FUnpluggedAtMs = elapsedMs();
         FPhase = TPhase::Unplugged;
     }
 }
 
 void TDemo::plugAgain()
 {
-    if (FPhase == TPhase::Unplugged && FWatch.elapsed() - FUnpluggedAtMs > kAwayMs) {
+    if (FPhase == TPhase::Unplugged && elapsedMs() - FUnpluggedAtMs > kAwayMs) {
         announce(QStringLiteral("the adapter is plugged in again"));
         FPty.plug();
         FPhase = TPhase::Reopening;
@@ -324,6 +331,7 @@ int TDemo::conclude()
 
 int runDemo(const TDemoOptions& options)
 {
+    TPacedTime time; // before all that ticks
     const QTemporaryDir directory;
     QString file = QString::fromStdString(options.database);
     if (file.isEmpty()) {
@@ -334,7 +342,7 @@ int runDemo(const TDemoOptions& options)
     }
     host::TDatabase club(file);
     fillClub(club, host::dayOf(platform::Now()));
-    return TDemo(club, options).run();
+    return TDemo(club, options, time).run();
 }
 
 } // namespace

@@ -17,7 +17,7 @@ constexpr int kFillMs = 700;   // until one thinks better of it
 
 } // namespace
 
-TDemoCounter::TDemoCounter(host::TDatabase& club)
+TDemoCounter::TDemoCounter(host::TDatabase& club, sim::TLines& lines)
     : FClub(club),
       FPurchases(demoPurchases()),
       FFirstSale(club.lastSale()),
@@ -28,6 +28,8 @@ TDemoCounter::TDemoCounter(host::TDatabase& club)
     for (const TPurchase& purchase : FPurchases) {
         FBalances[purchase.card] = club.holderOf(purchase.card)->member.balance;
     }
+    lines.add(FPty);
+    lines.add(FPort);
     FScale.setCapacity(kCapacity);
     FPort.SetPort(FPty.path());
     FScales.SetIDLang(kEnglish);

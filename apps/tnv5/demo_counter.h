@@ -1,6 +1,7 @@
 #pragma once
 
 #include "apps/tnv5/demo_club.h"
+#include "sim/lines.h"
 #include "sim/pty.h"
 #include "sim/scales.h"
 #include "tnv5/host/goods_counter.h"
@@ -13,7 +14,8 @@ namespace tnv5::cli {
 class TDemoCounter
 {
 public:
-    explicit TDemoCounter(host::TDatabase& club);
+    /// @param lines get the scale's line
+    TDemoCounter(host::TDatabase& club, sim::TLines& lines);
 
     /// @throws platform::Exception when the simulated scale cannot be opened
     void open();

@@ -1,13 +1,20 @@
 #include "apps/tnv5/demo_street.h"
 
+#include "tnv5/platform/clock.h"
+
 namespace tnv5::cli {
 
 namespace {
 
 constexpr int kLookMs = 10;
-constexpr qint64 kNsPerMs = 1'000'000;
-constexpr qint64 kWalkNs = 150 * kNsPerMs;   // between two visitors at one gate
-constexpr qint64 kRestNs = 1'000 * kNsPerMs; // of a visitor who has done everything
+constexpr double kNsPerMs = 1'000'000;
+constexpr qint64 kWalkMs = 150;   // between two visitors at one gate
+constexpr qint64 kRestMs = 1'000; // of a visitor who has done everything
+
+qint64 nowMs()
+{
+    return platform::TClock::current().nowMs();
+}
 
 } // namespace
 
@@ -45,10 +52,9 @@ void TDemoStreet::look()
             continue;
         }
         const QString& gate = guest.next().gate;
-        const auto free = FFreeSinceNs.find(gate);
-        const qint64 now = FWatch.nsecsElapsed();
-        const bool clear = free == FFreeSinceNs.end() || now - free->second > kWalkNs;
-        if (clear && now >= guest.notBeforeNs && !FAtGate.contains(gate) && FReady(gate)) {
+        const auto free = FFreeSinceMs.find(gate);
+        const bool clear = free == FFreeSinceMs.end() || nowMs() - free->second > kWalkMs;
+        if (clear && nowMs() >= guest.notBeforeMs && !FAtGate.contains(gate) && FReady(gate)) {
             stepUp(guest);
         } else {
             FWaiting.append(guest);
@@ -82,11 +88,11 @@ void TDemoStreet::leave(const TAtGate& place)
     visit.seen = FGates.seen(visit.step.gate);
     visit.display = FGates.display(visit.step.gate);
     FVisits.append(visit);
-    FFreeSinceNs[visit.step.gate] = FWatch.nsecsElapsed();
+    FFreeSinceMs[visit.step.gate] = nowMs();
 
     TGuest guest = place.guest;
     guest.step = (guest.step + 1) % guest.visitor.steps.size();
-    guest.notBeforeNs = guest.step == 0 ? FWatch.nsecsElapsed() + kRestNs : 0;
+    guest.notBeforeMs = guest.step == 0 ? nowMs() + kRestMs : 0;
     FWaiting.append(guest);
     if (OnVisit) {
         OnVisit(visit);

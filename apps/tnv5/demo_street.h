@@ -52,7 +52,7 @@ private:
     {
         TVisitor visitor;
         qsizetype step = 0;
-        qint64 notBeforeNs = 0;
+        qint64 notBeforeMs = 0;
         const TStep& next() const { return visitor.steps[step]; }
     };
     struct TAtGate
@@ -71,10 +71,10 @@ private:
     TDemoGates& FGates;
     std::function<bool(const QString&)> FReady;
     platform::TTimer FTimer;
-    QElapsedTimer FWatch;
+    QElapsedTimer FWatch; // real time, for what is measured
     QList<TGuest> FWaiting;
     std::map<QString, TAtGate> FAtGate;
-    std::map<QString, qint64> FFreeSinceNs;
+    std::map<QString, qint64> FFreeSinceMs;
     QList<TVisit> FVisits;
     bool FPaused = false;
     bool FClosed = false;

@@ -1,5 +1,6 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
+#include "apps/tnv5/paced_time.h"
 #include "apps/tnv5/replay_stage.h"
 #include "apps/tnv5/stop_signal.h"
 #include "sim/pty.h"
@@ -46,6 +47,7 @@ int playInTime(tools::TPlayer& player, const std::function<void()>& start)
 
 int replayInTime(const TReplayOptions& options, const QList<tools::TEntry>& entries)
 {
+    const TPacedTime time; // a busy machine makes no pass time out that did not in the recording
     TReplayStage stage(options.protocol, !options.refuse);
     tools::TPlayer player(entries, options.speed);
     player.OnBytes = [&](const QByteArray& bytes) { stage.hear(bytes); };

@@ -20,13 +20,14 @@ namespace tnv5::cli {
 namespace {
 
 constexpr int kEnglish = 2;
-constexpr int kReadingsWithoutWeight = 13; // about 4 s
+constexpr int kMsPerSecond = 1'000;
 
 struct TWeighOptions
 {
     std::string port;
     int family = 0;
     int baudRate = 9600;
+    int patience = host::TScaleReader::kPatienceMs / kMsPerSecond;
     bool watch = false;
     bool json = false;
 };
@@ -54,6 +55,7 @@ public:
         FScales.SetUpComport();
         FScales.SetOnError(
             [this](platform::TComponent*, const QString& message) { tellTroubleOnce(message); });
+        FReader.PatienceMs = options.patience * kMsPerSecond;
         FReader.OnReading = [this](int weight) { onReading(weight); };
         FReader.OnSteady = [this](int weight) { onSteady(weight); };
         FReader.OnSilent = [this] {
@@ -89,7 +91,7 @@ private:
         if (FOptions.watch && FTold != weight) {
             tellWeight(weight);
         }
-        if (FWithoutWeight > kReadingsWithoutWeight) {
+        if (FWithoutWeight > FOptions.patience * kMsPerSecond / host::TScaleReader::kAskMs) {
             giveUp();
         }
     }
@@ -196,6 +198,11 @@ void addWeighCommand(CLI::App& app, TCommand& chosen)
         ->check(CLI::Range(1, last));
     command->add_option("--baud", options->baudRate, "Speed of the line, for families without their own")
         ->capture_default_str();
+    command
+        ->add_option("--patience", options->patience,
+                     "Seconds after which a scale without a weight is given up")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 86'400));
     command->add_flag("--watch", options->watch, "Show each new weight until Ctrl-C");
     command->add_flag("--json", options->json,
                       "Print objects: {\"weight\":1250} or {\"error\":\"...\"}; with --watch also \"time\"");

@@ -42,7 +42,7 @@ void TScaleReader::look()
     }
     const bool answered = FScales.ComPort() && FScales.ComPort()->bytesRead() != FBytesBefore;
     FSilentMs = answered ? 0 : FSilentMs + kLookMs;
-    if (FSilentMs == kPatienceMs && OnSilent) {
+    if (FSilentMs == PatienceMs && OnSilent) {
         OnSilent();
     }
     if (FTimer.Enabled() && FSinceAskMs >= kAskMs) {

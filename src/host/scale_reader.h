@@ -23,6 +23,9 @@ public:
     static constexpr int kSteadyReadings = 3; ///< alike, one after the other: it has come to rest
     static constexpr int kPatienceMs = 4'000; ///< silent that long: it does not answer
 
+    /// Milliseconds, counted in looks: a multiple of `kLookMs`.
+    int PatienceMs = kPatienceMs;
+
     explicit TScaleReader(scales::TScalesDevice& scales);
     TScaleReader(const TScaleReader&) = delete;
     TScaleReader& operator=(const TScaleReader&) = delete;
@@ -37,7 +40,7 @@ public:
     /// The same weight came of `kSteadyReadings` questions in a row; told again with every question while it
     /// stays. Scales of some families also tell what still moves: nothing should be charged by one reading.
     std::function<void(int weight)> OnSteady;
-    /// The scale has not answered for `kPatienceMs`; told once until it answers.
+    /// The scale has not answered for `PatienceMs`; told once until it answers.
     std::function<void()> OnSilent;
 
 private:

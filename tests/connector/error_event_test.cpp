@@ -1,6 +1,6 @@
 // Who has a port's one error event, when several connectors and the host want it.
 
-#include "bus_bench.h"
+#include "connector_fixture.h"
 
 #include "support/text_printers.h"
 
@@ -12,7 +12,7 @@ using namespace tnv5;
 using namespace tnv5::tests;
 using platform::TComExceptionKind;
 
-class ErrorEvent : public TBusTest
+class ErrorEvent : public TConnectorTest
 {
 protected:
     ErrorEvent()

@@ -1,6 +1,6 @@
 // More boards than the table takes: noise has filled it, and real boards speak up.
 
-#include "bus_bench.h"
+#include "connector_fixture.h"
 
 #include "support/text_printers.h"
 
@@ -26,7 +26,7 @@ QStringList pinged(const QString& pair)
            sent("$" + pair + "AHW") + sent("$" + pair + "BHW");
 }
 
-class FullTable : public TBusTest
+class FullTable : public TConnectorTest
 {
 protected:
     FullTable()

@@ -1,6 +1,6 @@
 // Any number may be written into the type of the connector: an unknown one acts as no link.
 
-#include "bus_bench.h"
+#include "connector_fixture.h"
 
 #include "support/text_printers.h"
 
@@ -23,7 +23,7 @@ concept TakesAnyInteger = requires
 
 static_assert(TakesAnyInteger<TConnectorType>);
 
-class UnknownType : public TBusTest, public ::testing::WithParamInterface<int>
+class UnknownType : public TConnectorTest, public ::testing::WithParamInterface<int>
 {
 protected:
     UnknownType()

@@ -94,6 +94,17 @@ TEST_F(TScaleReaderTest, SilenceIsToldOnceAndIsNoReading)
     EXPECT_TRUE(take().contains(QStringLiteral("silent")));
 }
 
+TEST_F(TScaleReaderTest, PatienceIsTheHosts)
+{
+    answering = false;
+    reader.PatienceMs = 60'000;
+    reader.start();
+    clock.advance(59'999);
+    EXPECT_EQ(take(), QStringList());
+    clock.advance(1);
+    EXPECT_EQ(take(), QStringList({QStringLiteral("silent")}));
+}
+
 TEST_F(TScaleReaderTest, SilenceBetweenReadingsIsNotSteady)
 {
     load = 250;

@@ -1,9 +1,12 @@
 // The program itself, as a person starts and stops it.
 
-#include "integration/station.h"
+#include "integration/program_run.h"
+#include "sim/classic_line.h"
+#include "sim/pty.h"
 #include "support/text_printers.h"
+#include "tnv5/host/database.h"
 
-#include <QProcess>
+#include <gtest/gtest.h>
 
 namespace tnv5::integration {
 namespace {
@@ -15,21 +18,15 @@ struct TOutcome
     QString complaints;
 };
 
-TOutcome outcomeOf(QProcess& program)
+TOutcome outcomeOf(TProgramRun& program)
 {
-    if (!program.waitForFinished(30'000)) {
-        program.kill();
-        program.waitForFinished();
-        return {};
-    }
-    return {program.exitCode(), QString::fromUtf8(program.readAllStandardOutput()),
-            QString::fromUtf8(program.readAllStandardError())};
+    const int exitCode = program.exitCode();
+    return {exitCode, program.output(), program.complaints()};
 }
 
 TOutcome run(const QStringList& arguments)
 {
-    QProcess program;
-    program.start(QStringLiteral(TNV5_PROGRAM), arguments);
+    TProgramRun program(QStringLiteral(TNV5_PROGRAM), arguments);
     return outcomeOf(program);
 }
 
@@ -77,15 +74,15 @@ TEST(Program, RunsGatesUntilItIsStopped)
     sim::TPty pty(QStringLiteral("gates"));
     sim::TClassicLine gates(pty);
     gates.addController(QStringLiteral("01A"));
-    QProcess program;
-    program.start(QStringLiteral(TNV5_PROGRAM),
-                  {QStringLiteral("run"), QStringLiteral("--port"), pty.path(), QStringLiteral("--db"), file,
-                   QStringLiteral("--gates"), QStringLiteral("01A:hall:in")});
-    ASSERT_TRUE(waitFor([&] { return pty.opened(); }));
+    gates.Delays.AnswerLimitMs = 3'600'000; // a slow program is not a silent one
+    TProgramRun program(QStringLiteral(TNV5_PROGRAM),
+                        {QStringLiteral("run"), QStringLiteral("--port"), pty.path(), QStringLiteral("--db"),
+                         file, QStringLiteral("--gates"), QStringLiteral("01A:hall:in")});
+    ASSERT_TRUE(eventually([&] { return pty.opened(); }));
     const quint64 card = gates.readCard(QStringLiteral("01A"), QStringLiteral("12345678"));
-    ASSERT_TRUE(waitFor([&] { return gates.reading(card).Fate != sim::TFate::Waiting; }));
+    ASSERT_TRUE(eventually([&] { return gates.reading(card).Fate != sim::TFate::Waiting; }));
     EXPECT_EQ(gates.reading(card).Fate, sim::TFate::Refused);
-    program.terminate();
+    program.stop();
     const TOutcome outcome = outcomeOf(program);
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_TRUE(outcome.output.contains(QStringLiteral("01A  card (12345678)  refused: unknown card")))

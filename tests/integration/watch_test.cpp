@@ -1,55 +1,22 @@
 // Watching a line, recording it and playing the recording, as a person does it.
 
+#include "integration/program_run.h"
 #include "sim/board_bus.h"
-#include "sim/eventually.h"
 #include "sim/pty.h"
 #include "support/text_printers.h"
 #include "tnv5/tools/recording.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace tnv5::integration {
 namespace {
 
-class TProgramRun
+class TRun : public TProgramRun
 {
 public:
-    explicit TProgramRun(const QStringList& arguments)
-    {
-        FProgram.setProcessChannelMode(QProcess::MergedChannels);
-        FProgram.start(QStringLiteral(TNV5_PROGRAM), arguments);
-    }
-    ~TProgramRun()
-    {
-        FProgram.kill();
-        FProgram.waitForFinished();
-    }
-
-    bool says(const QString& text)
-    {
-        return eventually([&] { return output().contains(text); });
-    }
-
-    int exitCode()
-    {
-        return eventually([&] { return FProgram.state() == QProcess::NotRunning; }) ? FProgram.exitCode()
-                                                                                    : -1;
-    }
-
-    void stop() { FProgram.terminate(); }
-
-    QString output()
-    {
-        FOutput += QString::fromUtf8(FProgram.readAll());
-        return FOutput;
-    }
-
-private:
-    QProcess FProgram;
-    QString FOutput;
+    explicit TRun(const QStringList& arguments) : TProgramRun(QStringLiteral(TNV5_PROGRAM), arguments) {}
 };
 
 class Watch : public ::testing::Test
@@ -80,8 +47,8 @@ TEST_F(Watch, ShowsAndRecordsABusAndTheRecordingPlays)
     sim::TBoardBus bus(pty);
     bus.addPair(QStringLiteral("000"), 20);
     const QString recording = file("bus.rec");
-    TProgramRun watch({QStringLiteral("watch"), pty.path(), QStringLiteral("--as"), QStringLiteral("bus"),
-                       QStringLiteral("--record"), recording});
+    TRun watch({QStringLiteral("watch"), pty.path(), QStringLiteral("--as"), QStringLiteral("bus"),
+                QStringLiteral("--record"), recording});
     ASSERT_TRUE(watch.says(QStringLiteral("Listening to")));
     ASSERT_TRUE(eventually([&] { return pty.opened(); }));
     bus.ping(QStringLiteral("000A"));
@@ -96,8 +63,8 @@ TEST_F(Watch, ShowsAndRecordsABusAndTheRecordingPlays)
     ASSERT_EQ(entries.size(), 2);
     EXPECT_EQ(entries[0].Bytes, "$000APING26\r");
 
-    TProgramRun replay({QStringLiteral("replay"), recording, QStringLiteral("--as"), QStringLiteral("bus"),
-                        QStringLiteral("--speed"), QStringLiteral("0")});
+    TRun replay({QStringLiteral("replay"), recording, QStringLiteral("--as"), QStringLiteral("bus"),
+                 QStringLiteral("--speed"), QStringLiteral("0")});
     EXPECT_EQ(replay.exitCode(), 0);
     EXPECT_TRUE(replay.output().contains(QStringLiteral("sends   $000AECHOB6")));
     EXPECT_TRUE(replay.output().contains(QStringLiteral("routes  #0.0.0.0:000APING22")));
@@ -106,60 +73,65 @@ TEST_F(Watch, ShowsAndRecordsABusAndTheRecordingPlays)
 TEST_F(Watch, AnUnpluggedPortEndsIt)
 {
     sim::TPty pty(QStringLiteral("boards"));
-    TProgramRun watch(
-        {QStringLiteral("watch"), pty.path(), QStringLiteral("--as"), QStringLiteral("turnstile")});
+    TRun watch({QStringLiteral("watch"), pty.path(), QStringLiteral("--as"), QStringLiteral("turnstile")});
     ASSERT_TRUE(watch.says(QStringLiteral("Listening to")));
     ASSERT_TRUE(eventually([&] { return pty.opened(); }));
     pty.unplug();
     EXPECT_EQ(watch.exitCode(), 1);
-    EXPECT_TRUE(watch.output().contains(QStringLiteral("went away")));
+    EXPECT_TRUE(watch.complaints().contains(QStringLiteral("went away")));
 }
 
 TEST_F(Watch, RecordingOfATurnstilePlaysIntoTheComponent)
 {
     const QString recording = file("gate.rec", kCardRecording);
     for (const char* speed : {"0", "50"}) {
-        TProgramRun replay({QStringLiteral("replay"), recording, QStringLiteral("--as"),
-                            QStringLiteral("turnstile"), QStringLiteral("--speed"),
-                            QString::fromLatin1(speed)});
+        TRun replay({QStringLiteral("replay"), recording, QStringLiteral("--as"), QStringLiteral("turnstile"),
+                     QStringLiteral("--speed"), QString::fromLatin1(speed)});
         EXPECT_EQ(replay.exitCode(), 0) << speed;
         EXPECT_TRUE(replay.output().contains(QStringLiteral("sends   $01A10366\\r"))) << speed;
         EXPECT_TRUE(replay.output().contains(QStringLiteral("COME 01A 12345678 FINISH"))) << speed;
     }
-    TProgramRun intoNothing({QStringLiteral("replay"), recording});
+    TRun intoNothing({QStringLiteral("replay"), recording});
     EXPECT_NE(intoNothing.exitCode(), 0) << "neither --as nor --pty";
-    TProgramRun refused({QStringLiteral("replay"), recording, QStringLiteral("--as"),
-                         QStringLiteral("turnstile"), QStringLiteral("--speed"), QStringLiteral("0"),
-                         QStringLiteral("--refuse")});
+    TRun refused({QStringLiteral("replay"), recording, QStringLiteral("--as"), QStringLiteral("turnstile"),
+                  QStringLiteral("--speed"), QStringLiteral("0"), QStringLiteral("--refuse")});
     EXPECT_EQ(refused.exitCode(), 0);
     EXPECT_TRUE(refused.output().contains(QStringLiteral("sends   $01A00064\\r")));
 }
 
 TEST_F(Watch, RecordingPlaysOutOnAPseudoTerminal)
 {
-    TProgramRun replay({QStringLiteral("replay"), file("gate.rec", kCardRecording), QStringLiteral("--as"),
-                        QStringLiteral("turnstile"), QStringLiteral("--pty"), QStringLiteral("--speed"),
-                        QStringLiteral("5")});
-    ASSERT_TRUE(replay.says(QStringLiteral("as a serial port")));
-    const QString path = replay.output().section(u' ', 1, 1);
-    TProgramRun watch({QStringLiteral("watch"), path, QStringLiteral("--as"), QStringLiteral("turnstile")});
-    EXPECT_TRUE(watch.says(QStringLiteral("passage done at turnstile 01A")));
-    EXPECT_EQ(replay.exitCode(), 0);
+    // what follows after an hour leaves the programs all the time they need
+    const QByteArray withMore = kCardRecording + "+3600.000000 < $01AP\\r\n";
+    for (const bool toItsEnd : {false, true}) {
+        const QByteArray content = toItsEnd ? kCardRecording : withMore;
+        TRun replay({QStringLiteral("replay"), file("gate.rec", content), QStringLiteral("--as"),
+                     QStringLiteral("turnstile"), QStringLiteral("--pty"), QStringLiteral("--speed"),
+                     QStringLiteral("5")});
+        ASSERT_TRUE(replay.says(QStringLiteral("as a serial port")));
+        const QString path = replay.output().section(u' ', 1, 1);
+        TRun watch({QStringLiteral("watch"), path, QStringLiteral("--as"), QStringLiteral("turnstile")});
+        if (!toItsEnd) {
+            EXPECT_TRUE(watch.says(QStringLiteral("passage done at turnstile 01A")));
+            replay.stop();
+        }
+        EXPECT_EQ(replay.exitCode(), toItsEnd ? 0 : 130);
+    }
 }
 
 TEST_F(Watch, WhatCannotBeDoneIsTold)
 {
-    TProgramRun bad({QStringLiteral("replay"), file("bad.rec", "# tnv5 recording 1\nnonsense\n"),
-                     QStringLiteral("--as"), QStringLiteral("bus")});
+    TRun bad({QStringLiteral("replay"), file("bad.rec", "# tnv5 recording 1\nnonsense\n"),
+              QStringLiteral("--as"), QStringLiteral("bus")});
     EXPECT_EQ(bad.exitCode(), 1);
-    EXPECT_TRUE(bad.output().contains(QStringLiteral("line 2: ")));
-    TProgramRun noPort({QStringLiteral("watch"), QStringLiteral("/does/not/exist"), QStringLiteral("--as"),
-                        QStringLiteral("bus")});
+    EXPECT_TRUE(bad.complaints().contains(QStringLiteral("line 2: ")));
+    TRun noPort({QStringLiteral("watch"), QStringLiteral("/does/not/exist"), QStringLiteral("--as"),
+                 QStringLiteral("bus")});
     EXPECT_EQ(noPort.exitCode(), 1);
-    TProgramRun noProtocol({QStringLiteral("watch"), QStringLiteral("/dev/null"), QStringLiteral("--as"),
-                            QStringLiteral("morse")});
+    TRun noProtocol({QStringLiteral("watch"), QStringLiteral("/dev/null"), QStringLiteral("--as"),
+                     QStringLiteral("morse")});
     EXPECT_NE(noProtocol.exitCode(), 0);
-    EXPECT_TRUE(noProtocol.output().contains(QStringLiteral("{bus,turnstile,scales:1,")));
+    EXPECT_TRUE(noProtocol.complaints().contains(QStringLiteral("{bus,turnstile,scales:1,")));
 }
 
 } // namespace

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "eventually.h"
+#include "support/wait.h"
 
 #include <QByteArray>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QString>
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
@@ -35,12 +35,15 @@ public:
         return ::write(FFd, bytes.constData(), std::size_t(bytes.size())) == bytes.size();
     }
 
-    /// What is there to read now.
+    /// What is there to read now; several reads, as the system gives out what it has in hand bit by bit.
     QByteArray read() const
     {
+        QByteArray received;
         std::array<char, 4'096> buffer{};
-        const ssize_t count = ::read(FFd, buffer.data(), buffer.size());
-        return count > 0 ? QByteArray(buffer.data(), count) : QByteArray();
+        for (ssize_t count = 1; count > 0; received.append(buffer.data(), std::max<ssize_t>(count, 0))) {
+            count = ::read(FFd, buffer.data(), buffer.size());
+        }
+        return received;
     }
 
     /// Reads until there are `size` bytes, or for as long as `eventually` waits.

@@ -2,42 +2,59 @@
 #include "program.h"
 #include "sim/line_faults.h"
 #include "sim/pty.h"
+#include "support/lock_step.h"
 #include "tnv5/platform/com_data_packet.h"
 #include "tnv5/platform/serial_port.h"
 
 namespace tnv5::sim {
 namespace {
 
-// The same controllers on a real line and in real time.
+// The same controllers on a real line.
 struct PtyLine : ::testing::Test
 {
-    PtyLine()
-    {
-        line.addController(kTurnstile);
-        line.Delays = TClassicDelays{1, 1, 1, 1, 5'000, 1};
-    }
+    PtyLine() { line.addController(kTurnstile); }
 
     TPty pty{QStringLiteral("gates")};
     TLineFaults cable{pty, 5};
     TClassicLine line{cable};
 };
 
-TEST_F(PtyLine, ACardIsReadAndThePersonPasses)
+struct PtyLineInLockStep : PtyLine
+{
+    /// What a program hears when it listens for so long.
+    QByteArray heardIn(const TProgram& program, int ms)
+    {
+        clock.advance(ms);
+        return program.read();
+    }
+
+    testkit::TManualClock clock;
+    TLockStep time{clock, pty};
+};
+
+TEST_F(PtyLineInLockStep, ACardIsReadAndThePersonPasses)
 {
     const TProgram program(pty.path());
     ASSERT_TRUE(program.valid());
     cable.CutPercent = 100;
+    cable.PieceGapMs = 1;
     const quint64 id = line.readCard(kTurnstile, kCard);
-    EXPECT_EQ(program.readUntil(14), "$01AR12345678\r");
+    EXPECT_EQ(heardIn(program, 10), "$01AR12345678\r");
     ASSERT_TRUE(program.write(kOpenTurnstile));
-    EXPECT_TRUE(eventually([&] { return line.reading(id).Passed; }));
-    EXPECT_EQ(program.readUntil(24), "#01ARelay 1\r$01AP\r$01AG\r");
+    EXPECT_EQ(heardIn(program, 19), "");
+    EXPECT_EQ(heardIn(program, 11), "#01ARelay 1\r");
+    EXPECT_EQ(heardIn(program, 689), "") << "still on the way into the gate";
+    EXPECT_EQ(heardIn(program, 11), "$01AP\r");
+    EXPECT_FALSE(line.reading(id).Passed);
+    EXPECT_EQ(heardIn(program, 800), "$01AG\r");
+    EXPECT_TRUE(line.reading(id).Passed);
 }
 
-TEST_F(PtyLine, AfterTheAdapterComesBackTheGateWorksAgain)
+TEST_F(PtyLineInLockStep, AfterTheAdapterComesBackTheGateWorksAgain)
 {
     {
         const TProgram program(pty.path());
+        time.lines.settle();
         pty.unplug();
         EXPECT_TRUE(program.hungUp());
     }
@@ -46,10 +63,13 @@ TEST_F(PtyLine, AfterTheAdapterComesBackTheGateWorksAgain)
     const TProgram program(pty.path());
     ASSERT_TRUE(program.valid());
     ASSERT_TRUE(program.write(kPoll));
-    EXPECT_EQ(program.readUntil(14), "#01AWait-Card\r");
+    EXPECT_EQ(heardIn(program, 20), "#01AWait-Card\r");
     EXPECT_EQ(line.reading(lost).Fate, TFate::Waiting);
+    clock.advance(line.Delays.AnswerLimitMs);
+    EXPECT_EQ(line.reading(lost).Fate, TFate::NoCommand);
 }
 
+// In real time.
 TEST_F(PtyLine, ASerialPortTakesItForAnAdapter)
 {
     platform::TSerialPort port;
