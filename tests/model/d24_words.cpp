@@ -1,0 +1,325 @@
+#include "model/d24_words.h"
+
+#include "model/kit/texts.h"
+
+#include <limits>
+
+namespace tnv5::d24::model {
+
+namespace {
+
+constexpr int kLargest = std::numeric_limits<int>::max();
+
+QString anIp(TDice& d)
+{
+    return d.text({"10.0.0.5", "10.0.0.5", "10.0.0.5", "0.0.0.0", "0.0.0.0", "a", "", "001T"});
+}
+
+QString aDevice(TDice& d)
+{
+    return d.text({"001T", "001T", "001T", "002G", "002G", "003I", "003I", "004X", "005g", "0ПИТ"});
+}
+
+QString aType(TDice& d)
+{
+    return d.text({"T", "T", "G", "I", "D", "D", "D", "X", ""});
+}
+
+QString aCard(TDice& d)
+{
+    return d.text({"12345678", "12345678", "00A1B2C3", "", "-1-1-1-1-1", "-2-2-2-2-2", "Карта ☃", "a:b",
+                   "-1-1-1-1-", "x&y!z"});
+}
+
+QString aStatus(TDice& d)
+{
+    return d.text({"NEW", "NEW", "OPEN", "OPEN", "CLOSE", "NOANSWER", "FINISH", "PROGRESSSTART", "PROGRESS",
+                   "TIMEOUT", "CRC-ERROR", "CRC-ERROR", "open", "", "HELD"});
+}
+
+QString eventWord(TDice& d)
+{
+    const QString word = d.text(
+        {"RQ", "RQ", "RQ", "RQ", "RQ", "RQ", "PR", "PR", "GR", "GR", "FK", "ET", "ET", "ET", "rq", "XX"});
+    return word + (word == "RQ" || d.below(4) == 0 ? aCard(d) : QString());
+}
+
+QString stateWord(TDice& d)
+{
+    return d.text({"DC",    "CC",   "dc",   "Cc",   "PING", "PING",    "PING", "ping",  "CROSS", "CROSS",
+                   "CrosS", "BTPH", "BTPH", "BTPH", "btph", "RELAY1Y", "",     "PINGX", "DC ",   "СС"});
+}
+
+/// Spoils a line a little.
+QString spoilt(TDice& d, QString line)
+{
+    const int at = d.below(int(line.size()) + 1);
+    switch (d.below(8)) {
+    case 0:
+        return line.left(at);
+    case 1:
+        return line.mid(at);
+    case 2:
+        return line.remove(u':');
+    case 3:
+        return line.remove(at, 1);
+    case 4:
+        return line.insert(at, d.text({":", "$", "#", " ", "ё", "\r", "&", "!"}));
+    case 5:
+        return d.text({"", "$", "#", "$:", "#:", ":", "x", "$a", "#a:00", "$a:001T", "$a:001TR", "$RQRQRQ",
+                       "$a:001T12", "#a:001TPI", "$:001TRQ00", "#001TPING00"});
+    case 6:
+        return line.toLower();
+    default:
+        line[0] = d.below(2) == 0 ? u'%' : u'#';
+        return line;
+    }
+}
+
+QString aLine(TDice& d)
+{
+    if (d.below(12) == 0) {
+        return d.text({"#10.0.0.5:001TPING00", "#0.0.0.0:002GPING00", "#10.0.0.7:001TCROSS00",
+                       "$10.0.0.5:002GRQ12345678AB", "$10.0.0.5:002GET00"});
+    }
+    const bool event = d.below(3) != 0;
+    const QString body = event ? eventWord(d) : stateWord(d);
+    const QString ip = anIp(d);
+    const QString device = aDevice(d);
+    const QString line = (event ? u'$' : u'#') + ip + u':' + device + body + d.text({"00", "AB", "4F"});
+    return d.below(10) == 0 ? spoilt(d, line) : line;
+}
+
+/// Bytes as boards send them, one character a byte.
+QString boardBytes(TDice& d)
+{
+    QString bytes;
+    for (int i = d.below(3); i >= 0; --i) {
+        const QString device = d.text({"001T", "001T", "002G", "003I", "00ÀT"});
+        const QString body = d.text({"$%RQ1234AB", "$%RQ1234AB", "$%PR00", "$%GR00", "$%FK00", "$%PING00",
+                                     "$%ET00", "#%ET00", "#%BT00", "#%GO00", "#%HWGX=N20x4/GR=YN/00",
+                                     "#%DC00", "$%RQÿ00", "#%HWGX=N/GR=NNY/00", "$", "%RQ1234AB"});
+        bytes += QString(body).replace(u'%', device) + d.text({"\r", "\r", "\r", "", "\n\r"});
+    }
+    return bytes;
+}
+
+qint64 someTime(TDice& d)
+{
+    const qint64 seconds = d.pick({1, 1, 2, 3, 4, 5, 7, 8, 11, 13, 15, 16, 18});
+    return seconds * 1000 + d.pick({-1, 0, 0, 0, 1, 999, -3600'000});
+}
+
+TStep jump(TDice& d, bool inside)
+{
+    if (inside || d.below(6) != 0) {
+        return {Jump, {}, 0, inside ? qMax<qint64>(someTime(d), 0) : someTime(d)};
+    }
+    return {Jump, {}, kToday + kMsPerDay * d.below(3) - d.below(3000)};
+}
+
+TStep property(TDice& d)
+{
+    switch (d.below(6)) {
+    case 0:
+        return {Number, {}, 0, d.below(4) != 0};
+    case 1:
+    case 2:
+        return {Number, {}, 1, d.below(3) != 0};
+    case 3:
+        return {Number, {}, 2, d.pick({15, 15, 1, 0, -1, 2, 86'000})};
+    case 4:
+        return {Number, {}, 3, d.pick({5, 5, 0, 1, -2, -9, -20, kLargest})};
+    default:
+        return {Number, {}, 4, d.pick({0, 0, 1, 1, 2})};
+    }
+}
+
+TStep linkStep(TDice& d, bool inside)
+{
+    switch (d.below(inside ? 6 : 8)) {
+    case 0:
+        return {Connect, {}, d.between(-1, 2)};
+    case 1:
+        return {LinkUp, {}, d.below(2), d.below(3) != 0};
+    case 2:
+        return {Fail, d.pick<QStringList>({{}, {"port fails"}}), 0, d.pick({0, 2})};
+    case 3:
+        return {d.below(3) != 0 ? OpenPort : ClosePort, {}, 0};
+    case 4:
+        return {LinkType, {}, d.pick({1, 1, 1, 1, 0, 2})};
+    case 5:
+        return {Steal, {}, d.below(3)};
+    case 6:
+        return {NewLink, {}, d.below(2)};
+    default:
+        return {Connect, {}, d.pick({0, 0, 2, -1})};
+    }
+}
+
+TStep lookup(TDice& d)
+{
+    const QString ip = anIp(d);
+    const QString device = aDevice(d);
+    switch (d.below(9)) {
+    case 0:
+    case 1:
+        return {CheckStatus, {ip, device, aType(d), aCard(d), aStatus(d)}};
+    case 2:
+        return {FindDevice, {ip, device}};
+    case 3:
+        return {FindIp, {ip}};
+    case 4:
+    case 5:
+        return {FindByCard, {ip, device, aType(d), d.below(2) == 0 ? "12345678" : aCard(d)}};
+    case 6:
+        return {Ping, {ip, device, aType(d)}};
+    case 7:
+        return {PingFind, {ip, device}};
+    default:
+        return {UpdatePing, {ip, device}};
+    }
+}
+
+TStep oddment(TDice& d)
+{
+    const QString ip = anIp(d);
+    const QString device = aDevice(d);
+    const qint64 moment = qint64(d.next() % 5'000'000'000'000U);
+    switch (d.below(7)) {
+    case 0:
+        return {StatusAll};
+    case 1:
+        return {Relay, {ip, device, "1"}, d.below(3)};
+    case 2:
+        return {AskConnected};
+    case 3:
+        return {Show, {"NAME", ip, device, "T", "card", aStatus(d), "ПУТЬ"}};
+    case 4:
+        return {TimedOut, {}, moment, moment + someTime(d), d.pick({0, 1, 2, 3, 4, 7, 15, -1})};
+    case 5:
+        return {TimedOut, {}, moment, d.below(86'400'000), kLargest};
+    default:
+        return {Parse,
+                {d.text({"IP", "DEVICE", "DEVICETYPE", "STATUS", "STATUSSHORT", "CARDNUMBER", "ip", ""}),
+                 aLine(d)}};
+    }
+}
+
+TStep editPass(TDice& d)
+{
+    const int field = d.below(8);
+    const QString text = field == 0   ? aStatus(d)
+                         : field == 1 ? aType(d)
+                         : field == 2 ? aCard(d)
+                         : field == 3 ? d.text({"", "", "4F"})
+                         : field == 4 ? d.text({"GO10.0.0.5:001T", ""})
+                                      : d.text({"", "|A|||||", "TEXT"});
+    return {EditPass, {text}, d.below(3), field, d.below(86'400'000)};
+}
+
+TStep aLineSomehow(TDice& d)
+{
+    switch (d.below(8)) {
+    case 0:
+        return {Line, {aLine(d)}};
+    case 1:
+        return {ConnectorData, {aLine(d)}};
+    case 2: {
+        TStep step{Feed};
+        step.bytes = boardBytes(d).toLatin1();
+        step.cuts = someCuts(d, step.bytes.size());
+        return step;
+    }
+    default:
+        return {LinkLine, {aLine(d)}, d.pick({0, 0, 0, 0, 1, 2})};
+    }
+}
+
+} // namespace
+
+TStep anyStep(TDice& d, bool inside, bool mayDestroy)
+{
+    switch (d.weighted({{0, 38},
+                        {1, 20},
+                        {2, 7},
+                        {3, 6},
+                        {4, 4},
+                        {5, 4},
+                        {6, 3},
+                        {7, 4},
+                        {8, 3},
+                        {9, 4},
+                        {10, 1},
+                        {11, 2},
+                        {12, 1},
+                        {13, 1},
+                        {14, 1},
+                        {15, 1}})) {
+    case 0:
+        return aLineSomehow(d);
+    case 1: {
+        const int ms = d.pick({10, 10, 10, 20, 9, 1, 11, 5, 30, 0});
+        return {Advance, {}, !inside && d.below(40) == 0 ? 2000 + ms : ms};
+    }
+    case 2:
+        return jump(d, inside);
+    case 3:
+        return {Sweep};
+    case 4:
+        return {Manual, {d.below(2) == 0 ? anIp(d) : aDevice(d), aDevice(d), aStatus(d)}};
+    case 5:
+        return editPass(d);
+    case 6:
+        return {Assign, {}, d.below(kEvents), d.pick({0, 1, 1, 1, 2})};
+    case 7:
+        return property(d);
+    case 8:
+        return linkStep(d, inside);
+    case 9:
+        return lookup(d);
+    case 10:
+        return {Ask, {}, d.between(-1, 2), d.pick({0, 0, 1, 2, 3, 5, 4, -1, 6})};
+    case 11:
+        return {Send, {}, d.between(-1, 2), d.pick({0, 1, 0, 1, 2, -1})};
+    case 12:
+        return {SilenceCheck};
+    case 13:
+        return {Interval, {}, d.pick({10, 10, 10, 1, 3, 0, -5, 100})};
+    case 14:
+        return mayDestroy && d.below(inside ? 2 : 8) == 0 ? TStep{Destroy} : oddment(d);
+    default:
+        return oddment(d);
+    }
+}
+
+TStep disturbing(TDice& d, bool mayDestroy)
+{
+    switch (d.below(8)) {
+    case 0:
+        return {Connect, {}, -1};
+    case 1:
+        return mayDestroy ? TStep{Destroy} : TStep{Sweep};
+    case 2:
+        return editPass(d);
+    case 3:
+        return aLineSomehow(d);
+    case 4:
+    case 5:
+        return {Advance, {}, 10};
+    default:
+        return {Sweep};
+    }
+}
+
+QVariant oddAnswer(TDice& d)
+{
+    return d.pick<QVariant>({"abc", QVariant(), "1", "0", "-1", 1.0, 0.0, 2.0, "22", "", 1.2, qint64(1)});
+}
+
+QVariant displayText(TDice& d)
+{
+    return d.pick<QVariant>({"", "|A|B|C|D|LS|", "NO ENTRY", "|Баланс 5 €||||", QVariant(), 5});
+}
+
+} // namespace tnv5::d24::model

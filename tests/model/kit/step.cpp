@@ -1,0 +1,96 @@
+#include "model/kit/step.h"
+
+#include <QHash>
+
+namespace tnv5::modelkit {
+
+quint64 TDice::next()
+{
+    FState += 0x9E3779B97F4A7C15U;
+    quint64 mixed = (FState ^ (FState >> 30U)) * 0xBF58476D1CE4E5B9U;
+    mixed = (mixed ^ (mixed >> 27U)) * 0x94D049BB133111EBU;
+    return mixed ^ (mixed >> 31U);
+}
+
+int TDice::weighted(std::initializer_list<TWeight> weights)
+{
+    int sum = 0;
+    for (const TWeight& each : weights) {
+        sum += each.weight;
+    }
+    int left = below(sum);
+    for (const TWeight& each : weights) {
+        left -= each.weight;
+        if (left < 0) {
+            return each.value;
+        }
+    }
+    return weights.begin()->value;
+}
+
+QByteArray TDice::noise(int longest, const QByteArray& likely)
+{
+    QByteArray bytes;
+    for (int left = below(longest + 1); left > 0; --left) {
+        bytes += chance(50) ? likely[below(int(likely.size()))] : char(below(256));
+    }
+    return bytes;
+}
+
+std::vector<int> someCuts(TDice& dice, qsizetype size)
+{
+    std::vector<int> cuts;
+    if (dice.chance(40)) {
+        const int largest = dice.pick({1, 2, 5, 17, 100'000});
+        for (qsizetype at = 0; at < size && cuts.size() < 40; at += cuts.back()) {
+            cuts.push_back(dice.chance(4) ? 0 : dice.between(1, int(qMin<qsizetype>(largest, size))));
+        }
+    }
+    return cuts;
+}
+
+QString shown(const QString& text)
+{
+    constexpr qsizetype kLongest = 300;
+    QString plain = "'";
+    for (const QChar character : QStringView(text).left(kLongest)) {
+        const int code = character.unicode();
+        const bool control = code < 32 || (code >= 127 && code <= 160) || character.isSurrogate();
+        plain += control ? QStringLiteral("<%1>").arg(code) : QString(character);
+    }
+    plain += u'\'';
+    return text.size() <= kLongest
+               ? plain
+               : plain + QStringLiteral(" of %1, hash %2").arg(text.size()).arg(qHash(text, 0));
+}
+
+QString shown(const QByteArray& bytes)
+{
+    return shown(QString::fromLatin1(bytes));
+}
+
+QString shown(const TStep& step, const char* names)
+{
+    static const char* const kGround = "Feed, Advance, Jump, OpenPort, ClosePort, Fail, PortError, NewPort, "
+                                       "DestroyPort, RenewPort, Raise";
+    const QString list = step.kind >= Feed ? kGround : names;
+    QString line = list.split(u',').at(step.kind % Feed).trimmed();
+    for (const qint64 number : {step.a, step.b, step.c}) {
+        line += u' ' + QString::number(number);
+    }
+    for (const QString& text : step.text) {
+        line += u' ' + shown(text);
+    }
+    if (!step.bytes.isEmpty()) {
+        line += u' ' + shown(step.bytes);
+    }
+    for (const int size : step.cuts) {
+        line += QStringLiteral(" /%1").arg(size);
+    }
+    for (const TStep& inside : step.first) {
+        line += " { " + shown(inside, names) + " }";
+    }
+    return line + (step.acts == 0 ? ", calm" : "");
+}
+
+} // namespace tnv5::modelkit
