@@ -273,7 +273,7 @@ void TModelPort::Close()
 void TModelPort::Write(const QByteArray& bytes)
 {
     if (!FOpen) {
-        throw TFailure{"Port " + Name + " is not open"};
+        throw TFailure{"Port " + FPort + " is not open"};
     }
     if (!outlives(OnWriting)) {
         return;

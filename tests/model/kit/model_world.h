@@ -132,17 +132,38 @@ public:
     void raiseError(const QString& message, qint64 osError);
     void raiseErrorInside(const QString& message, qint64 osError);
 
-    QString Name = QStringLiteral("MEMORY");
-    std::map<std::string, int> Settings{
-        {"BaudRate", 9600}, {"DataBits", 8}, {"Parity", 0}, {"StopBits", 0}, {"ReadGap", 0}};
+    /// Settings that a port only keeps.
+#define TNV5_SETTING(type, name, initial)                                                                    \
+    type name() const                                                                                        \
+    {                                                                                                        \
+        return F##name;                                                                                      \
+    }                                                                                                        \
+    void Set##name(type value)                                                                               \
+    {                                                                                                        \
+        F##name = value;                                                                                     \
+    }                                                                                                        \
+    type F##name = initial;
+    TNV5_SETTING(QString, Port, "MEMORY")
+    TNV5_SETTING(int, BaudRate, 9600)
+    TNV5_SETTING(int, DataBits, 8)
+    TNV5_SETTING(int, Parity, 0)
+    TNV5_SETTING(int, StopBits, 0)
+    TNV5_SETTING(int, ReadGap, 0)
+#undef TNV5_SETTING
     std::optional<QString> OpenFailure, CloseFailure, WriteFailure;
     std::function<void()> OnOpening, OnClosing, OnWriting;
     std::function<void(const QByteArray&)> OnWritten;
     std::function<void(const QString& message, qint64 osError)> OnException;
 
     /// Destroyed; the memory stays for calls under way.
-    void die() { FDead = true; }
-    bool dead() const { return FDead; }
+    void die()
+    {
+        FDead = true;
+    }
+    bool dead() const
+    {
+        return FDead;
+    }
 
 private:
     friend class TModelSplitter;
