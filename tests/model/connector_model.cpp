@@ -64,7 +64,7 @@ void TModelConnector::reachPort(Body&& body)
     });
 }
 
-bool TModelConnector::connected()
+bool TModelConnector::BaseConnected()
 {
     if (!usesPort()) {
         hit<"link: no serial port to ask">();
@@ -82,18 +82,11 @@ bool TModelConnector::connected()
     return opened;
 }
 
-bool TModelConnector::GetConnected()
-{
-    bool result = false;
-    operation([&] { result = ConnectedHook ? ConnectedHook() : connected(); });
-    return result;
-}
-
 void TModelConnector::SetConnected(bool wanted)
 {
     operation([&] {
         if (wanted) {
-            ConnectedHook ? ConnectedHook() : connected();
+            connected();
         } else if (usesPort()) {
             hit<"link: closed">();
             reachPort([&] { ComPort()->Close(); });
@@ -105,7 +98,7 @@ void TModelConnector::SetConnected(bool wanted)
 
 void TModelConnector::direct(const QString&, const QString& line)
 {
-    if (!usesPort() || !(ConnectedHook ? ConnectedHook() : connected())) {
+    if (!usesPort() || !connected()) {
         hit<"link: a line is dropped">();
         return;
     }
@@ -119,20 +112,10 @@ void TModelConnector::direct(const QString&, const QString& line)
     fire(FOnLog, this, sent);
 }
 
-void TModelConnector::SendDirectCommand(const QString& ip, const QString& line)
-{
-    operation([&] { write(ip, line); });
-}
-
 void TModelConnector::pass(const QString& line)
 {
     either<"link: a line is routed", "link: a line finds no consumer">(bool(FOnGetData));
     fire(FOnGetData, this, line);
-}
-
-void TModelConnector::GetCommand(const QString& line)
-{
-    operation([&] { pass(line); });
 }
 
 TModelBoard* TModelConnector::DeviceItem(int index) const
@@ -218,11 +201,6 @@ QString TModelConnector::digits(const QString& line) const
     }
     const QString kFigures = "0123456789ABCDEF";
     return QString(kFigures[crc / 16]) + kFigures[crc % 16];
-}
-
-void TModelConnector::ProcessDataToDevice(const QString& ip, const QString& line)
-{
-    operation([&] { process(ip, line); });
 }
 
 void TModelConnector::process(const QString& ip, const QString& line)
@@ -336,13 +314,6 @@ void TModelConnector::processDollar(const QString& ip, const QString& line, cons
         hit<"link: $ other">();
     }
     pass("$" + ip + ":" + rest(line, 2));
-}
-
-QString TModelConnector::SendCommand(const QString& command)
-{
-    QString result;
-    operation([&] { result = SendHook ? SendHook(command) : send(command); });
-    return result;
 }
 
 // ---- commands: what they write

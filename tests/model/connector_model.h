@@ -36,15 +36,30 @@ public:
     const TEvent& OnLog() const { return FOnLog; }
     const TEvent& OnGetData() const { return FOnGetData; }
 
-    bool GetConnected();
+    bool GetConnected()
+    {
+        return operation([&] { return connected(); }, false);
+    }
     void SetConnected(bool connected);
     void CloseAll() {}
-    void GetCommand(const QString& line);
-    QString SendCommand(const QString& command);
-    void SendDirectCommand(const QString& ip, const QString& line);
+    void GetCommand(const QString& line)
+    {
+        operation([&] { pass(line); });
+    }
+    QString SendCommand(const QString& command)
+    {
+        return operation([&] { return SendHook ? SendHook(command) : send(command); }, QString());
+    }
+    void SendDirectCommand(const QString& ip, const QString& line)
+    {
+        operation([&] { write(ip, line); });
+    }
     QString GetDiagnosticValue(const QString& text, const QString& key) const;
     TModelBoard* GetDeviceFromList(const QString& ip, const QString& address);
-    void ProcessDataToDevice(const QString& ip, const QString& line);
+    void ProcessDataToDevice(const QString& ip, const QString& line)
+    {
+        operation([&] { process(ip, line); });
+    }
     int DeviceCount() const { return int(FBoards.size()); }
     TModelBoard* DeviceItem(int index) const;
 
@@ -52,14 +67,14 @@ public:
     std::function<bool()> ConnectedHook;
     std::function<void(const QString& ip, const QString& line)> DirectHook;
     std::function<QString(const QString& command)> SendHook;
-    bool BaseConnected() { return connected(); }
+    bool BaseConnected();
     void BaseDirect(const QString& ip, const QString& line) { direct(ip, line); }
 
 private:
     bool usesPort() const { return FProperties.at("ConnectorType").toInt() == Serial && ComPort(); }
     template <class Body>
     void reachPort(Body&& body);
-    bool connected();
+    bool connected() { return ConnectedHook ? ConnectedHook() : BaseConnected(); }
     void direct(const QString& ip, const QString& line);
     void write(const QString& ip, const QString& line)
     {

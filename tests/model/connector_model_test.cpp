@@ -229,31 +229,25 @@ private:
     static TStep setting(TDice& d)
     {
         const int who = connector(d);
-        switch (d.below(14)) {
-        case 0:
-        case 1:
-            return {SetComport, {}, who, d.chance(20) ? -1 : port(d)};
-        case 2:
-            return {SetType, {}, who, d.chance(60) ? 1 : d.below(3)};
-        case 3:
-        case 4:
-            return {Handler, {}, who, d.below(3), d.pick({0, 1, 1, 2})};
-        case 5:
-        case 6:
-            return {SetConnected, {}, who, d.below(2), d.below(2)};
-        case 7:
-            return {GetConnected, {}, who, d.below(2)};
-        case 8:
-        case 9:
-            return {Width, {}, who, d.below(8), d.pick({-1, 0, 1, 2, 5, 10, 16, 20, 21, -20, 300})};
-        case 10:
-        case 11:
-            return {Advance, {}, d.pick({1, 999, 1000, 1001, 60'000, 86'400'000})};
-        case 12:
-            return {d.chance(30) ? DestroyConnector : CloseAll, {}, who};
-        default:
-            return {CloseAll, {}, who};
-        }
+        const TStep port{SetComport, {}, who, d.chance(20) ? -1 : TConnectorStage::port(d)};
+        const TStep handler{Handler, {}, who, d.below(3), d.pick({0, 1, 1, 2})};
+        const TStep connected{SetConnected, {}, who, d.below(2), d.below(2)};
+        const TStep width{Width, {}, who, d.below(8), d.pick({-1, 0, 1, 2, 5, 10, 16, 20, 21, -20, 300})};
+        const TStep time{Advance, {}, d.pick({1, 999, 1000, 1001, 60'000, 86'400'000})};
+        return d.pick<TStep>({port,
+                              port,
+                              {SetType, {}, who, d.chance(60) ? 1 : d.below(3)},
+                              handler,
+                              handler,
+                              connected,
+                              connected,
+                              {GetConnected, {}, who, d.below(2)},
+                              width,
+                              width,
+                              time,
+                              time,
+                              {CloseAll, {}, who},
+                              {d.chance(30) ? DestroyConnector : CloseAll, {}, who}});
     }
 
     static TStep portStep(TDice& d)
@@ -354,21 +348,10 @@ private:
     void setHandler(const TStep& step, TConnector& connector)
     {
         static constexpr const char* kNames[] = {"error", "log", "route"};
-        const auto handler = [this, who = std::size_t(step.a), name = kNames[step.b],
-                              number = step.c](auto* sender, const QString& text) {
-            const QString before = text;
-            heard(QStringLiteral("%1 %2%3 ")
-                      .arg(sender == FConnectors[who].get() ? int(who) : -1)
-                      .arg(name)
-                      .arg(number) +
-                  shown(text));
-            if (FConnectors[who] && text != before) {
-                note("the text changed under the handler");
-            }
-        };
-        auto set = &TConnector::SetOnError;
-        set = step.b == 1 ? &TConnector::SetOnLog : step.b == 2 ? &TConnector::SetOnGetData : set;
-        step.c == 0 ? (connector.*set)(nullptr) : (connector.*set)(handler);
+        static const decltype(&TConnector::SetOnLog) setters[] = {
+            &TConnector::SetOnError, &TConnector::SetOnLog, &TConnector::SetOnGetData};
+        assign(connector, setters[step.b], int(step.c),
+               teller(kNames[step.b], int(10 * step.a + step.c), FConnectors[std::size_t(step.a)]));
     }
 
     void lookAt(TConnector& connector, std::size_t who)

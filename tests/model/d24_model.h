@@ -59,22 +59,47 @@ public:
     const std::vector<std::shared_ptr<TController>>& DeviceList() const { return FControllers; }
     static QString ParseMessage(const QString& name, const QString& text);
     void OnConnectorData(TModel*, const QString& text) { p_hw_ProtocolIn(text); }
-    void p_hw_ProtocolIn(const QString& text);
+    void p_hw_ProtocolIn(const QString& text)
+    {
+        operation([&] { line(text); });
+    }
     QString p_hw_CheckStatus(const QString& ip, const QString& device, const QString& type,
-                             const QString& card, const QString& status);
+                             const QString& card, const QString& status)
+    {
+        return operation([&] { return checkStatus(ip, device, type, card, status); }, QString());
+    }
     int p_hw_FindDevice(const QString& ip, const QString& device) const;
     int p_hw_FindIP(const QString& ip) const;
     int p_hw_FindDeviceByRelay(const QString& ip, const QString& device, const QString& type,
                                const QString& card);
-    void DevicePing(const QString& ip, const QString& device, const QString& type);
+    void DevicePing(const QString& ip, const QString& device, const QString& type)
+    {
+        operation([&] { ping(ip, device, type); });
+    }
     int DevicePingFind(const QString& ip, const QString& device) const;
     void UpdatePing(const QString& ip, const QString& device);
-    void DevicePingTime(TModel* sender);
-    void p_hw_CallStackArray();
-    int p_hw_SQLCheck(int index, int mode);
-    bool p_hw_SendComCommand(int index, int yesnot);
+    void DevicePingTime(TModel*)
+    {
+        operation([&] { silenceCheck(); });
+    }
+    void p_hw_CallStackArray()
+    {
+        operation([&] { sweep(); });
+    }
+    int p_hw_SQLCheck(int index, int mode)
+    {
+        const PPass pass = StackItem(index);
+        return pass ? operation([&] { return ask(pass, mode); }, -1) : -1;
+    }
+    bool p_hw_SendComCommand(int index, int yesnot)
+    {
+        return operation([&] { return send(StackItem(index), yesnot), true; }, true);
+    }
     bool p_hw_checktimeout(double first, double second, int limit) const;
-    bool p_hw_CheckStatusAll();
+    bool p_hw_CheckStatusAll()
+    {
+        return operation([&] { return portReady(), true; }, true);
+    }
     bool p_hw_relay(const QString&, const QString&, const QString&, int) { return p_hw_CheckStatusAll(); }
     void p_hw_manual(const QString& ip, const QString& device, const QString& status);
     void SetTimerInterval(int ms);

@@ -261,48 +261,39 @@ private:
 
     void assign(int event, int number)
     {
-        const auto name = [this, number](const char* text, const auto* sender) {
-            return QStringLiteral("%1%2%3 ").arg(text).arg(number).arg(sender == FGate.get() ? ""
-                                                                                             : " stranger");
-        };
-        const auto text = [this, name](const char* what) {
-            return
-                [this, name, what](auto* sender, const QString& said) { heard(name(what, sender) + said); };
-        };
-        const auto put = [&](auto setter, auto handler) {
-            number == 0 ? (FGate.get()->*setter)(nullptr) : (FGate.get()->*setter)(handler);
-        };
+        TGate& gate = *FGate;
         switch (event) {
         case evLog:
-            return put(&TGate::SetOnLog, text("log"));
+            return TStage::assign(gate, &TGate::SetOnLog, number, teller("log", number, FGate));
         case evError:
-            return put(&TGate::SetOnError, text("error"));
+            return TStage::assign(gate, &TGate::SetOnError, number, teller("error", number, FGate));
         case evStatus:
-            return put(&TGate::SetOnCheckStatus, [this, name](auto* sender, const auto&... values) {
-                heard(name("status", sender) + QStringList{QVariant(values).toString()...}.join(u'!'));
-                note("end of status " + QStringList{QVariant(values).toString()...}.join(u'!'));
-            });
+            return TStage::assign(gate, &TGate::SetOnCheckStatus, number, teller("status", number, FGate));
         case evPicture:
-            return put(&TGate::SetOnGetImg, [this, name](auto* sender, const QString& device, QImage& img) {
-                heard(name("picture", sender) + device + QString::number(img.width()));
-                if (FDice.below(4) != 0) {
-                    img = QImage(1 + FDice.below(5), 1, QImage::Format_Mono);
-                }
-            });
+            return TStage::assign(gate, &TGate::SetOnGetImg, number,
+                                  [this, number](auto* sender, const QString& device, QImage& img) {
+                                      note(QStringLiteral("picture of %1").arg(img.width()));
+                                      teller("picture", number, FGate)(sender, device);
+                                      if (FDice.below(4) != 0) {
+                                          img = QImage(1 + FDice.below(5), 1, QImage::Format_Mono);
+                                      }
+                                  });
         default:
-            return put(&TGate::SetOnCheckSQL, [this, name](auto* sender, const auto& ip, const auto& device,
-                                                           const auto& type, const auto& card,
-                                                           const auto& status, QImage& img, const auto& mode,
-                                                           QVariant& mess, QVariant& answer) {
-                QString fields;
-                for (const QVariant& field : {QVariant(ip), QVariant(device), QVariant(type), QVariant(card),
-                                              QVariant(status), QVariant(mode), mess, answer}) {
-                    fields += field.toString() + u'!';
-                }
-                note(name("question", sender) + fields + QString::number(img.width()));
-                question(img, mess, answer);
-                note("end of question " + QVariant(status).toString());
-            });
+            return TStage::assign(
+                gate, &TGate::SetOnCheckSQL, number,
+                [this, number](auto* sender, const auto& ip, const auto& device, const auto& type,
+                               const auto& card, const auto& status, QImage& img, const auto& mode,
+                               QVariant& mess, QVariant& answer) {
+                    QString said = handlerName("question", number, sender == FGate.get());
+                    for (const QVariant& field :
+                         {QVariant(ip), QVariant(device), QVariant(type), QVariant(card), QVariant(status),
+                          QVariant(mode), mess, answer, QVariant(img.width())}) {
+                        said += u'!' + field.toString();
+                    }
+                    note(said);
+                    question(img, mess, answer);
+                    note("end of question " + QVariant(status).toString());
+                });
         }
     }
 

@@ -299,58 +299,9 @@ void TModelGate::silenceCheck()
 
 // ---- what the host calls
 
-void TModelGate::p_hw_ProtocolIn(const QString& text)
-{
-    operation([&] { line(text); });
-}
-
-QString TModelGate::p_hw_CheckStatus(const QString& ip, const QString& device, const QString& type,
-                                     const QString& card, const QString& status)
-{
-    QString result;
-    operation([&] { result = checkStatus(ip, device, type, card, status); });
-    return result;
-}
-
-void TModelGate::DevicePing(const QString& ip, const QString& device, const QString& type)
-{
-    operation([&] { ping(ip, device, type); });
-}
-
-void TModelGate::DevicePingTime(TModel*)
-{
-    operation([&] { silenceCheck(); });
-}
-
-void TModelGate::p_hw_CallStackArray()
-{
-    operation([&] { sweep(); });
-}
-
-int TModelGate::p_hw_SQLCheck(int index, int mode)
-{
-    int result = -1;
-    if (const PPass pass = StackItem(index)) {
-        operation([&] { result = ask(pass, mode); });
-    }
-    return result;
-}
-
-bool TModelGate::p_hw_SendComCommand(int index, int yesnot)
-{
-    operation([&] { send(StackItem(index), yesnot); });
-    return true;
-}
-
 bool TModelGate::p_hw_checktimeout(double first, double second, int limit) const
 {
     return apart(std::llround(first * kMsPerDay), std::llround(second * kMsPerDay), limit);
-}
-
-bool TModelGate::p_hw_CheckStatusAll()
-{
-    operation([&] { portReady(); });
-    return true;
 }
 
 void TModelGate::p_hw_manual(const QString& ip, const QString& device, const QString& status)

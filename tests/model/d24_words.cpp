@@ -120,65 +120,43 @@ TStep jump(TDice& d, bool inside)
 
 TStep property(TDice& d)
 {
-    switch (d.below(6)) {
-    case 0:
-        return {Number, {}, 0, d.below(4) != 0};
-    case 1:
-    case 2:
-        return {Number, {}, 1, d.below(3) != 0};
-    case 3:
-        return {Number, {}, 2, d.pick({15, 15, 1, 0, -1, 2, 86'000})};
-    case 4:
-        return {Number, {}, 3, d.pick({5, 5, 0, 1, -2, -9, -20, kLargest})};
-    default:
-        return {Number, {}, 4, d.pick({0, 0, 1, 1, 2})};
-    }
+    const TStep checkET{Number, {}, 1, d.below(3) != 0};
+    return d.pick<TStep>({{Number, {}, 0, d.below(4) != 0},
+                          checkET,
+                          checkET,
+                          {Number, {}, 2, d.pick({15, 15, 1, 0, -1, 2, 86'000})},
+                          {Number, {}, 3, d.pick({5, 5, 0, 1, -2, -9, -20, kLargest})},
+                          {Number, {}, 4, d.pick({0, 0, 1, 1, 2})}});
 }
 
 TStep linkStep(TDice& d, bool inside)
 {
-    switch (d.below(inside ? 6 : 8)) {
-    case 0:
-        return {Connect, {}, d.between(-1, 2)};
-    case 1:
-        return {LinkUp, {}, d.below(2), d.below(3) != 0};
-    case 2:
-        return {Fail, d.pick<QStringList>({{}, {"port fails"}}), 0, d.pick({0, 2})};
-    case 3:
-        return {d.below(3) != 0 ? OpenPort : ClosePort, {}, 0};
-    case 4:
-        return {LinkType, {}, d.pick({1, 1, 1, 1, 0, 2})};
-    case 5:
-        return {Steal, {}, d.below(3)};
-    case 6:
-        return {NewLink, {}, d.below(2)};
-    default:
-        return {Connect, {}, d.pick({0, 0, 2, -1})};
-    }
+    const TStep connect{Connect, {}, d.pick({0, 0, 0, 1, 2, 2, -1, -1})};
+    return d.pick<TStep>({connect,
+                          {LinkUp, {}, d.below(2), d.below(3) != 0},
+                          {Fail, d.pick<QStringList>({{}, {"port fails"}}), 0, d.pick({0, 2})},
+                          {d.below(3) != 0 ? OpenPort : ClosePort, {}, 0},
+                          {LinkType, {}, d.pick({1, 1, 1, 1, 0, 2})},
+                          {Steal, {}, d.below(3)},
+                          inside ? connect : TStep{NewLink, {}, d.below(2)},
+                          connect});
 }
 
 TStep lookup(TDice& d)
 {
     const QString ip = anIp(d);
     const QString device = aDevice(d);
-    switch (d.below(9)) {
-    case 0:
-    case 1:
-        return {CheckStatus, {ip, device, aType(d), aCard(d), aStatus(d)}};
-    case 2:
-        return {FindDevice, {ip, device}};
-    case 3:
-        return {FindIp, {ip}};
-    case 4:
-    case 5:
-        return {FindByCard, {ip, device, aType(d), d.below(2) == 0 ? "12345678" : aCard(d)}};
-    case 6:
-        return {Ping, {ip, device, aType(d)}};
-    case 7:
-        return {PingFind, {ip, device}};
-    default:
-        return {UpdatePing, {ip, device}};
-    }
+    const TStep check{CheckStatus, {ip, device, aType(d), aCard(d), aStatus(d)}};
+    const TStep byCard{FindByCard, {ip, device, aType(d), d.below(2) == 0 ? "12345678" : aCard(d)}};
+    return d.pick<TStep>({check,
+                          check,
+                          {FindDevice, {ip, device}},
+                          {FindIp, {ip}},
+                          byCard,
+                          byCard,
+                          {Ping, {ip, device, aType(d)}},
+                          {PingFind, {ip, device}},
+                          {UpdatePing, {ip, device}}});
 }
 
 TStep oddment(TDice& d)
@@ -186,24 +164,15 @@ TStep oddment(TDice& d)
     const QString ip = anIp(d);
     const QString device = aDevice(d);
     const qint64 moment = qint64(d.next() % 5'000'000'000'000U);
-    switch (d.below(7)) {
-    case 0:
-        return {StatusAll};
-    case 1:
-        return {Relay, {ip, device, "1"}, d.below(3)};
-    case 2:
-        return {AskConnected};
-    case 3:
-        return {Show, {"NAME", ip, device, "T", "card", aStatus(d), "ПУТЬ"}};
-    case 4:
-        return {TimedOut, {}, moment, moment + someTime(d), d.pick({0, 1, 2, 3, 4, 7, 15, -1})};
-    case 5:
-        return {TimedOut, {}, moment, d.below(86'400'000), kLargest};
-    default:
-        return {Parse,
-                {d.text({"IP", "DEVICE", "DEVICETYPE", "STATUS", "STATUSSHORT", "CARDNUMBER", "ip", ""}),
-                 aLine(d)}};
-    }
+    const QString field =
+        d.text({"IP", "DEVICE", "DEVICETYPE", "STATUS", "STATUSSHORT", "CARDNUMBER", "ip", ""});
+    return d.pick<TStep>({{StatusAll},
+                          {Relay, {ip, device, "1"}, d.below(3)},
+                          {AskConnected},
+                          {Show, {"NAME", ip, device, "T", "card", aStatus(d), "ПУТЬ"}},
+                          {TimedOut, {}, moment, moment + someTime(d), d.pick({0, 1, 2, 3, 4, 7, 15, -1})},
+                          {TimedOut, {}, moment, d.below(86'400'000), kLargest},
+                          {Parse, {field, aLine(d)}}});
 }
 
 TStep editPass(TDice& d)
@@ -295,21 +264,14 @@ TStep anyStep(TDice& d, bool inside, bool mayDestroy)
 
 TStep disturbing(TDice& d, bool mayDestroy)
 {
-    switch (d.below(8)) {
-    case 0:
-        return {Connect, {}, -1};
-    case 1:
-        return mayDestroy ? TStep{Destroy} : TStep{Sweep};
-    case 2:
-        return editPass(d);
-    case 3:
-        return aLineSomehow(d);
-    case 4:
-    case 5:
-        return {Advance, {}, 10};
-    default:
-        return {Sweep};
-    }
+    return d.pick<TStep>({{Connect, {}, -1},
+                          mayDestroy ? TStep{Destroy} : TStep{Sweep},
+                          editPass(d),
+                          aLineSomehow(d),
+                          {Advance, {}, 10},
+                          {Advance, {}, 10},
+                          {Sweep},
+                          {Sweep}});
 }
 
 QVariant oddAnswer(TDice& d)

@@ -52,11 +52,6 @@ void TModelScales::die()
 
 // properties
 
-void TModelScales::SetLastWeight(int weight)
-{
-    operation([&] { notify(weight); });
-}
-
 void TModelScales::notify(int weight)
 {
     if (weight == FLastWeight) {
@@ -124,13 +119,6 @@ void TModelScales::SetSendInterval(int ms)
 
 // port
 
-bool TModelScales::SetConnection(bool open)
-{
-    bool result = false;
-    operation([&] { result = connectPort(open); });
-    return result;
-}
-
 bool TModelScales::connectPort(bool open)
 {
     if (ComPort() == nullptr) {
@@ -179,11 +167,6 @@ void TModelScales::SetUpComport()
     bind(port);
 }
 
-void TModelScales::WriteToPort(const QString& text)
-{
-    operation([&] { send(text); });
-}
-
 void TModelScales::send(const QString& text)
 {
     if (!IsConnected()) {
@@ -198,11 +181,6 @@ void TModelScales::send(const QString& text)
     }
     hit<"Sent">();
     log("[05] Send to port " + text);
-}
-
-void TModelScales::Reset()
-{
-    operation([&] { restart(); });
 }
 
 void TModelScales::restart()
@@ -228,13 +206,6 @@ void TModelScales::restart()
 }
 
 // weighing
-
-int TModelScales::GetWeight(bool safe)
-{
-    int result = -1;
-    operation([&] { result = ask(safe); });
-    return result;
-}
 
 int TModelScales::ask(bool safe)
 {

@@ -25,7 +25,10 @@ public:
     int IDLang() const { return FLang; }
     void SetIDLang(int lang) { FLang = lang; }
     int LastWeight() const { return FLastWeight; }
-    void SetLastWeight(int weight);
+    void SetLastWeight(int weight)
+    {
+        operation([&] { notify(weight); });
+    }
     int ScalesType() const { return FType; }
     void SetScalesType(int type);
     int SendInterval() const { return FSendInterval; }
@@ -34,11 +37,23 @@ public:
     void SetComport(TModelPort* port);
 
     bool IsConnected() const { return ComPort() != nullptr && ComPort()->Connected(); }
-    bool SetConnection(bool open);
+    bool SetConnection(bool open)
+    {
+        return operation([&] { return connectPort(open); }, false);
+    }
     void SetUpComport();
-    int GetWeight(bool safe);
-    void WriteToPort(const QString& text);
-    void Reset();
+    int GetWeight(bool safe)
+    {
+        return operation([&] { return ask(safe); }, -1);
+    }
+    void WriteToPort(const QString& text)
+    {
+        operation([&] { send(text); });
+    }
+    void Reset()
+    {
+        operation([&] { restart(); });
+    }
     QString GetMessage(int index) const;
 
     void GetScalesList(QStringList& names) const;

@@ -388,29 +388,29 @@ private:
 
     void assign(int event, int number)
     {
-        const auto put = [&](auto setter, const char* name) {
-            const auto handler = [this, name, number, event](auto* sender, const auto& said) {
-                heardFrom(sender == FScales.get(),
-                          QStringLiteral("%1%2 ").arg(name).arg(number) + shown(QVariant(said).toString()),
-                          event);
-            };
-            number == 0 ? (FScales.get()->*setter)(nullptr) : (FScales.get()->*setter)(handler);
-        };
-        return event == evLog     ? put(&TScales::SetOnLog, "log")
-               : event == evError ? put(&TScales::SetOnError, "error")
-                                  : put(&TScales::SetOnWeight, "weight");
+        TScales& scales = *FScales;
+        switch (event) {
+        case evLog:
+            return TStage::assign(scales, &TScales::SetOnLog, number, teller("log", number, FScales));
+        case evError:
+            return TStage::assign(scales, &TScales::SetOnError, number, teller("error", number, FScales));
+        default:
+            return TStage::assign(scales, &TScales::SetOnWeight, number,
+                                  [this, number](auto* sender, int weight) {
+                                      disturb();
+                                      teller("weight", number, FScales)(sender, weight);
+                                  });
+        }
     }
 
-    void heardFrom(bool own, const QString& what, int event)
+    void disturb()
     {
-        note((own ? "" : "from a stranger: ") + what);
-        if (event == evWeight && FWild.nested > 0 && depth() < 3 && FDice.chance(30)) {
+        if (FWild.nested > 0 && depth() < 3 && FDice.chance(30)) {
             nest(disturbingWeight(FDice), false);
             if (!FScales && FDice.chance(30)) {
                 raise();
             }
         }
-        react(FWild);
     }
 
     TGround<World> ground;

@@ -289,11 +289,6 @@ QString TModelGate::checkStatus(const QString& device, const QString& card, cons
 
 // ---- what the host calls
 
-void TModelGate::p_hw_ProtocolIn(const QString& text)
-{
-    operation([&] { line(text); });
-}
-
 int TModelGate::p_hw_FindDevice(const QString& device) const
 {
     const int index = find(device);
@@ -314,35 +309,6 @@ int TModelGate::p_hw_FindDeviceByRelay(const QString& device, const QString& rel
     return StackItemsCount() - 1;
 }
 
-QString TModelGate::p_hw_CheckStatus(const QString& device, const QString& card, const QString& status)
-{
-    QString result;
-    operation([&] { result = checkStatus(device, card, status); });
-    return result;
-}
-
-void TModelGate::p_hw_CallStackArray()
-{
-    operation([&] { sweep(); });
-}
-
-int TModelGate::p_hw_SQLCheck(int index, int mode)
-{
-    int result = -1;
-    operation([&] { result = ask(StackItem(index), mode); });
-    return result;
-}
-
-void TModelGate::p_hw_SendComCommand(int index, int yesnot)
-{
-    operation([&] { sendCom(StackItem(index), yesnot); });
-}
-
-void TModelGate::p_hw_CheckStatusAll()
-{
-    operation([&] { poll(); });
-}
-
 bool TModelGate::p_hw_checktimeout(double first, double second, int limit) const
 {
     return either<"time-out", "no time-out">(daysApart(first, second, limit));
@@ -352,11 +318,6 @@ void TModelGate::ShowinternalStatus(TModel* sender, const QString& name, const Q
                                     const QString& card, const QString& first, const QString& second)
 {
     operation([&] { show(sender, {name, device, card, first, second}); });
-}
-
-void TModelGate::ServerEcho(const QString& text)
-{
-    operation([&] { echo(text); });
 }
 
 bool TModelGate::Connected()

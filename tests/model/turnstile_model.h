@@ -53,21 +53,42 @@ public:
 
     int StackItemsCount() const { return int(FStack.size()); }
     PRecord StackItem(int index) const;
-    void p_hw_ProtocolIn(const QString& text);
+    void p_hw_ProtocolIn(const QString& text)
+    {
+        operation([&] { line(text); });
+    }
     int p_hw_FindDevice(const QString& device) const;
     int p_hw_FindDeviceByRelay(const QString& device, const QString& relay);
-    QString p_hw_CheckStatus(const QString& device, const QString& card, const QString& status);
-    void p_hw_CallStackArray();
-    int p_hw_SQLCheck(int index, int mode);
-    void p_hw_SendComCommand(int index, int yesnot);
+    QString p_hw_CheckStatus(const QString& device, const QString& card, const QString& status)
+    {
+        return operation([&] { return checkStatus(device, card, status); }, QString());
+    }
+    void p_hw_CallStackArray()
+    {
+        operation([&] { sweep(); });
+    }
+    int p_hw_SQLCheck(int index, int mode)
+    {
+        return operation([&] { return ask(StackItem(index), mode); }, -1);
+    }
+    void p_hw_SendComCommand(int index, int yesnot)
+    {
+        operation([&] { sendCom(StackItem(index), yesnot); });
+    }
     void p_hw_relay(const QString& device, const QString& relay, int yesnot);
-    void p_hw_CheckStatusAll();
+    void p_hw_CheckStatusAll()
+    {
+        operation([&] { poll(); });
+    }
     bool p_hw_checktimeout(double first, double second, int limit) const;
     bool CheckCRC(const QString& message) const;
     void SetTimerInterval(int ms) { FTimer.setInterval(ms); }
     void ShowinternalStatus(TModel* sender, const QString& name, const QString& device, const QString& card,
                             const QString& first, const QString& second);
-    void ServerEcho(const QString& text);
+    void ServerEcho(const QString& text)
+    {
+        operation([&] { echo(text); });
+    }
     bool Connected();
 
 private:

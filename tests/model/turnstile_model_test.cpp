@@ -247,27 +247,22 @@ private:
         TWords say = words(d);
         const int index = d.between(-1, FGate ? FGate->StackItemsCount() : 0);
         const int yesnot = d.pick({0, 0, 1, 1, 1, 2, -1});
-        switch (d.below(10)) {
-        case 0:
-            return {Find, {say.address()}};
-        case 1:
-            return {FindByRelay, {say.address(), say.card()}};
-        case 2:
-        case 3:
-            return {CheckStatus, {say.address(), say.card(), d.text({"R", "", "Ы!"})}};
-        case 4:
-        case 5:
-            return {Ask, {}, index, d.between(-1, 4)};
-        case 6:
-            return {Poll};
-        case 7:
-            return {SendCom, {}, index, yesnot};
-        default:
-            return {Relay,
-                    {d.chance(70) ? say.address() : say.oddAddress(),
-                     d.text({"1", "3", "12", "", "x", "٣", " "})},
-                    yesnot};
-        }
+        const TStep check{CheckStatus, {say.address(), say.card(), d.text({"R", "", "Ы!"})}};
+        const TStep ask{Ask, {}, index, d.between(-1, 4)};
+        const TStep relay{
+            Relay,
+            {d.chance(70) ? say.address() : say.oddAddress(), d.text({"1", "3", "12", "", "x", "٣", " "})},
+            yesnot};
+        return d.pick<TStep>({{Find, {say.address()}},
+                              {FindByRelay, {say.address(), say.card()}},
+                              check,
+                              check,
+                              ask,
+                              ask,
+                              {Poll},
+                              {SendCom, {}, index, yesnot},
+                              relay,
+                              relay});
     }
 
     TStep lookAround(TDice& d)
@@ -275,56 +270,35 @@ private:
         TWords say = words(d);
         const int limit = d.between(-1, 12);
         const qint64 moment = kToday + d.below(int(kMsPerDay));
-        switch (d.below(6)) {
-        case 0:
-        case 1:
-            return {TimedOut,
-                    {},
-                    moment,
-                    moment + d.pick({-1, 1}) * (limit + d.below(2)) * 1'000LL + d.between(-1, 1),
-                    limit};
-        case 2:
-            return {Checksum, {d.chance(50) ? say.line() : QString::number(d.below(1'000))}};
-        case 3:
-            return {Show, {"COME", say.address(), say.card(), say.status(), "a!&b"}, d.below(3)};
-        case 4:
-            return {Echo};
-        default:
-            return {AskConnected};
-        }
+        const qint64 other = moment + d.pick({-1, 1}) * (limit + d.below(2)) * 1'000LL + d.between(-1, 1);
+        return d.pick<TStep>({{TimedOut, {}, moment, other, limit},
+                              {TimedOut, {}, moment, other, limit},
+                              {Checksum, {d.chance(50) ? say.line() : QString::number(d.below(1'000))}},
+                              {Show, {"COME", say.address(), say.card(), say.status(), "a!&b"}, d.below(3)},
+                              {Echo},
+                              {AskConnected}});
     }
 
     TStep property(TDice& d)
     {
-        const int kind = d.below(10);
-        if (kind < 6) {
-            return {Number, {}, d.below(7), d.pick({0, 1, 2, 3, 4, 5, 9, 12, -1, d.below(30)})};
+        QStringList list;
+        for (int left = d.below(5); left > 0; --left) {
+            list += words(d).address();
         }
-        if (kind < 8) {
-            return {Door, {d.text({"D", "D", "A", "B", "d", "", "DD", "Я"})}};
-        }
-        if (kind < 9) {
-            QStringList list;
-            for (int left = d.below(5); left > 0; --left) {
-                list += words(d).address();
-            }
-            return {Devices, list};
-        }
-        return {Interval, {}, d.pick({100, 100, 100, 1, 10, 1'000, 0, -5, 50})};
+        const TStep number{Number, {}, d.below(7), d.pick({0, 1, 2, 3, 4, 5, 9, 12, -1, d.below(30)})};
+        const TStep door{Door, {d.text({"D", "D", "A", "B", "d", "", "DD", "Я"})}};
+        const TStep interval{Interval, {}, d.pick({100, 100, 100, 1, 10, 1'000, 0, -5, 50})};
+        return d.pick(
+            {number, number, number, number, number, number, door, door, {Devices, list}, interval});
     }
 
     static TStep portStep(TDice& d)
     {
         const int port = d.chance(80) ? 0 : 1;
-        const int kind = d.below(10);
-        if (kind < 5) {
-            return {d.chance(70) ? OpenPort : ClosePort, {}, port};
-        }
-        if (kind < 7) {
-            const auto text = d.pick<QStringList>({{}, {}, {"обрыв"}, {""}});
-            return {Fail, text, port, 2};
-        }
-        return kind < 9 ? TStep{AssignPort, {}, d.pick({0, 0, 0, 1, -1})} : TStep{RenewPort, {}, port};
+        const TStep open{d.chance(70) ? OpenPort : ClosePort, {}, port};
+        const TStep fail{Fail, d.pick<QStringList>({{}, {}, {"обрыв"}, {""}}), port, 2};
+        const TStep give{AssignPort, {}, d.pick({0, 0, 0, 1, -1})};
+        return d.pick({open, open, open, open, open, fail, fail, give, give, {RenewPort, {}, port}});
     }
 
     TStep edit(TDice& d)
@@ -421,51 +395,33 @@ private:
 
     void assign(int event, int number)
     {
-        const auto name = [this, number](const char* text, const auto* sender) {
-            return QStringLiteral("%1%2%3 ").arg(text).arg(number).arg(sender == FGate.get() ? ""
-                                                                                             : " stranger");
-        };
-        const auto text = [this, name](const char* what) {
-            return [this, name, what](auto* sender, const QString& said) { hear(name(what, sender), said); };
-        };
-        const auto put = [&](auto setter, auto handler) {
-            number == 0 ? (FGate.get()->*setter)(nullptr) : (FGate.get()->*setter)(handler);
-        };
+        TGate& gate = *FGate;
         switch (event) {
         case 0:
-            return put(&TGate::SetOnLog, text("OnLog"));
+            return TStage::assign(gate, &TGate::SetOnLog, number, teller("log", number, FGate));
         case 1:
-            return put(&TGate::SetOnError, text("OnError"));
+            return TStage::assign(gate, &TGate::SetOnError, number, teller("error", number, FGate));
         case 2:
-            return put(&TGate::SetOnCheckStatus, [this, name](auto* sender, const auto&... values) {
-                heard(name("OnCheckStatus", sender) + QStringList{QVariant(values).toString()...}.join(u'!'));
-            });
+            return TStage::assign(gate, &TGate::SetOnCheckStatus, number, teller("status", number, FGate));
         case 3:
-            return put(&TGate::SetOnCheckSQL,
-                       [this, name](auto* sender, const auto& device, const auto& card, const auto& status,
-                                    QImage& img, const auto& mode, QVariant& result) {
-                           const QVariant fields[] = {device, card, status, mode, result};
-                           QString said = name("OnCheckSQL", sender) + QString::number(img.width());
-                           for (const QVariant& field : fields) {
-                               said += u'!' + field.toString();
-                           }
-                           note(said);
-                           question(QVariant(mode).toInt(), img, result);
-                       });
+            return TStage::assign(
+                gate, &TGate::SetOnCheckSQL, number,
+                [this, number](auto* sender, const auto& device, const auto& card, const auto& status,
+                               QImage& img, const auto& mode, QVariant& result) {
+                    QString said = handlerName("question", number, sender == FGate.get());
+                    for (const QVariant& field : {QVariant(device), QVariant(card), QVariant(status),
+                                                  QVariant(mode), QVariant(result), QVariant(img.width())}) {
+                        said += u'!' + field.toString();
+                    }
+                    note(said);
+                    question(QVariant(mode).toInt(), img, result);
+                });
         default:
-            return put(&TGate::SetOnGetImg, [this, name](auto* sender, const QString& device, QImage& img) {
-                draw(img);
-                hear(name("OnGetImg", sender), device);
-            });
-        }
-    }
-
-    void hear(const QString& what, const QString& said)
-    {
-        const QString before = said;
-        heard(what + said);
-        if (FGate && said != before) {
-            note("the text changed under the handler");
+            return TStage::assign(gate, &TGate::SetOnGetImg, number,
+                                  [this, number](auto* sender, const QString& device, QImage& img) {
+                                      draw(img);
+                                      teller("picture", number, FGate)(sender, device);
+                                  });
         }
     }
 

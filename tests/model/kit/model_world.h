@@ -271,7 +271,9 @@ protected:
     /// The same, and hands the text of what it raises to `failed`.
     template <class Body, class Failed>
     void attempt(Body&& body, Failed&& failed);
-    /// Runs a method that the host calls.
+    /// Runs a method that the host calls; one that outlives the model ends quietly, with a result of its own.
+    template <class Body, class Result>
+    static Result operation(Body&& body, Result ifGone);
     template <class Body>
     static void operation(Body&& body);
     /// Calls a handler that is assigned.
@@ -316,14 +318,21 @@ void TModel::attempt(Body&& body, Failed&& failed)
     }
 }
 
+template <class Body, class Result>
+Result TModel::operation(Body&& body, Result ifGone)
+{
+    try {
+        return body();
+    } catch (const TGone&) {
+        hit<"an operation ends quietly">();
+        return ifGone;
+    }
+}
+
 template <class Body>
 void TModel::operation(Body&& body)
 {
-    try {
-        body();
-    } catch (const TGone&) {
-        hit<"an operation ends quietly">();
-    }
+    operation([&] { return body(), true; }, false);
 }
 
 template <class Handler, class Self, class... Args>

@@ -57,6 +57,30 @@ protected:
         note(what);
         react(FWild);
     }
+    /// Assigns a handler to an event, or none for the number 0.
+    template <class Thing, class Setter, class Handler>
+    static void assign(Thing& thing, Setter setter, int number, const Handler& handler)
+    {
+        number == 0 ? (thing.*setter)(nullptr) : (thing.*setter)(handler);
+    }
+    /// How the trace calls a handler.
+    static QString handlerName(const char* event, int number, bool ownSender)
+    {
+        return QStringLiteral("%1%2%3 ").arg(event).arg(number).arg(ownSender ? "" : " stranger");
+    }
+    /// A handler that tells the host its values; they must not change under it while its owner is alive.
+    template <class Owner>
+    auto teller(const char* event, int number, const std::shared_ptr<Owner>& owner)
+    {
+        return [this, event, number, &owner](auto* sender, const auto&... values) {
+            const auto said = [&] { return QStringList{shown(QVariant(values).toString())...}.join(u' '); };
+            const QString before = said();
+            heard(handlerName(event, number, sender == owner.get()) + before);
+            if (owner && said() != before) {
+                note("the values changed under the handler");
+            }
+        };
+    }
     /// What a handler may do: call back, destroy, raise.
     void react(const TTemper& how);
     /// Does a step inside a handler; it leaves to the caller what it raises, or catches it.
