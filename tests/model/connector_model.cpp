@@ -125,11 +125,11 @@ TModelBoard* TModelConnector::DeviceItem(int index) const
 
 TModelBoard* TModelConnector::GetDeviceFromList(const QString& ip, const QString& address)
 {
-    for (const auto& board : FBoards) {
-        if (board->IP == ip && board->Device == address) {
-            hit<"link: a known board">();
-            return board.get();
-        }
+    const int known =
+        firstIndex(FBoards, [&](const auto& board) { return board->IP == ip && board->Device == address; });
+    if (known >= 0) {
+        hit<"link: a known board">();
+        return DeviceItem(known);
     }
     hit<"link: a new board">();
     FBoards.push_back(std::make_unique<TModelBoard>());
@@ -323,34 +323,29 @@ QString TModelConnector::send(const QString& command)
     const QString code = part(command, 1, 2);
     const qsizetype colon = position(":", command);
     const QString ip = colon == 0 ? QString() : part(command, 3, colon - 3);
-    QString body;
     if (colon == 0) {
         hit<"link: a command without a colon">();
     }
-    if (code == "SD") {
-        body = "SDG";
-    } else if (code == "GO" || code == "PH" || code == "HW") {
-        body = code;
-    } else if (code == "AL") {
-        body = "RL320N";
-    } else if (code == "RL") {
-        // the relay is searched for behind the code, also when there is no colon to find
-        const QString behind = rest(command, 3);
-        const QString relay = part(behind, position(":", behind) + 5, 1);
-        either<"link: RL without a relay", "link: RL with a relay">(relay.isEmpty());
-        body = "RL" + relay + "00N";
-    } else if (code == "SH") {
-        hit<"link: command SH">();
-        show(command, ip, part(command, colon + 1, 4));
-        return {};
-    } else {
+    // the relay is searched for behind the code, also when there is no colon to find
+    const QString behind = rest(command, 3);
+    const QString relay = part(behind, position(":", behind) + 5, 1);
+    const QStringList codes{"SD", "GO", "RL", "PH", "AL", "HW", "SH"};
+    const QStringList bodies{"SDG", "GO", "RL" + relay + "00N", "PH", "RL320N", "HW"};
+    const int known = int(codes.indexOf(code));
+    if (known < 0) {
         hit<"link: an unknown command">();
         return {};
     }
-    static const QStringList codes{"SD", "GO", "RL", "PH", "AL", "HW"};
     way<"link: command SD", "link: command GO", "link: command RL", "link: command PH", "link: command AL",
-        "link: command HW">(int(codes.indexOf(code)));
-    const QString line = "$" + part(command, colon + 1, 4) + body;
+        "link: command HW", "link: command SH">(known);
+    if (code == "SH") {
+        show(command, ip, part(command, colon + 1, 4));
+        return {};
+    }
+    if (code == "RL") {
+        either<"link: RL without a relay", "link: RL with a relay">(relay.isEmpty());
+    }
+    const QString line = "$" + part(command, colon + 1, 4) + bodies[known];
     write(ip, line);
     return digits(checked(line));
 }

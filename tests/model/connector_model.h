@@ -41,6 +41,14 @@ public:
         return operation([&] { return connected(); }, false);
     }
     void SetConnected(bool connected);
+    QVariant property(const char* name)
+    {
+        return name == std::string("IsConnected") ? GetConnected() : TModel::property(name);
+    }
+    void setProperty(const char* name, const QVariant& value)
+    {
+        name == std::string("IsConnected") ? SetConnected(value.toBool()) : TModel::setProperty(name, value);
+    }
     void CloseAll() {}
     void GetCommand(const QString& line)
     {

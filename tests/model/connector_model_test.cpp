@@ -36,18 +36,10 @@ class TConnectorStage final : public TStage
 
 public:
     explicit TConnectorStage(quint64 seed)
-        : TStage(seed, kStepNames), ground(*this, startMs(), !FTemper.chance(15))
+        : TStage(seed, kStepNames), ground(*this, startMs(30, 1'000), !FTemper.chance(15))
     {
         FWild = {FTemper.pick({0, 10, 40, 120}), FTemper.pick({0, 10, 60})};
         FDestroying = FTemper.chance(30);
-    }
-    ~TConnectorStage() override
-    {
-        for (auto& connector : FConnectors) {
-            if (connector) {
-                World::destroy(connector);
-            }
-        }
     }
 
     std::vector<TStep> begin(TDice& d) override
@@ -115,10 +107,6 @@ protected:
 private:
     // ---- vocabulary
 
-    qint64 startMs()
-    {
-        return kToday + (FTemper.chance(30) ? 24 : 13) * 3'600'000LL - FTemper.between(1, 1000);
-    }
     static int connector(TDice& d) { return d.chance(80) ? 0 : 1; }
     static int port(TDice& d) { return d.chance(75) ? 0 : d.below(kMostPorts); }
     static void append(std::vector<TStep>& steps, const std::vector<TStep>& others)
@@ -151,12 +139,11 @@ private:
 
     static TStep feed(TDice& d)
     {
-        TStep step{Feed, {}, port(d)};
+        QByteArray bytes;
         for (int i = d.between(1, d.chance(20) ? 8 : 3); i > 0; --i) {
-            step.bytes += TWords(d).stretchOfWire();
+            bytes += TWords(d).stretchOfWire();
         }
-        step.cuts = someCuts(d, step.bytes.size());
-        return step;
+        return fed(d, port(d), bytes);
     }
 
     // Several lines, sometimes with something else between two reads.
@@ -234,20 +221,11 @@ private:
         const TStep connected{SetConnected, {}, who, d.below(2), d.below(2)};
         const TStep width{Width, {}, who, d.below(8), d.pick({-1, 0, 1, 2, 5, 10, 16, 20, 21, -20, 300})};
         const TStep time{Advance, {}, d.pick({1, 999, 1000, 1001, 60'000, 86'400'000})};
-        return d.pick<TStep>({port,
-                              port,
-                              {SetType, {}, who, d.chance(60) ? 1 : d.below(3)},
-                              handler,
-                              handler,
-                              connected,
-                              connected,
-                              {GetConnected, {}, who, d.below(2)},
-                              width,
-                              width,
-                              time,
-                              time,
-                              {CloseAll, {}, who},
-                              {d.chance(30) ? DestroyConnector : CloseAll, {}, who}});
+        const TStep type{SetType, {}, who, d.chance(60) ? 1 : d.below(3)};
+        const TStep ask{GetConnected, {}, who, d.below(2)};
+        const TStep end{d.chance(30) ? DestroyConnector : CloseAll, {}, who};
+        return d.pick({port, port, type, handler, handler, connected, connected, ask, width, width, time,
+                       time, TStep{CloseAll, {}, who}, end});
     }
 
     static TStep portStep(TDice& d)
@@ -294,9 +272,11 @@ private:
         case Handler:
             return setHandler(step, connector);
         case SetConnected:
-            return setConnected(connector, step.b != 0, step.c != 0);
+            return step.c != 0 ? void(connector.setProperty("IsConnected", step.b != 0))
+                               : connector.SetConnected(step.b != 0);
         case GetConnected:
-            return note(isConnected(connector, step.b != 0) ? "connected" : "not connected");
+            return note(
+                shown({step.b != 0 ? connector.property("IsConnected").toBool() : connector.GetConnected()}));
         case CloseAll:
             return connector.CloseAll();
         case Command:
@@ -325,24 +305,6 @@ private:
             ++index;
         }
         return QString::number(index);
-    }
-
-    static bool isConnected(TConnector& connector, bool byProperty)
-    {
-        if constexpr (!World::isModel) {
-            return byProperty ? connector.property("IsConnected").toBool() : connector.GetConnected();
-        }
-        return connector.GetConnected();
-    }
-
-    static void setConnected(TConnector& connector, bool connected, bool byProperty)
-    {
-        if constexpr (!World::isModel) {
-            if (byProperty) {
-                return void(connector.setProperty("IsConnected", connected));
-            }
-        }
-        connector.SetConnected(connected);
     }
 
     void setHandler(const TStep& step, TConnector& connector)

@@ -13,17 +13,6 @@ namespace {
 const QString kButtonCard = "-2-2-2-2-2";
 const QString kNoPort = "Порт не открыт или не назначен";
 
-QString upperCase(const QString& text)
-{
-    QString upper = text;
-    for (QChar& character : upper) {
-        if (character >= u'a' && character <= u'z') {
-            character = QChar(character.unicode() - 32);
-        }
-    }
-    return upper;
-}
-
 } // namespace
 
 TModelGate::TModelGate(TModelWorld& world, bool designing, TMonitor& monitor)
@@ -114,26 +103,15 @@ QString TModelGate::ParseMessage(const QString& name, const QString& text)
     const qsizetype colon = text.indexOf(u':') + 1;
     const QString rest = part(text, colon + 1, text.size());
     const QString status = part(rest, 5, rest.size() - 6);
-    if (name == "IP") {
-        return part(text, 2, colon - 2);
-    }
-    if (name == "DEVICE") {
-        return part(rest, 1, 4);
-    }
-    if (name == "DEVICETYPE") {
-        const QString letter = part(rest, 4, 1);
-        return letter == "G" || letter == "I" ? letter : "T";
-    }
-    if (name == "STATUS") {
-        return status;
-    }
-    if (name == "STATUSSHORT") {
-        return part(status, 1, 2);
-    }
-    if (name == "CARDNUMBER") {
-        return part(status, 3, status.size());
-    }
-    return {};
+    const QString letter = part(rest, 4, 1);
+    const std::map<QString, QString> fields{{"IP", part(text, 2, colon - 2)},
+                                            {"DEVICE", part(rest, 1, 4)},
+                                            {"DEVICETYPE", letter == "G" || letter == "I" ? letter : "T"},
+                                            {"STATUS", status},
+                                            {"STATUSSHORT", part(status, 1, 2)},
+                                            {"CARDNUMBER", part(status, 3, status.size())}};
+    const auto found = fields.find(name);
+    return found == fields.end() ? QString() : found->second;
 }
 
 void TModelGate::line(const QString& text)
@@ -200,23 +178,16 @@ void TModelGate::confirm(const QString& device)
 void TModelGate::moveOn(const QString& device, const QString& shortStatus)
 {
     const PPass pass = passOf(device);
-    if (shortStatus == "GR") {
-        if (either<"GR: no pass", "GR: pass">(!pass)) {
-            return;
-        }
-        pass->Status = "FINISH";
-    } else if (shortStatus == "FK") {
-        if (either<"FK: no pass", "FK: pass">(!pass)) {
-            return;
-        }
-        pass->Status = "TIMEOUT";
-    } else {
-        if (!pass) {
-            hit<"PR: no pass">();
-            return;
-        }
+    const int kind = shortStatus == "PR" ? 0 : shortStatus == "GR" ? 1 : 2;
+    if (!pass) {
+        way<"PR: no pass", "GR: no pass", "FK: no pass">(kind);
+        return;
+    }
+    if (kind == 0) {
         const bool ends = either<"PR: type D", "PR: other types">(pass->DeviceType == "D");
         pass->Status = ends ? "FINISH" : "PROGRESSSTART";
+    } else {
+        pass->Status = either<"GR: pass", "FK: pass">(kind == 1) ? "FINISH" : "TIMEOUT";
     }
     reportPass("COME", *pass);
 }
@@ -227,7 +198,7 @@ void TModelGate::stateLine(const QString& text)
     const QString device = ParseMessage("DEVICE", text);
     const QString type = ParseMessage("DEVICETYPE", text);
     const QString status = ParseMessage("STATUS", text);
-    const QString word = upperCase(status);
+    const QString word = QString::fromLatin1(status.toLatin1().toUpper()); // Latin letters only
     UpdatePing(ip, device);
     if (word == "DC") {
         hit<"DC">();
@@ -282,36 +253,23 @@ PPass TModelGate::StackItem(int index) const
 
 int TModelGate::p_hw_FindDevice(const QString&, const QString& device) const
 {
-    for (std::size_t i = 0; i < FPasses.size(); ++i) {
-        if (FPasses[i]->Device == device) {
-            return int(i);
-        }
-    }
-    return -1;
+    return firstIndex(FPasses, [&](const PPass& pass) { return pass->Device == device; });
 }
 
 int TModelGate::p_hw_FindIP(const QString& ip) const
 {
-    for (std::size_t i = 0; i < FPasses.size(); ++i) {
-        if (FPasses[i]->IP == ip) {
-            return int(i);
-        }
-    }
-    return -1;
+    return firstIndex(FPasses, [&](const PPass& pass) { return pass->IP == ip; });
 }
 
 int TModelGate::p_hw_FindDeviceByRelay(const QString& ip, const QString& device, const QString& type,
                                        const QString& card)
 {
-    for (std::size_t i = 0; i < FPasses.size(); ++i) {
-        if (FPasses[i]->Device == device && FPasses[i]->CardNumber == card) {
-            hit<"by card: found">();
-            return int(i);
-        }
+    const int index = firstIndex(
+        FPasses, [&](const PPass& pass) { return pass->Device == device && pass->CardNumber == card; });
+    if (!either<"by card: found", "by card: made">(index >= 0)) {
+        add(ip, device, type, card);
     }
-    hit<"by card: made">();
-    add(ip, device, type, card);
-    return int(FPasses.size()) - 1;
+    return index >= 0 ? index : StackItemsCount() - 1;
 }
 
 PPass TModelGate::add(const QString& ip, const QString& device, const QString& type, const QString& card)

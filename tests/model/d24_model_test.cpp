@@ -35,7 +35,7 @@ class TGateStage final : public TStage
     using TLink = std::conditional_t<World::isModel, TModelConnector, connector::model::TWatchedConnector>;
 
 public:
-    explicit TGateStage(quint64 seed) : TStage(seed, kStepNames), ground(*this, startMs())
+    explicit TGateStage(quint64 seed) : TStage(seed, kStepNames), ground(*this, startMs(25, 2'000))
     {
         FWild = {FTemper.pick({0, 0, 20, 60}), FTemper.pick({0, 0, 10, 30})};
         FSendsRaise = FTemper.below(3) == 0 ? 200 : 0;
@@ -52,11 +52,6 @@ public:
             makeLink(i);
         }
         FGate = ground.world.template make<TGate>(FTemper.below(40) == 0, FMonitor);
-    }
-    ~TGateStage() override
-    {
-        FGate.reset();
-        FLinks = {};
     }
 
     std::vector<TStep> begin(TDice& d) override
@@ -133,11 +128,6 @@ protected:
     }
 
 private:
-    qint64 startMs()
-    {
-        const int ms = FTemper.below(int(kMsPerDay));
-        return kToday + (FTemper.below(4) == 0 ? kMsPerDay - 1 - ms % 2000 : ms);
-    }
     static QString inMs(double days) { return QString::number(std::llround(days * kMsPerDay)); }
 
     // ---- links

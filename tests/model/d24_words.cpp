@@ -120,26 +120,21 @@ TStep jump(TDice& d, bool inside)
 
 TStep property(TDice& d)
 {
-    const TStep checkET{Number, {}, 1, d.below(3) != 0};
-    return d.pick<TStep>({{Number, {}, 0, d.below(4) != 0},
-                          checkET,
-                          checkET,
-                          {Number, {}, 2, d.pick({15, 15, 1, 0, -1, 2, 86'000})},
-                          {Number, {}, 3, d.pick({5, 5, 0, 1, -2, -9, -20, kLargest})},
-                          {Number, {}, 4, d.pick({0, 0, 1, 1, 2})}});
+    const int which = d.pick({0, 1, 1, 2, 3, 4});
+    const int values[] = {d.below(4) != 0, d.below(3) != 0, d.pick({15, 15, 1, 0, -1, 2, 86'000}),
+                          d.pick({5, 5, 0, 1, -2, -9, -20, kLargest}), d.pick({0, 0, 1, 1, 2})};
+    return {Number, {}, which, values[which]};
 }
 
 TStep linkStep(TDice& d, bool inside)
 {
     const TStep connect{Connect, {}, d.pick({0, 0, 0, 1, 2, 2, -1, -1})};
-    return d.pick<TStep>({connect,
-                          {LinkUp, {}, d.below(2), d.below(3) != 0},
-                          {Fail, d.pick<QStringList>({{}, {"port fails"}}), 0, d.pick({0, 2})},
-                          {d.below(3) != 0 ? OpenPort : ClosePort, {}, 0},
-                          {LinkType, {}, d.pick({1, 1, 1, 1, 0, 2})},
-                          {Steal, {}, d.below(3)},
-                          inside ? connect : TStep{NewLink, {}, d.below(2)},
-                          connect});
+    const TStep up{LinkUp, {}, d.below(2), d.below(3) != 0};
+    const TStep fail{Fail, d.pick<QStringList>({{}, {"port fails"}}), 0, d.pick({0, 2})};
+    const TStep open{d.below(3) != 0 ? OpenPort : ClosePort};
+    const TStep type{LinkType, {}, d.pick({1, 1, 1, 1, 0, 2})};
+    const TStep other = inside ? connect : TStep{NewLink, {}, d.below(2)};
+    return d.pick({connect, connect, up, fail, open, type, TStep{Steal, {}, d.below(3)}, other});
 }
 
 TStep lookup(TDice& d)
@@ -148,15 +143,9 @@ TStep lookup(TDice& d)
     const QString device = aDevice(d);
     const TStep check{CheckStatus, {ip, device, aType(d), aCard(d), aStatus(d)}};
     const TStep byCard{FindByCard, {ip, device, aType(d), d.below(2) == 0 ? "12345678" : aCard(d)}};
-    return d.pick<TStep>({check,
-                          check,
-                          {FindDevice, {ip, device}},
-                          {FindIp, {ip}},
-                          byCard,
-                          byCard,
-                          {Ping, {ip, device, aType(d)}},
-                          {PingFind, {ip, device}},
-                          {UpdatePing, {ip, device}}});
+    const TStep ping{Ping, {ip, device, aType(d)}};
+    const TStep simple{d.pick<int>({FindDevice, PingFind, UpdatePing}), {ip, device}};
+    return d.pick({check, check, byCard, byCard, simple, simple, simple, ping, TStep{FindIp, {ip}}});
 }
 
 TStep oddment(TDice& d)
@@ -166,65 +155,42 @@ TStep oddment(TDice& d)
     const qint64 moment = qint64(d.next() % 5'000'000'000'000U);
     const QString field =
         d.text({"IP", "DEVICE", "DEVICETYPE", "STATUS", "STATUSSHORT", "CARDNUMBER", "ip", ""});
-    return d.pick<TStep>({{StatusAll},
-                          {Relay, {ip, device, "1"}, d.below(3)},
-                          {AskConnected},
-                          {Show, {"NAME", ip, device, "T", "card", aStatus(d), "ПУТЬ"}},
-                          {TimedOut, {}, moment, moment + someTime(d), d.pick({0, 1, 2, 3, 4, 7, 15, -1})},
-                          {TimedOut, {}, moment, d.below(86'400'000), kLargest},
-                          {Parse, {field, aLine(d)}}});
+    const TStep relay{Relay, {ip, device, "1"}, d.below(3)};
+    const TStep show{Show, {"NAME", ip, device, "T", "card", aStatus(d), "ПУТЬ"}};
+    const TStep late{TimedOut, {}, moment, moment + someTime(d), d.pick({0, 1, 2, 3, 4, 7, 15, -1})};
+    const TStep never{TimedOut, {}, moment, d.below(86'400'000), kLargest};
+    return d.pick(
+        {TStep{StatusAll}, relay, TStep{AskConnected}, show, late, never, TStep{Parse, {field, aLine(d)}}});
 }
 
 TStep editPass(TDice& d)
 {
     const int field = d.below(8);
-    const QString text = field == 0   ? aStatus(d)
-                         : field == 1 ? aType(d)
-                         : field == 2 ? aCard(d)
-                         : field == 3 ? d.text({"", "", "4F"})
-                         : field == 4 ? d.text({"GO10.0.0.5:001T", ""})
-                                      : d.text({"", "|A|||||", "TEXT"});
-    return {EditPass, {text}, d.below(3), field, d.below(86'400'000)};
+    const QString texts[] = {aStatus(d),
+                             aType(d),
+                             aCard(d),
+                             d.text({"", "", "4F"}),
+                             d.text({"GO10.0.0.5:001T", ""}),
+                             "",
+                             "",
+                             d.text({"", "|A|||||", "TEXT"})};
+    return {EditPass, {texts[field]}, d.below(3), field, d.below(86'400'000)};
 }
 
 TStep aLineSomehow(TDice& d)
 {
-    switch (d.below(8)) {
-    case 0:
-        return {Line, {aLine(d)}};
-    case 1:
-        return {ConnectorData, {aLine(d)}};
-    case 2: {
-        TStep step{Feed};
-        step.bytes = boardBytes(d).toLatin1();
-        step.cuts = someCuts(d, step.bytes.size());
-        return step;
-    }
-    default:
-        return {LinkLine, {aLine(d)}, d.pick({0, 0, 0, 0, 1, 2})};
-    }
+    const QString line = aLine(d);
+    const TStep onLink{LinkLine, {line}, d.pick({0, 0, 0, 0, 1, 2})};
+    const TStep onPort = fed(d, 0, boardBytes(d).toLatin1());
+    return d.pick(
+        {TStep{Line, {line}}, TStep{ConnectorData, {line}}, onPort, onLink, onLink, onLink, onLink, onLink});
 }
 
 } // namespace
 
 TStep anyStep(TDice& d, bool inside, bool mayDestroy)
 {
-    switch (d.weighted({{0, 38},
-                        {1, 20},
-                        {2, 7},
-                        {3, 6},
-                        {4, 4},
-                        {5, 4},
-                        {6, 3},
-                        {7, 4},
-                        {8, 3},
-                        {9, 4},
-                        {10, 1},
-                        {11, 2},
-                        {12, 1},
-                        {13, 1},
-                        {14, 1},
-                        {15, 1}})) {
+    switch (d.weighted({38, 20, 7, 6, 4, 4, 3, 4, 3, 4, 1, 2, 1, 1, 1, 1})) {
     case 0:
         return aLineSomehow(d);
     case 1: {
@@ -264,14 +230,10 @@ TStep anyStep(TDice& d, bool inside, bool mayDestroy)
 
 TStep disturbing(TDice& d, bool mayDestroy)
 {
-    return d.pick<TStep>({{Connect, {}, -1},
-                          mayDestroy ? TStep{Destroy} : TStep{Sweep},
-                          editPass(d),
-                          aLineSomehow(d),
-                          {Advance, {}, 10},
-                          {Advance, {}, 10},
-                          {Sweep},
-                          {Sweep}});
+    const TStep time{Advance, {}, 10};
+    const TStep leave{mayDestroy ? Destroy : Sweep};
+    return d.pick(
+        {TStep{Connect, {}, -1}, leave, editPass(d), aLineSomehow(d), time, time, {Sweep}, {Sweep}});
 }
 
 QVariant oddAnswer(TDice& d)

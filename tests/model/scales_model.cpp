@@ -7,40 +7,28 @@ namespace tnv5::scales::model {
 namespace {
 
 /// First request of each family that is asked.
-QString firstRequest(int type)
-{
-    switch (type) {
-    case 1:
-        return "D";
-    case 2:
-        return QString(QChar(5));
-    case 3:
-        return QString::fromLatin1("\0\0\3", 3);
-    case 4:
-        return QString::fromLatin1("\0\0\3\0\0\0\0\0", 8);
-    case 5:
-        return QString::fromLatin1("<\0!>", 4);
-    default:
-        return QString::fromLatin1("\5\r", 2);
-    }
-}
+const QByteArray kFirst[] = {
+    "",      "D", "\x05", QByteArray("\0\0\3", 3), QByteArray("\0\0\3\0\0\0\0\0", 8), QByteArray("<\0!>", 4),
+    "\x05\r"};
 
 } // namespace
 
 TModelScales::TModelScales(TModelWorld& world, bool designing)
     : TModel(world, designing),
       FLastAsk(world.clock.timeOfDay()),
-      FTimer(world, 1000,
-             [this] {
-                 if (either<"PollTick", "PollUnconnected">(IsConnected())) {
-                     GetWeight(true);
-                 }
-             }),
+      FTimer(world, 1000, [this] { poll(); }),
       FSplitter(world, [this](const QByteArray& bytes) { packet(bytes); })
 {
     FSplitter.Stop.clear();
     FSplitter.OnStart = [this](const QByteArray& buffer, qsizetype& at) { findStart(buffer, at); };
     FSplitter.OnStop = [this](const QByteArray& buffer, qsizetype& at) { findStop(buffer, at); };
+}
+
+void TModelScales::poll()
+{
+    if (either<"PollTick", "PollUnconnected">(IsConnected())) {
+        GetWeight(true);
+    }
 }
 
 void TModelScales::die()
@@ -239,7 +227,7 @@ void TModelScales::request()
         hit<"WeighInTime">();
         FCount = 0;
         FAsk = false;
-        send(firstRequest(type));
+        send(textOf(kFirst[type], false));
         return;
     }
     if (FCount >= 3 && FOnError) {
@@ -254,11 +242,11 @@ void TModelScales::request()
         hit<"WeighLate1">();
         restart();
         FLastAsk = FWorld.clock.timeOfDay();
-        send(firstRequest(type));
+        send(textOf(kFirst[type], false));
     } else {
         hit<"WeighLate2to6">();
         FAsk = false;
-        send(firstRequest(type));
+        send(textOf(kFirst[type], false));
         restart();
     }
 }

@@ -68,6 +68,7 @@ public:
 private:
     void log(const QString& text) { fire(FOnLog, this, text); }
     void error(const QString& text) { fire(FOnError, this, text); }
+    void poll();
     bool connectPort(bool open);
     void send(const QString& text);
     void restart();

@@ -26,7 +26,7 @@ class TScalesStage final : public TStage
     using TScales = std::conditional_t<World::isModel, TModelScales, TScalesDevice>;
 
 public:
-    explicit TScalesStage(quint64 seed) : TStage(seed, kStepNames), ground(*this, startMs())
+    explicit TScalesStage(quint64 seed) : TStage(seed, kStepNames), ground(*this, startMs(30, 30'000))
     {
         FDesigning = FTemper.chance(3);
         FSilent = FTemper.chance(10);
@@ -34,12 +34,6 @@ public:
         FSettings = FTemper.pick({0, 5, 5, 30});
         FAnswers = FTemper.pick({0, 30, 80});
         FWild = {FTemper.pick({0, 0, 2, 10, 60}), FTemper.pick({0, 0, 0, 0, 2, 40})};
-    }
-    ~TScalesStage() override
-    {
-        if (FScales) {
-            World::destroy(FScales);
-        }
     }
 
     std::vector<TStep> begin(TDice& d) override
@@ -85,17 +79,7 @@ public:
         if (d.chance(FSettings)) {
             return setting(d);
         }
-        switch (d.weighted({{0, 380},
-                            {1, 220},
-                            {2, 60},
-                            {3, 160},
-                            {4, 30},
-                            {5, 30},
-                            {6, 30},
-                            {7, 20},
-                            {8, 15},
-                            {9, 5},
-                            {10, 30}})) {
+        switch (d.weighted({380, 220, 60, 160, 30, 30, 30, 20, 15, 5, 30})) {
         case 0:
             return feed(d);
         case 1:
@@ -147,23 +131,15 @@ protected:
         FWaits = 0;
         for (int i = 0; i < 2; ++i) {
             if (const auto* const port = ground.port(i)) {
-                note(QStringLiteral("port %1 %2/%3/%4/%5/%6")
-                         .arg(i)
-                         .arg(port->BaudRate())
-                         .arg(port->DataBits())
-                         .arg(int(port->Parity()))
-                         .arg(int(port->StopBits()))
-                         .arg(port->ReadGap()));
+                note("settings " + shown({port->BaudRate(), port->DataBits(), int(port->Parity()),
+                                          int(port->StopBits()), port->ReadGap()}));
             }
         }
         if (FScales) {
-            note(QStringLiteral("type %1 weight %2 lang %3 interval %4 port %5 connected %6")
-                     .arg(FScales->ScalesType())
-                     .arg(FScales->LastWeight())
-                     .arg(FScales->IDLang())
-                     .arg(FScales->SendInterval())
-                     .arg(ground.indexOf(FScales->ComPort()))
-                     .arg(FScales->IsConnected()));
+            note(
+                "type, weight, language, interval, port, connected " +
+                shown({FScales->ScalesType(), FScales->LastWeight(), FScales->IDLang(),
+                       FScales->SendInterval(), ground.indexOf(FScales->ComPort()), FScales->IsConnected()}));
         }
     }
 
@@ -197,12 +173,6 @@ protected:
 private:
     // ---- vocabulary
 
-    qint64 startMs()
-    {
-        const bool late = FTemper.chance(30);
-        return kToday + (late ? kMsPerDay - FTemper.below(30'000) : FTemper.below(int(kMsPerDay)));
-    }
-
     static int anyType(TDice& d)
     {
         return d.chance(90) ? d.between(1, 8) : d.pick({0, 0, 9, -1, 10, 255, 2'147'483'647});
@@ -212,13 +182,11 @@ private:
 
     TStep feed(TDice& d)
     {
-        TStep step{Feed, {}, d.chance(95) ? 0 : 1};
-        step.bytes = sampleBytes(d, FScales ? FScales->ScalesType() : 0, FAsked, lastWeight());
+        QByteArray bytes = sampleBytes(d, FScales ? FScales->ScalesType() : 0, FAsked, lastWeight());
         if (d.chance(FRestless ? 50 : 10)) {
-            step.bytes.truncate(d.below(int(step.bytes.size()) + 1)); // the rest may never come
+            bytes.truncate(d.below(int(bytes.size()) + 1)); // the rest may never come
         }
-        step.cuts = someCuts(d, step.bytes.size());
-        return step;
+        return fed(d, d.chance(95) ? 0 : 1, bytes);
     }
 
     /// A host that asks again and again about when the time for an answer is over.
@@ -245,28 +213,13 @@ private:
     static TStep portStep(TDice& d)
     {
         const int port = d.chance(80) ? 0 : 1;
-        switch (d.below(10)) {
-        case 0:
-        case 1:
-            return {OpenPort, {}, port};
-        case 2:
-        case 3:
-            return {ClosePort, {}, port};
-        case 4:
-        case 5:
-        case 6:
-            return {Fail, d.chance(40) ? QStringList{"trouble"} : QStringList(), port, d.below(3)};
-        case 7:
-            return {Name, {d.text({"COM1", "COM2", ""})}, port};
-        case 8:
-            return {Settings,
-                    {},
-                    port,
-                    d.pick({300, 4'800, 19'200}),
-                    d.between(5, 8) + 10 * d.below(5) + 100 * d.below(3) + 1000 * d.pick({0, 5, 10, 50})};
-        default:
-            return {RenewPort, {}, port};
-        }
+        const TStep open{d.chance(50) ? OpenPort : ClosePort, {}, port};
+        const TStep fail{Fail, d.chance(40) ? QStringList{"trouble"} : QStringList(), port, d.below(3)};
+        const TStep name{Name, {d.text({"COM1", "COM2", ""})}, port};
+        const int settings =
+            d.between(5, 8) + 10 * d.below(5) + 100 * d.below(3) + 1000 * d.pick({0, 5, 10, 50});
+        const TStep set{Settings, {}, port, d.pick({300, 4'800, 19'200}), settings};
+        return d.pick({open, open, open, open, fail, fail, fail, name, set, TStep{RenewPort, {}, port}});
     }
 
     static TStep helper(TDice& d)
@@ -285,31 +238,18 @@ private:
 
     TStep setting(TDice& d)
     {
-        switch (d.below(11)) {
-        case 0:
-        case 1:
-            return {Interval,
-                    {},
-                    d.pick({-1, -1, 0, -2, 200, 500, 1'000, 2'500, 3'000, 3'999, 4'000, 4'001, 5'000})};
-        case 2:
-        case 3:
-            return {LastWeight,
-                    {},
-                    d.chance(60) ? qBound(-1'000'000, lastWeight(), 1'000'000) + d.between(-1, 1)
-                                 : d.pick({0, 1, -1, 2, 500, std::numeric_limits<int>::min(),
-                                           std::numeric_limits<int>::max()})};
-        case 4:
-            return {Lang, {}, d.pick({0, 1, 2, 2, 3, -1})};
-        case 5:
-        case 6:
-            return {Handler, {}, d.below(kEvents), d.chance(70) ? d.between(1, 3) : 0};
-        case 7:
-            return {SetComport, {}, d.pick({-1, 0, 0, 0, 1})};
-        case 8:
-            return {SetUp};
-        default:
-            return {SetType, {}, anyType(d)};
-        }
+        const int far =
+            d.pick({0, 1, -1, 2, 500, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()});
+        const int near = qBound(-1'000'000, lastWeight(), 1'000'000) + d.between(-1, 1);
+        const TStep weight{LastWeight, {}, d.chance(60) ? near : far};
+        const TStep interval{
+            Interval, {}, d.pick({-1, -1, 0, -2, 200, 500, 1'000, 2'500, 3'000, 3'999, 4'000, 4'001, 5'000})};
+        const TStep lang{Lang, {}, d.pick({0, 1, 2, 2, 3, -1})};
+        const TStep handler{Handler, {}, d.below(kEvents), d.chance(70) ? d.between(1, 3) : 0};
+        const TStep port{SetComport, {}, d.pick({-1, 0, 0, 0, 1})};
+        const TStep type{SetType, {}, anyType(d)};
+        return d.pick(
+            {interval, interval, weight, weight, lang, handler, handler, port, TStep{SetUp}, type, type});
     }
 
     TStep disturbingWeight(TDice& d)

@@ -44,12 +44,8 @@ void TModelScales::GetScalesList(QStringList& names) const
 
 QString TModelScales::DigitsOnly(const QString& text)
 {
-    QString digits;
-    for (const QChar character : text) {
-        if (character >= u'0' && character <= u'9') {
-            digits += character;
-        }
-    }
+    QString digits = text;
+    digits.removeIf([](QChar character) { return character < u'0' || character > u'9'; });
     return digits;
 }
 

@@ -2,8 +2,6 @@
 
 #include "model/kit/texts.h"
 
-#include <cmath>
-
 // Lines of the controllers, and what the host calls.
 
 namespace tnv5::turnstile::model {
@@ -256,12 +254,7 @@ void TModelGate::learn(const QString& address)
 
 int TModelGate::find(const QString& device) const
 {
-    for (std::size_t index = 0; index < FStack.size(); ++index) {
-        if (FStack[index]->Device == device) {
-            return int(index);
-        }
-    }
-    return -1;
+    return firstIndex(FStack, [&](const PRecord& record) { return record->Device == device; });
 }
 
 PRecord TModelGate::StackItem(int index) const
@@ -298,11 +291,12 @@ int TModelGate::p_hw_FindDevice(const QString& device) const
 
 int TModelGate::p_hw_FindDeviceByRelay(const QString& device, const QString& relay)
 {
-    for (std::size_t index = 0; index < FStack.size(); ++index) {
-        if (FStack[index]->Device == device && FStack[index]->CardNumber == relay) {
-            hit<"by relay: found">();
-            return int(index);
-        }
+    const int index = firstIndex(FStack, [&](const PRecord& record) {
+        return record->Device == device && record->CardNumber == relay;
+    });
+    if (index >= 0) {
+        hit<"by relay: found">();
+        return index;
     }
     either<"by relay: second pass of an address", "by relay: first pass of an address">(find(device) >= 0);
     add(device, relay);

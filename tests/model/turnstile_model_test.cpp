@@ -4,6 +4,7 @@
 #include "model/turnstile_words.h"
 #include "tnv5/turnstile/turnstile_device.h"
 
+#include <QScopedValueRollback>
 #include <gtest/gtest.h>
 
 // Random scenarios, played against the component and against an independent model of it: everything that the
@@ -46,7 +47,7 @@ class TGateStage final : public TStage
     using TOther = std::conditional_t<World::isModel, TModel, platform::TComponent>;
 
 public:
-    explicit TGateStage(quint64 seed) : TStage(seed, kStepNames), ground(*this, startMs())
+    explicit TGateStage(quint64 seed) : TStage(seed, kStepNames), ground(*this, startMs(30, 12'000))
     {
         const int kind = FTemper.below(10);
         FWild = {kind < 5 ? 0 : kind < 8 ? 40 : 80, kind < 6 ? 0 : kind < 8 ? 10 : 40};
@@ -59,34 +60,23 @@ public:
         };
         FMonitor.forward = [this](const QString& line) { held("forwards " + line, {FWild.nested, 200}); };
     }
-    ~TGateStage() override { FGate.reset(); }
 
-    std::vector<TStep> begin(TDice& d) override
-    {
-        std::vector<TStep> steps{{NewPort, {}, 0}, {NewPort, {}, 1}};
-        create(d, steps);
-        return steps;
-    }
+    std::vector<TStep> begin(TDice& d) override { return create(d, {{NewPort, {}, 0}, {NewPort, {}, 1}}); }
 
     std::vector<TStep> more(TDice& d) override
     {
-        std::vector<TStep> steps;
         if (!FGate) {
-            create(d, steps);
-            return steps;
+            return create(d, {});
         }
         for (int port = 0; port < 2; ++port) {
             if (ground.port(port) == nullptr) {
                 return {{NewPort, {}, port}, {OpenPort, {}, port}, {AssignPort, {}, port}};
             }
         }
-        if (!FGate->StackItemsCount() || !d.chance(9)) {
-            steps.push_back(any(d, false));
-        } else {
-            steps.push_back(toLimit(d));
-            if (d.chance(60)) {
-                steps.push_back({Sweep});
-            }
+        const bool limit = FGate->StackItemsCount() > 0 && d.chance(9);
+        std::vector<TStep> steps{limit ? toLimit(d) : any(d, false)};
+        if (limit && d.chance(60)) {
+            steps.push_back({Sweep});
         }
         if (steps[0].kind == RenewPort && d.chance(80)) {
             steps.push_back({OpenPort, {}, steps[0].a});
@@ -100,24 +90,9 @@ public:
         if (inside && FDestroying && d.chance(5)) {
             return {Destroy};
         }
-        switch (d.weighted({{0, 320},
-                            {1, 140},
-                            {2, 30},
-                            {3, 100},
-                            {4, 140},
-                            {5, 44},
-                            {6, 45},
-                            {7, 30},
-                            {8, 35},
-                            {9, 35},
-                            {10, 13},
-                            {11, inside ? 0 : 2}})) {
-        case 0: {
-            TStep step{Feed, {}, d.chance(95) ? 0 : 1};
-            step.bytes = words(d).stream();
-            step.cuts = someCuts(d, step.bytes.size());
-            return step;
-        }
+        switch (d.weighted({320, 140, 30, 100, 140, 44, 45, 30, 35, 35, 13, inside ? 0 : 2})) {
+        case 0:
+            return fed(d, d.chance(95) ? 0 : 1, words(d).stream());
         case 1: {
             const int ms = d.pick({1, 50, 99, 100, 101, 200, d.below(350), d.below(350), d.below(2'500)});
             const bool fast = inside || (FInterval > 0 && FInterval < 20); // or a step would take too long
@@ -168,20 +143,15 @@ protected:
         if (!FGate) {
             return note("gone");
         }
-        QString state = "devices (" + FGate->property("DeviceList").toStringList().join(u',') + ") " +
-                        FGate->property("DoorIndex").toString() + " port " +
-                        QString::number(ground.indexOf(FGate->ComPort())) + " numbers";
+        note("devices " + FGate->property("DeviceList").toStringList().join(u',') + ", door " +
+             FGate->property("DoorIndex").toString() + shown({ground.indexOf(FGate->ComPort())}));
         for (const char* const name : kNumbers) {
-            state += " " + QString::number(FGate->property(name).toInt());
+            note(QString(name) + shown({FGate->property(name).toInt()}));
         }
-        note(state);
         for (int i = 0; i < FGate->StackItemsCount(); ++i) {
             const auto& record = *FGate->StackItem(i);
-            note(QStringLiteral("[%1 %2 %3 %4 %5 %6 %7]")
-                     .arg(record.CardNumber, record.Device, record.Status, record.StatusHard)
-                     .arg(std::llround(record.Starttime * kMsPerDay))
-                     .arg(record.Img.width())
-                     .arg(record.sys));
+            note(QStringList{record.CardNumber, record.Device, record.Status, record.StatusHard}.join(u'!') +
+                 shown({std::llround(record.Starttime * kMsPerDay), record.Img.width(), record.sys}));
         }
     }
 
@@ -197,13 +167,7 @@ private:
         return {d, pending};
     }
 
-    qint64 startMs()
-    {
-        const bool late = FTemper.chance(30);
-        return kToday + (late ? kMsPerDay - FTemper.between(1, 12'000) : FTemper.below(kMsPerDay));
-    }
-
-    void create(TDice& d, std::vector<TStep>& steps)
+    static std::vector<TStep> create(TDice& d, std::vector<TStep> steps)
     {
         steps.push_back({Create});
         if (!d.chance(5)) {
@@ -219,6 +183,7 @@ private:
         for (int event = 0; event < kEvents; ++event) {
             steps.push_back({Handler, {}, event, d.chance(90)});
         }
+        return steps;
     }
 
     TStep jump(TDice& d) const
@@ -253,16 +218,10 @@ private:
             Relay,
             {d.chance(70) ? say.address() : say.oddAddress(), d.text({"1", "3", "12", "", "x", "٣", " "})},
             yesnot};
-        return d.pick<TStep>({{Find, {say.address()}},
-                              {FindByRelay, {say.address(), say.card()}},
-                              check,
-                              check,
-                              ask,
-                              ask,
-                              {Poll},
-                              {SendCom, {}, index, yesnot},
-                              relay,
-                              relay});
+        const TStep find{Find, {say.address()}};
+        const TStep byRelay{FindByRelay, {say.address(), say.card()}};
+        const TStep send{SendCom, {}, index, yesnot};
+        return d.pick({find, byRelay, check, check, ask, ask, TStep{Poll}, send, relay, relay});
     }
 
     TStep lookAround(TDice& d)
@@ -271,12 +230,10 @@ private:
         const int limit = d.between(-1, 12);
         const qint64 moment = kToday + d.below(int(kMsPerDay));
         const qint64 other = moment + d.pick({-1, 1}) * (limit + d.below(2)) * 1'000LL + d.between(-1, 1);
-        return d.pick<TStep>({{TimedOut, {}, moment, other, limit},
-                              {TimedOut, {}, moment, other, limit},
-                              {Checksum, {d.chance(50) ? say.line() : QString::number(d.below(1'000))}},
-                              {Show, {"COME", say.address(), say.card(), say.status(), "a!&b"}, d.below(3)},
-                              {Echo},
-                              {AskConnected}});
+        const TStep timedOut{TimedOut, {}, moment, other, limit};
+        const TStep checksum{Checksum, {d.chance(50) ? say.line() : QString::number(d.below(1'000))}};
+        const TStep show{Show, {"COME", say.address(), say.card(), say.status(), "a!&b"}, d.below(3)};
+        return d.pick({timedOut, timedOut, checksum, show, TStep{Echo}, TStep{AskConnected}});
     }
 
     TStep property(TDice& d)
@@ -298,7 +255,8 @@ private:
         const TStep open{d.chance(70) ? OpenPort : ClosePort, {}, port};
         const TStep fail{Fail, d.pick<QStringList>({{}, {}, {"обрыв"}, {""}}), port, 2};
         const TStep give{AssignPort, {}, d.pick({0, 0, 0, 1, -1})};
-        return d.pick({open, open, open, open, open, fail, fail, give, give, {RenewPort, {}, port}});
+        const TStep renew{RenewPort, {}, port};
+        return d.pick({open, open, open, open, open, fail, fail, give, give, renew});
     }
 
     TStep edit(TDice& d)
@@ -381,15 +339,13 @@ private:
 
     void editRecord(const TStep& step)
     {
-        if (const auto record = FGate->StackItem(int(step.a))) {
-            if (step.kind == EditStart) {
-                record->Starttime = double(step.b) / kMsPerDay;
-            } else {
-                (step.kind == EditCard     ? record->CardNumber
-                 : step.kind == EditDevice ? record->Device
-                 : step.kind == EditHard   ? record->StatusHard
-                                           : record->Status) = step.text[0];
-            }
+        const auto record = FGate->StackItem(int(step.a));
+        if (record && step.kind == EditStart) {
+            record->Starttime = double(step.b) / kMsPerDay;
+        } else if (record) {
+            QString* const fields[] = {&record->CardNumber, &record->Device, &record->StatusHard,
+                                       &record->Status};
+            *fields[step.kind - EditCard] = step.text[0];
         }
     }
 
@@ -457,13 +413,7 @@ private:
     /// Inside a virtual method of the gate, which must stay meanwhile.
     void held(const QString& what, const TTemper& how)
     {
-        struct THold
-        {
-            explicit THold(int& count) : held(count) { ++held; }
-            ~THold() { --held; }
-            int& held;
-        };
-        const THold hold(FHeld);
+        const QScopedValueRollback hold(FHeld, FHeld + 1);
         note(what);
         react(how);
     }

@@ -1,6 +1,7 @@
 #include "model/kit/texts.h"
 #include "model/turnstile_model.h"
 
+#include <QScopedValueRollback>
 #include <cmath>
 
 // The sweep over the table, the host's check, and the commands.
@@ -56,19 +57,14 @@ void TModelGate::sweep()
         return;
     }
     const std::size_t count = FStack.size();
-    try {
+    {
+        const QScopedValueRollback busy(FBusy, true);
         for (std::size_t index = 0; index < count; ++index) {
-            FBusy = true;
             if (visit(index)) {
-                FBusy = false;
                 return;
             }
         }
-    } catch (...) {
-        FBusy = false;
-        throw;
     }
-    FBusy = false;
     either<"pass: records came meanwhile", "pass: no record came">(FStack.size() > count);
     if (either<"pass: table empty", "pass: table not empty">(FStack.empty())) {
         enableTimer(false);

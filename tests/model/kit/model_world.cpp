@@ -8,22 +8,17 @@ namespace {
 
 constexpr qsizetype kLongestPacket = 65'536; // with its start and stop string
 
-std::vector<TBranch*>& registry()
-{
-    static std::vector<TBranch*> all;
-    return all;
-}
-
 } // namespace
 
 TBranch::TBranch(const char* text) : name(text)
 {
-    registry().push_back(this);
+    branches().push_back(this);
 }
 
 std::vector<TBranch*>& branches()
 {
-    return registry();
+    static std::vector<TBranch*> all;
+    return all;
 }
 
 // ---- time

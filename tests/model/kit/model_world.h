@@ -267,80 +267,65 @@ public:
 protected:
     /// Runs code of the host's, or what may run some. @throws TGone when that destroyed the model
     template <class Body>
-    void callOut(Body&& body);
+    void callOut(Body&& body)
+    {
+        try {
+            body();
+        } catch (...) {
+            if (!FDead) {
+                throw;
+            }
+            hit<"destroyed by a handler that raises">();
+            FWorld.report();
+        }
+        if (FDead) {
+            hit<"destroyed by a handler">();
+            throw TGone();
+        }
+    }
     /// The same, and hands the text of what it raises to `failed`.
     template <class Body, class Failed>
-    void attempt(Body&& body, Failed&& failed);
+    void attempt(Body&& body, Failed&& failed)
+    {
+        std::optional<QString> message;
+        try {
+            callOut(body);
+        } catch (const TFailure& failure) {
+            message = failure.text;
+        }
+        if (message) {
+            failed(*message);
+        }
+    }
     /// Runs a method that the host calls; one that outlives the model ends quietly, with a result of its own.
     template <class Body, class Result>
-    static Result operation(Body&& body, Result ifGone);
+    static Result operation(Body&& body, Result ifGone)
+    {
+        try {
+            return body();
+        } catch (const TGone&) {
+            hit<"an operation ends quietly">();
+            return ifGone;
+        }
+    }
     template <class Body>
-    static void operation(Body&& body);
+    static void operation(Body&& body)
+    {
+        operation([&] { return body(), true; }, false);
+    }
     /// Calls a handler that is assigned.
     template <class Handler, class Self, class... Args>
-    void fire(const Handler& event, Self* self, Args&&... args);
+    void fire(const Handler& event, Self* self, Args&&... args)
+    {
+        if (const Handler handler = event) {
+            callOut([&] { handler(self, args...); });
+        }
+    }
 
     TModelWorld& FWorld;
     const bool FDesigning;
     bool FDead = false;
     std::map<std::string, QVariant> FProperties;
 };
-
-template <class Body>
-void TModel::callOut(Body&& body)
-{
-    try {
-        body();
-    } catch (...) {
-        if (!FDead) {
-            throw;
-        }
-        hit<"destroyed by a handler that raises">();
-        FWorld.report();
-    }
-    if (FDead) {
-        hit<"destroyed by a handler">();
-        throw TGone();
-    }
-}
-
-template <class Body, class Failed>
-void TModel::attempt(Body&& body, Failed&& failed)
-{
-    std::optional<QString> message;
-    try {
-        callOut(body);
-    } catch (const TFailure& failure) {
-        message = failure.text;
-    }
-    if (message) {
-        failed(*message);
-    }
-}
-
-template <class Body, class Result>
-Result TModel::operation(Body&& body, Result ifGone)
-{
-    try {
-        return body();
-    } catch (const TGone&) {
-        hit<"an operation ends quietly">();
-        return ifGone;
-    }
-}
-
-template <class Body>
-void TModel::operation(Body&& body)
-{
-    operation([&] { return body(), true; }, false);
-}
-
-template <class Handler, class Self, class... Args>
-void TModel::fire(const Handler& event, Self* self, Args&&... args)
-{
-    if (const Handler handler = event) {
-        callOut([&] { handler(self, args...); });
-    }
-}
 
 } // namespace tnv5::modelkit

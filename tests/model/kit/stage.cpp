@@ -1,5 +1,7 @@
 #include "model/kit/stage.h"
 
+#include <QScopedValueRollback>
+
 namespace tnv5::modelkit {
 
 namespace {
@@ -41,14 +43,8 @@ void TStage::apply(const TStep& step, bool leaves)
 
 void TStage::nest(const TStep& step, bool leaves)
 {
-    ++FDepth;
-    try {
-        apply(step, leaves);
-    } catch (...) {
-        --FDepth;
-        throw;
-    }
-    --FDepth;
+    const QScopedValueRollback deeper(FDepth, FDepth + 1);
+    apply(step, leaves);
 }
 
 void TStage::react(const TTemper& how)

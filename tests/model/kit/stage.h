@@ -88,6 +88,13 @@ protected:
     void raise();
     int depth() const { return FDepth; }
 
+    /// When a scenario begins: sometime, or (in so many per cent) at most that long before midnight.
+    qint64 startMs(int percent, int ms)
+    {
+        return FTemper.chance(percent) ? kToday + kMsPerDay - FTemper.between(1, ms)
+                                       : kToday + FTemper.below(int(kMsPerDay));
+    }
+
     TDice FTemper; ///< what the scenario is like; both sides throw it alike
     TDice FDice;   ///< of the step under way
     TTemper FWild;
@@ -145,7 +152,30 @@ public:
         return -1;
     }
 
-    bool perform(const TStep& step) override;
+    bool perform(const TStep& step) override
+    {
+        if (step.kind < Feed) {
+            return false;
+        }
+        if (step.kind == Advance) {
+            world.clock.advance(step.a);
+        } else if (step.kind == Jump) {
+            const qint64 to = step.a != 0 ? step.a : now() + step.b;
+            // far back in the middle of time that passes, it would hardly come to its end
+            world.clock.jumpTo(FStage.depth() > 0 ? qMax(to, now() - 1000) : to);
+        } else if (step.kind == NewPort && port(step.a) == nullptr) {
+            makePort(int(step.a));
+        } else if (port(step.a) != nullptr && (step.kind == DestroyPort || step.kind == RenewPort)) {
+            World::destroy(FPorts.at(std::size_t(step.a)));
+            if (step.kind == RenewPort) {
+                makePort(int(step.a));
+            }
+        } else if (port(step.a) != nullptr) {
+            performOn(*port(step.a), step);
+        }
+        return true;
+    }
+
     void look() override
     {
         for (int i = 0; i < kMostPorts; ++i) {
@@ -161,71 +191,43 @@ public:
     QString caught() override { return World::caught(); }
 
 private:
-    void makePort(int index);
-    void performOn(Port& port, const TStep& step);
+    void makePort(int index)
+    {
+        const auto made = world.makePort();
+        FPorts.at(std::size_t(index)) = made;
+        made->OnOpening = [this, index] { FStage.portEvent(index, "opening", {}); };
+        made->OnClosing = [this, index] { FStage.portEvent(index, "closing", {}); };
+        made->OnWriting = [this, index] { FStage.portEvent(index, "writing", {}); };
+        made->OnWritten = [this, index](const QByteArray& bytes) {
+            FStage.portEvent(index, "wrote ", bytes);
+        };
+    }
+
+    void performOn(Port& port, const TStep& step)
+    {
+        if (step.kind == Feed) {
+            qsizetype at = 0;
+            for (std::size_t i = 0; i <= step.cuts.size() && this->port(step.a) == &port; ++i) {
+                const qsizetype size = i < step.cuts.size() ? step.cuts[i] : step.bytes.size() - at;
+                port.feed(step.bytes.mid(at, size));
+                at += size;
+            }
+        } else if (step.kind == OpenPort) {
+            port.Open();
+        } else if (step.kind == ClosePort) {
+            port.Close();
+        } else if (step.kind == PortError) {
+            World::portError(port, step.text.value(0), step.b, step.c != 0);
+        } else if (step.kind == Fail) {
+            (step.b == 0   ? port.OpenFailure
+             : step.b == 1 ? port.CloseFailure
+                           : port.WriteFailure) =
+                step.text.isEmpty() ? std::nullopt : std::optional(step.text[0]);
+        }
+    }
 
     TStage& FStage;
     std::array<std::shared_ptr<Port>, kMostPorts> FPorts;
 };
-
-template <class World>
-bool TGround<World>::perform(const TStep& step)
-{
-    if (step.kind < Feed) {
-        return false;
-    }
-    if (step.kind == Advance) {
-        world.clock.advance(step.a);
-    } else if (step.kind == Jump) {
-        const qint64 to = step.a != 0 ? step.a : now() + step.b;
-        // far back in the middle of time that passes, it would hardly come to its end
-        world.clock.jumpTo(FStage.depth() > 0 ? qMax(to, now() - 1000) : to);
-    } else if (step.kind == NewPort && port(step.a) == nullptr) {
-        makePort(int(step.a));
-    } else if (port(step.a) != nullptr && (step.kind == DestroyPort || step.kind == RenewPort)) {
-        World::destroy(FPorts.at(std::size_t(step.a)));
-        if (step.kind == RenewPort) {
-            makePort(int(step.a));
-        }
-    } else if (port(step.a) != nullptr) {
-        performOn(*port(step.a), step);
-    }
-    return true;
-}
-
-template <class World>
-void TGround<World>::performOn(Port& port, const TStep& step)
-{
-    if (step.kind == Feed) {
-        qsizetype at = 0;
-        for (std::size_t i = 0; i <= step.cuts.size() && this->port(step.a) == &port; ++i) {
-            const qsizetype size = i < step.cuts.size() ? step.cuts[i] : step.bytes.size() - at;
-            port.feed(step.bytes.mid(at, size));
-            at += size;
-        }
-    } else if (step.kind == OpenPort) {
-        port.Open();
-    } else if (step.kind == ClosePort) {
-        port.Close();
-    } else if (step.kind == PortError) {
-        World::portError(port, step.text.value(0), step.b, step.c != 0);
-    } else if (step.kind == Fail) {
-        (step.b == 0   ? port.OpenFailure
-         : step.b == 1 ? port.CloseFailure
-                       : port.WriteFailure) =
-            step.text.isEmpty() ? std::nullopt : std::optional(step.text[0]);
-    }
-}
-
-template <class World>
-void TGround<World>::makePort(int index)
-{
-    const auto made = world.makePort();
-    FPorts.at(std::size_t(index)) = made;
-    made->OnOpening = [this, index] { FStage.portEvent(index, "opening", {}); };
-    made->OnClosing = [this, index] { FStage.portEvent(index, "closing", {}); };
-    made->OnWriting = [this, index] { FStage.portEvent(index, "writing", {}); };
-    made->OnWritten = [this, index](const QByteArray& bytes) { FStage.portEvent(index, "wrote ", bytes); };
-}
 
 } // namespace tnv5::modelkit

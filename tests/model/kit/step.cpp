@@ -1,6 +1,7 @@
 #include "model/kit/step.h"
 
 #include <QHash>
+#include <numeric>
 
 namespace tnv5::modelkit {
 
@@ -12,20 +13,14 @@ quint64 TDice::next()
     return mixed ^ (mixed >> 31U);
 }
 
-int TDice::weighted(std::initializer_list<TWeight> weights)
+int TDice::weighted(std::initializer_list<int> weights)
 {
-    int sum = 0;
-    for (const TWeight& each : weights) {
-        sum += each.weight;
+    int left = below(std::accumulate(weights.begin(), weights.end(), 0));
+    int index = 0;
+    while (left >= weights.begin()[index]) {
+        left -= weights.begin()[index++];
     }
-    int left = below(sum);
-    for (const TWeight& each : weights) {
-        left -= each.weight;
-        if (left < 0) {
-            return each.value;
-        }
-    }
-    return weights.begin()->value;
+    return index;
 }
 
 QByteArray TDice::noise(int longest, const QByteArray& likely)
@@ -37,16 +32,27 @@ QByteArray TDice::noise(int longest, const QByteArray& likely)
     return bytes;
 }
 
-std::vector<int> someCuts(TDice& dice, qsizetype size)
+TStep fed(TDice& dice, int port, const QByteArray& bytes)
 {
-    std::vector<int> cuts;
+    TStep step{Feed, {}, port};
+    step.bytes = bytes;
     if (dice.chance(40)) {
         const int largest = dice.pick({1, 2, 5, 17, 100'000});
-        for (qsizetype at = 0; at < size && cuts.size() < 40; at += cuts.back()) {
-            cuts.push_back(dice.chance(4) ? 0 : dice.between(1, int(qMin<qsizetype>(largest, size))));
+        for (qsizetype at = 0; at < bytes.size() && step.cuts.size() < 40; at += step.cuts.back()) {
+            step.cuts.push_back(
+                dice.chance(4) ? 0 : dice.between(1, int(qMin<qsizetype>(largest, bytes.size()))));
         }
     }
-    return cuts;
+    return step;
+}
+
+QString shown(std::initializer_list<qint64> numbers)
+{
+    QStringList texts;
+    for (const qint64 number : numbers) {
+        texts += QString::number(number);
+    }
+    return texts.join(u' ');
 }
 
 QString shown(const QString& text)
@@ -75,9 +81,7 @@ QString shown(const TStep& step, const char* names)
                                        "DestroyPort, RenewPort, Raise";
     const QString list = step.kind >= Feed ? kGround : names;
     QString line = list.split(u',').at(step.kind % Feed).trimmed();
-    for (const qint64 number : {step.a, step.b, step.c}) {
-        line += u' ' + QString::number(number);
-    }
+    line += u' ' + shown({step.a, step.b, step.c});
     for (const QString& text : step.text) {
         line += u' ' + shown(text);
     }

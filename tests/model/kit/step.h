@@ -25,13 +25,8 @@ public:
     }
     /// One of some texts, written in UTF-8.
     QString text(std::initializer_list<const char*> texts) { return QString::fromUtf8(pick(texts)); }
-    /// One of some numbers, by their weights.
-    struct TWeight
-    {
-        int value;
-        int weight;
-    };
-    int weighted(std::initializer_list<TWeight> weights);
+    /// An index, by the weights.
+    int weighted(std::initializer_list<int> weights);
     /// Random bytes, often one of `likely`.
     QByteArray noise(int longest, const QByteArray& likely);
 
@@ -81,7 +76,9 @@ enum EGroundStep {
 QString shown(const TStep& step, const char* names);
 QString shown(const QString& text);
 QString shown(const QByteArray& bytes);
-/// Sizes of the reads that bytes come in, often all in one.
-std::vector<int> someCuts(TDice& dice, qsizetype size);
+/// Numbers for a trace.
+QString shown(std::initializer_list<qint64> numbers);
+/// Bytes come to a port, in one read or in several.
+TStep fed(TDice& dice, int port, const QByteArray& bytes);
 
 } // namespace tnv5::modelkit

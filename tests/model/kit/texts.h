@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QVariant>
+#include <algorithm>
 
 /// Texts as the models cut and read them, told apart from the module's own. Positions count from 1; 0: none.
 namespace tnv5::modelkit {
@@ -33,6 +34,14 @@ int integerOf(const QVariant& answer);
 QString textOf(const QByteArray& bytes, bool cyrillic = true);
 /// A character that the code page lacks becomes "?".
 QByteArray bytesOf(const QString& text, bool cyrillic = true);
+
+/// Index of the first thing in a list that is so; -1: none.
+template <class List, class Is>
+int firstIndex(const List& list, const Is& is)
+{
+    const auto found = std::find_if(list.begin(), list.end(), is);
+    return found == list.end() ? -1 : int(found - list.begin());
+}
 
 /// True when more than `limit` whole seconds lie between two moments.
 bool apart(qint64 firstMs, qint64 secondMs, qint64 limit);
