@@ -1,33 +1,34 @@
 #pragma once
 
-#include "model/connector_link_model.h"
+#include "model/kit/model_world.h"
 
-#include <memory>
+#include <QStringList>
 
-/// A second, deliberately plain line connector, made without any of the component's code, so that random
-/// scenarios can be played to both and their traces compared. Its names are those of the component.
+/// A second, deliberately plain line connector. Its names are those of the component; other models stand on
+/// it.
 namespace tnv5::connector::model {
+
+using namespace modelkit;
+
+enum EType { Empty, Serial, Net };
 
 struct TModelBoard
 {
-    QString IP;
-    QString Device;
-    QString DeviceType;
-    double LastPing = 0;
+    QString IP, Device, DeviceType;
+    double LastPing = 0; // days
     int DisplayLine = -1;
 };
 
-class TModelConnector
+class TModelConnector final : public TModel
 {
 public:
-    using TEvent = std::function<void(TModelConnector* Sender, const QString& Str)>;
+    using TEvent = std::function<void(TModel* Sender, const QString& Str)>;
 
     TModelConnector(TModelWorld& world, bool designing);
+    void die() override;
 
-    TModelPort* ComPort() const { return FPort != nullptr && !FPort->dead() ? FPort : nullptr; }
+    TModelPort* ComPort() const { return living(FPort); }
     void SetComport(TModelPort* port);
-    int ConnectorType() const { return FType; }
-    void SetConnectorType(int type) { FType = type; }
     void SetOnError(TEvent event) { FOnError = std::move(event); }
     void SetOnLog(TEvent event) { FOnLog = std::move(event); }
     void SetOnGetData(TEvent event) { FOnGetData = std::move(event); }
@@ -35,38 +36,58 @@ public:
     const TEvent& OnLog() const { return FOnLog; }
     const TEvent& OnGetData() const { return FOnGetData; }
 
-    bool GetConnected();
+    bool GetConnected()
+    {
+        return operation([&] { return connected(); }, false);
+    }
     void SetConnected(bool connected);
+    QVariant property(const char* name)
+    {
+        return name == std::string("IsConnected") ? GetConnected() : TModel::property(name);
+    }
+    void setProperty(const char* name, const QVariant& value)
+    {
+        name == std::string("IsConnected") ? SetConnected(value.toBool()) : TModel::setProperty(name, value);
+    }
     void CloseAll() {}
-    void GetCommand(const QString& line);
-    QString SendCommand(const QString& command);
-    void SendDirectCommand(const QString& ip, const QString& line);
+    void GetCommand(const QString& line)
+    {
+        operation([&] { pass(line); });
+    }
+    QString SendCommand(const QString& command)
+    {
+        return operation([&] { return SendHook ? SendHook(command) : send(command); }, QString());
+    }
+    void SendDirectCommand(const QString& ip, const QString& line)
+    {
+        operation([&] { write(ip, line); });
+    }
     QString GetDiagnosticValue(const QString& text, const QString& key) const;
     TModelBoard* GetDeviceFromList(const QString& ip, const QString& address);
-    void ProcessDataToDevice(const QString& ip, const QString& line);
-    int DeviceCount() const { return static_cast<int>(FBoards.size()); }
+    void ProcessDataToDevice(const QString& ip, const QString& line)
+    {
+        operation([&] { process(ip, line); });
+    }
+    int DeviceCount() const { return int(FBoards.size()); }
     TModelBoard* DeviceItem(int index) const;
 
-    /// Overrides of the two virtual functions, and what they override.
+    /// Overrides of the virtual functions, and what they override.
     std::function<bool()> ConnectedHook;
     std::function<void(const QString& ip, const QString& line)> DirectHook;
+    std::function<QString(const QString& command)> SendHook;
     bool BaseConnected();
-    void BaseDirect(const QString& ip, const QString& line);
-
-    /// Destroyed; the memory stays, so that calls under way find out.
-    void die();
+    void BaseDirect(const QString& ip, const QString& line) { direct(ip, line); }
 
 private:
-    void reach(const char* branch) const { FWorld.coverage.reach(branch); }
+    bool usesPort() const { return FProperties.at("ConnectorType").toInt() == Serial && ComPort(); }
     template <class Body>
-    void callOut(Body body);
-    template <class Body>
-    void attempt(Body body);
-    template <class Body>
-    void operation(Body body);
-    void fire(const TEvent& event, const QString& text);
-    bool connected();
+    void reachPort(Body&& body);
+    bool connected() { return ConnectedHook ? ConnectedHook() : BaseConnected(); }
     void direct(const QString& ip, const QString& line);
+    void write(const QString& ip, const QString& line)
+    {
+        DirectHook ? DirectHook(ip, line) : direct(ip, line);
+    }
     void onPacket(char start, const QByteArray& packet);
     void onPortError(const QString& message, qint64 osError);
     QString digits(const QString& line) const;
@@ -79,19 +100,12 @@ private:
     void learnWidth(const QString& line, TModelBoard* board);
     void processDollar(const QString& ip, const QString& line, const TModelBoard* board);
     QString send(const QString& command);
-    QStringList shown(const QString& command, const QString& address, int width) const;
+    QStringList display(const QString& command, const QString& address, int width) const;
     void show(const QString& command, const QString& ip, const QString& address);
 
-    TModelWorld& FWorld;
-    bool FDesigning;
-    bool FDead = false;
-    int FType = 0;
     TModelPort* FPort = nullptr;
-    TEvent FOnError;
-    TEvent FOnLog;
-    TEvent FOnGetData;
-    std::unique_ptr<TModelSplitter> FDollar;
-    std::unique_ptr<TModelSplitter> FHash;
+    TEvent FOnError, FOnLog, FOnGetData;
+    TModelSplitter FDollar, FHash;
     std::vector<std::unique_ptr<TModelBoard>> FBoards;
 };
 

@@ -25,16 +25,6 @@ QString TWords::address()
                                     "GX=A", "000AA", "0Ж1B", "0:1A", "0|1A"});
 }
 
-QByteArray TWords::noise(int length)
-{
-    QByteArray bytes;
-    for (int i = 0; i < length; ++i) {
-        bytes += FDice.chance(40) ? FDice.pick({'$', '#', '\r', '\n', 'x', '/', '=', 'N', ' ', '\0'})
-                                  : char(FDice.below(256));
-    }
-    return bytes;
-}
-
 QByteArray TWords::damaged(QByteArray line)
 {
     if (line.isEmpty()) {
@@ -49,7 +39,7 @@ QByteArray TWords::damaged(QByteArray line)
         line.remove(at, 1);
         break;
     case 2:
-        line.insert(at, noise(1));
+        line.insert(at, char(FDice.below(256)));
         break;
     case 3:
         line = FDice.chance(50) ? line.toLower() : line.toUpper();
@@ -116,7 +106,7 @@ QByteArray TWords::hashBody()
 
 QByteArray TWords::boardLine()
 {
-    const QByteArray from = FDice.chance(85) ? address().toLatin1() : noise(FDice.below(6));
+    const QByteArray from = FDice.chance(85) ? address().toLatin1() : noise(5);
     QByteArray line = FDice.chance(50) ? "$" + from + dollarBody() : "#" + from + hashBody();
     return FDice.chance(8) ? damaged(line) : line;
 }
@@ -131,7 +121,7 @@ QByteArray TWords::stretchOfWire()
     }
     const int roll = FDice.below(100);
     if (roll < 4) {
-        return noise(FDice.between(1, 12));
+        return noise(12);
     }
     if (roll < 8) {
         return FDice.pick<const char*>(
@@ -148,7 +138,7 @@ QByteArray TWords::stretchOfWire()
         line += FDice.pick<const char*>({" ", "\n", "\t ", "\xa0", "\x7f"});
     }
     line += FDice.chance(90) ? "\r" : "\r\n";
-    return FDice.chance(8) ? noise(FDice.between(1, 6)) + line : line;
+    return FDice.chance(8) ? noise(6) + line : line;
 }
 
 QString TWords::hostLine()

@@ -1,33 +1,10 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
-#include <initializer_list>
-#include <random>
+#include "model/kit/step.h"
 
 namespace tnv5::connector::model {
 
-/// Random numbers that are the same everywhere: the standard distributions are not.
-class TDice
-{
-public:
-    explicit TDice(quint64 seed) : FEngine(seed) {}
-
-    int below(int limit) { return limit <= 0 ? 0 : int(FEngine() % quint64(limit)); }
-    int between(int first, int last) { return first + below(last - first + 1); }
-    bool chance(int percent) { return below(100) < percent; }
-
-    template <class Value>
-    Value pick(std::initializer_list<Value> values)
-    {
-        return *(values.begin() + below(int(values.size())));
-    }
-    // numbers of different widths in one list
-    qint64 pick(std::initializer_list<qint64> values) { return pick<qint64>(values); }
-
-private:
-    std::mt19937_64 FEngine;
-};
+using namespace modelkit;
 
 /// What boards and hosts say, right and nearly right.
 class TWords
@@ -55,7 +32,7 @@ private:
     QByteArray displayType();
     QString displayField();
     QByteArray damaged(QByteArray line);
-    QByteArray noise(int length);
+    QByteArray noise(int longest) { return FDice.noise(longest, QByteArray("$#\r\nx/=N \0", 10)); }
 
     TDice& FDice;
 };

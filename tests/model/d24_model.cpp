@@ -1,183 +1,128 @@
-#include "d24_model.h"
+#include "model/d24_model.h"
 
-#include "tnv5/platform/errors.h"
+#include "model/kit/texts.h"
 
-#include <algorithm>
-#include <cstdlib>
+#include <cmath>
+
+// Lines, tables and reports.
 
 namespace tnv5::d24::model {
 
 namespace {
 
-const QString kButtonCard = QStringLiteral("-2-2-2-2-2");
-const QString kNoPort = QStringLiteral("Порт не открыт или не назначен");
-
-// Bytes 0x80 to 0xBF of the Cyrillic code page; the alphabet in order follows. Kept apart from the one that
-// is tested.
-const QString kHighCharacters =
-    QStringLiteral("ЂЃ‚ѓ„…†‡€‰Љ‹ЊЌЋЏђ‘’“”•–—\u0098™љ›њќћџ\u00A0ЎўЈ¤Ґ¦§Ё©Є«¬\u00AD®Ї°±Ііґµ¶·ё№є»јЅѕї");
-
-QByteArray singleByte(const QString& text)
-{
-    QByteArray bytes;
-    for (const QChar character : text) {
-        const int code = character.unicode();
-        const auto high = kHighCharacters.indexOf(character);
-        if (code < 0x80) {
-            bytes += char(code);
-        } else if (code >= 0x410 && code <= 0x44F) {
-            bytes += char(code - 0x410 + 0xC0);
-        } else {
-            bytes += high < 0 ? '?' : char(0x80 + high);
-        }
-    }
-    return bytes;
-}
-
-QString upperCase(const QString& text)
-{
-    QString upper = text;
-    for (QChar& character : upper) {
-        if (character >= u'a' && character <= u'z') {
-            character = QChar(character.unicode() - 32);
-        }
-    }
-    return upper;
-}
-
-/// Characters `from`, counted from 1, and on; nothing for a count below 1.
-QString part(const QString& text, qsizetype from, qsizetype count)
-{
-    QString piece;
-    for (qsizetype at = from; at < from + count && at <= text.size(); ++at) {
-        piece += text[at - 1];
-    }
-    return piece;
-}
+const QString kButtonCard = "-2-2-2-2-2";
+const QString kNoPort = "Порт не открыт или не назначен";
 
 } // namespace
 
+TModelGate::TModelGate(TModelWorld& world, bool designing, TMonitor& monitor)
+    : TModel(world, designing),
+      FMonitor(monitor),
+      FStackTimer(world, 10, [this] { p_hw_CallStackArray(); }),
+      FPingTimer(world, 2000, [this] { DevicePingTime(this); })
+{
+    FPingTimer.setEnabled(!designing);
+    FProperties = {{"CheckCross", false},
+                   {"CheckET", false},
+                   {"pingdelay", 15},
+                   {"TimeOut", 5},
+                   {"RemoutDevice", Alone}};
+}
+
+void TModelGate::die()
+{
+    if (Connector() != nullptr) {
+        Connector()->SetOnGetData({});
+    }
+    FStackTimer.setEnabled(false);
+    FPingTimer.setEnabled(false);
+    TModel::die();
+}
+
 // ---- to the outside
-
-void TModelGate::log(const QString& text)
-{
-    if (const int handler = handlers[evLog]) {
-        outside([&] { FHost.text("log", handler, text); });
-    }
-}
-
-void TModelGate::error(const QString& text)
-{
-    if (const int handler = handlers[evError]) {
-        outside([&] { FHost.text("error", handler, text); });
-    }
-}
 
 void TModelGate::monitor(const QString& text)
 {
-    if (mode != podNone) { // a gate that stands alone has nobody to tell
-        outside([&] { FHost.monitor(singleByte(text)); });
+    if (number("RemoutDevice") != Alone) { // a gate that stands alone has nobody to tell
+        callOut([&] { FMonitor(bytesOf(text)); });
     }
 }
 
-void TModelGate::doShow(const QStringList& fields)
+void TModelGate::show(TModel* sender, const QStringList& f)
 {
-    const int handler = handlers[evStatus];
-    if (handler == 0) {
-        return;
-    }
-    QString failure;
-    try {
-        outside([&] { FHost.status(handler, fields); });
-        return;
-    } catch (const TGone&) {
-        throw;
-    } catch (...) {
-        failure = platform::exceptionMessage();
-    }
-    went("status handler raised");
-    error(QStringLiteral("[07] ") + failure);
+    attempt([&] { fire(FOnStatus, sender, f[0], f[1], f[2], f[3], f[4], f[5], f[6]); },
+            [&](const QString& failure) {
+                hit<"status handler raised">();
+                error("[07] " + failure);
+            });
 }
 
 void TModelGate::report(const QStringList& fields)
 {
-    doShow(fields);
-    monitor(QStringLiteral("STATUS!") + fields.join(u'!') + u'&');
+    show(this, fields);
+    monitor("STATUS!" + fields.join(u'!') + u'&');
 }
 
 void TModelGate::reportPass(const QString& name, const TPass& pass)
 {
-    report({name, pass.ip, pass.device, pass.type, pass.card, pass.status, pass.status});
+    report({name, pass.IP, pass.Device, pass.DeviceType, pass.CardNumber, pass.Status, pass.Status});
 }
 
 QString TModelGate::command(const QString& text)
 {
-    if (!link) { // taken away by a handler since it was tested
-        went("send: connector gone");
-        throw platform::Exception(kNoPort);
+    if (Connector() == nullptr) { // taken away by a handler since it was tested
+        hit<"send: connector gone">();
+        throw TFailure{kNoPort};
     }
     QString check;
-    outside([&] { check = link->SendCommand(text); });
+    callOut([&] { check = Connector()->SendCommand(text); });
     return check;
 }
 
 bool TModelGate::portReady()
 {
     bool ready = false;
-    if (either(link.isNull(), "send: no connector", "send: connector set")) {
-        ready = false;
-    } else {
-        outside([&] { ready = link->GetConnected(); });
+    if (!either<"send: no connector", "send: connector set">(Connector() == nullptr)) {
+        callOut([&] { ready = Connector()->GetConnected(); });
         if (!ready) {
-            went("send: not connected");
+            hit<"send: not connected">();
         }
     }
     if (!ready) {
-        const QString text = QStringLiteral("[04] ") + kNoPort;
+        const QString text = "[04] " + kNoPort;
         error(text);
-        monitor(QStringLiteral("ERROR!") + text + u'&');
+        monitor("ERROR!" + text + u'&');
     }
     return ready;
 }
 
 // ---- lines
 
-QString TModelGate::field(const QString& name, const QString& text)
+QString TModelGate::ParseMessage(const QString& name, const QString& text)
 {
     const qsizetype colon = text.indexOf(u':') + 1;
     const QString rest = part(text, colon + 1, text.size());
     const QString status = part(rest, 5, rest.size() - 6);
-    if (name == QLatin1String("IP")) {
-        return part(text, 2, colon - 2);
-    }
-    if (name == QLatin1String("DEVICE")) {
-        return part(rest, 1, 4);
-    }
-    if (name == QLatin1String("DEVICETYPE")) {
-        const QString letter = part(rest, 4, 1);
-        return letter == QLatin1String("G") || letter == QLatin1String("I") ? letter : QStringLiteral("T");
-    }
-    if (name == QLatin1String("STATUS")) {
-        return status;
-    }
-    if (name == QLatin1String("STATUSSHORT")) {
-        return part(status, 1, 2);
-    }
-    if (name == QLatin1String("CARDNUMBER")) {
-        return part(status, 3, status.size());
-    }
-    return {};
+    const QString letter = part(rest, 4, 1);
+    const std::map<QString, QString> fields{{"IP", part(text, 2, colon - 2)},
+                                            {"DEVICE", part(rest, 1, 4)},
+                                            {"DEVICETYPE", letter == "G" || letter == "I" ? letter : "T"},
+                                            {"STATUS", status},
+                                            {"STATUSSHORT", part(status, 1, 2)},
+                                            {"CARDNUMBER", part(status, 3, status.size())}};
+    const auto found = fields.find(name);
+    return found == fields.end() ? QString() : found->second;
 }
 
-void TModelGate::doLine(const QString& text)
+void TModelGate::line(const QString& text)
 {
-    log(QStringLiteral("%Считано с порта*% ") + text);
-    if (mode == podServer) {
-        went("line: server repeats it");
-        monitor(QStringLiteral("LOG!%Считано с порта% ") + text + u'&');
+    log("%Считано с порта*% " + text);
+    if (number("RemoutDevice") == Server) {
+        hit<"line: server repeats it">();
+        monitor("LOG!%Считано с порта% " + text + u'&');
     }
-    if (mode == PodClient) {
-        went("line: client forwards it");
+    if (number("RemoutDevice") == Client) {
+        hit<"line: client forwards it">();
         monitor(text);
         return;
     }
@@ -186,111 +131,103 @@ void TModelGate::doLine(const QString& text)
     } else if (text.startsWith(u'#')) {
         stateLine(text);
     } else {
-        went("line: another first character");
+        hit<"line: another first character">();
     }
     if (FDesigning) {
-        went("line: no timer");
-    } else if (either(!FTimers[0].enabled, "line: timer started", "line: timer runs already")) {
+        hit<"line: no timer">();
+    } else if (either<"line: timer started", "line: timer runs already">(!FStackTimer.enabled())) {
         enableStack(true);
-        doPass();
+        sweep();
     }
 }
 
 void TModelGate::eventLine(const QString& text)
 {
-    const QString ip = field("IP", text);
-    const QString device = field("DEVICE", text);
-    const QString type = field("DEVICETYPE", text);
-    const QString status = field("STATUSSHORT", text);
-    const QString card = field("CARDNUMBER", text);
-    doUpdatePing(ip, device);
-    if (status == QLatin1String("ET")) {
+    const QString ip = ParseMessage("IP", text);
+    const QString device = ParseMessage("DEVICE", text);
+    const QString type = ParseMessage("DEVICETYPE", text);
+    const QString status = ParseMessage("STATUSSHORT", text);
+    const QString card = ParseMessage("CARDNUMBER", text);
+    UpdatePing(ip, device);
+    if (status == "ET") {
         confirm(device);
-    } else if (status == QLatin1String("RQ")) {
-        went("RQ");
-        const QString found = doCheckStatus(ip, device, type, card, QStringLiteral("RQ"));
+    } else if (status == "RQ") {
+        hit<"RQ">();
+        const QString found = checkStatus(ip, device, type, card, "RQ");
         report({"COME", ip, device, type, card, found, found});
-    } else if (status == QLatin1String("PR") || status == QLatin1String("GR") ||
-               status == QLatin1String("FK")) {
+    } else if (status == "PR" || status == "GR" || status == "FK") {
         moveOn(device, status);
     } else {
-        went("short status: unknown");
+        hit<"short status: unknown">();
     }
 }
 
 void TModelGate::confirm(const QString& device)
 {
     const PPass pass = passOf(device);
-    if (!checkET) {
-        went("ET: not in confirmation mode");
+    if (number("CheckET") == 0) {
+        hit<"ET: not in confirmation mode">();
     } else if (!pass) {
-        went("ET: no pass");
-    } else if (either(pass->crc.isEmpty(), "ET: confirmed", "ET: pass with check text")) {
-        pass->command.clear();
-        pass->finish = true;
+        hit<"ET: no pass">();
+    } else if (either<"ET: confirmed", "ET: pass with check text">(pass->CRC.isEmpty())) {
+        pass->Command.clear();
+        pass->Finish = true;
     }
 }
 
 void TModelGate::moveOn(const QString& device, const QString& shortStatus)
 {
     const PPass pass = passOf(device);
-    if (shortStatus == QLatin1String("GR")) {
-        if (either(!pass, "GR: no pass", "GR: pass")) {
-            return;
-        }
-        pass->status = QStringLiteral("FINISH");
-    } else if (shortStatus == QLatin1String("FK")) {
-        if (either(!pass, "FK: no pass", "FK: pass")) {
-            return;
-        }
-        pass->status = QStringLiteral("TIMEOUT");
-    } else {
-        if (!pass) {
-            went("PR: no pass");
-            return;
-        }
-        const bool ends = either(pass->type == QLatin1String("D"), "PR: type D", "PR: other types");
-        pass->status = ends ? QStringLiteral("FINISH") : QStringLiteral("PROGRESSSTART");
+    const int kind = shortStatus == "PR" ? 0 : shortStatus == "GR" ? 1 : 2;
+    if (!pass) {
+        way<"PR: no pass", "GR: no pass", "FK: no pass">(kind);
+        return;
     }
-    reportPass(QStringLiteral("COME"), *pass);
+    if (kind == 0) {
+        const bool ends = either<"PR: type D", "PR: other types">(pass->DeviceType == "D");
+        pass->Status = ends ? "FINISH" : "PROGRESSSTART";
+    } else {
+        pass->Status = either<"GR: pass", "FK: pass">(kind == 1) ? "FINISH" : "TIMEOUT";
+    }
+    reportPass("COME", *pass);
 }
 
 void TModelGate::stateLine(const QString& text)
 {
-    const QString ip = field("IP", text);
-    const QString device = field("DEVICE", text);
-    const QString type = field("DEVICETYPE", text);
-    const QString status = field("STATUS", text);
-    const QString word = upperCase(status);
-    doUpdatePing(ip, device);
-    if (word == QLatin1String("DC")) {
-        went("DC");
+    const QString ip = ParseMessage("IP", text);
+    const QString device = ParseMessage("DEVICE", text);
+    const QString type = ParseMessage("DEVICETYPE", text);
+    const QString status = ParseMessage("STATUS", text);
+    const QString word = QString::fromLatin1(status.toLatin1().toUpper()); // Latin letters only
+    UpdatePing(ip, device);
+    if (word == "DC") {
+        hit<"DC">();
         report({"STACK", ip, device, type, "", "CONNECTED", "CONNECTED"});
-    } else if (word == QLatin1String("CC")) {
-        went("CC");
+    } else if (word == "CC") {
+        hit<"CC">();
         report({"STACK", ip, device, type, "", "DISCONNECTED", "DISCONNECTED"});
-    } else if (word == QLatin1String("PING")) {
-        doPing(ip, device, type);
-    } else if (word == QLatin1String("CROSS")) {
+    } else if (word == "PING") {
+        ping(ip, device, type);
+    } else if (word == "CROSS") {
         cross(ip, device, type);
-    } else if (word == QLatin1String("BTPH")) {
+    } else if (word == "BTPH") {
         button(ip, device, type);
     } else {
-        went("state: unknown");
+        hit<"state: unknown">();
     }
     report({"COME", ip, device, type, "NOCARDNUMBER", status, status});
 }
 
 void TModelGate::cross(const QString& ip, const QString& device, const QString& type)
 {
-    if (findIp(ip) != -1) {
-        went("CROSS: pass pending");
+    if (p_hw_FindIP(ip) != -1) {
+        hit<"CROSS: pass pending">();
         return;
     }
     report({"STACK", ip, device, type, "", "CROSS", "CROSS"});
-    if (either(checkCross, "CROSS: alarm", "CROSS: no alarm")) {
-        if (either(bool(link), "CROSS: alarm sent", "CROSS: alarm without connector")) {
-            command(QStringLiteral("AL") + ip + u':' + device);
+    if (either<"CROSS: alarm", "CROSS: no alarm">(number("CheckCross") != 0)) {
+        if (either<"CROSS: alarm sent", "CROSS: alarm without connector">(Connector() != nullptr)) {
+            command("AL" + ip + u':' + device);
         }
     }
 }
@@ -299,119 +236,109 @@ void TModelGate::button(const QString& ip, const QString& device, const QString&
 {
     const PPass pass = passOf(device);
     if (!pass) {
-        went("BTPH: no pass");
-        doCheckStatus(ip, device, type, kButtonCard, QStringLiteral("RQ"));
-    } else if (either(pass->status == QLatin1String("NEW"), "BTPH: new pass", "BTPH: other pass")) {
-        doSend(pass, 1);
-        pass->status = QStringLiteral("OPEN");
+        hit<"BTPH: no pass">();
+        checkStatus(ip, device, type, kButtonCard, "RQ");
+    } else if (either<"BTPH: new pass", "BTPH: other pass">(pass->Status == "NEW")) {
+        send(pass, 1);
+        pass->Status = "OPEN";
     }
 }
 
 // ---- tables
 
-TModelGate::PPass TModelGate::passOf(const QString& device) const
+PPass TModelGate::StackItem(int index) const
 {
-    const int index = findDevice(device);
-    return index < 0 ? nullptr : passes[std::size_t(index)];
+    return index >= 0 && index < StackItemsCount() ? FPasses[std::size_t(index)] : nullptr;
 }
 
-int TModelGate::findDevice(const QString& device) const
+int TModelGate::p_hw_FindDevice(const QString&, const QString& device) const
 {
-    for (std::size_t i = 0; i < passes.size(); ++i) {
-        if (passes[i]->device == device) {
-            return int(i);
-        }
+    return firstIndex(FPasses, [&](const PPass& pass) { return pass->Device == device; });
+}
+
+int TModelGate::p_hw_FindIP(const QString& ip) const
+{
+    return firstIndex(FPasses, [&](const PPass& pass) { return pass->IP == ip; });
+}
+
+int TModelGate::p_hw_FindDeviceByRelay(const QString& ip, const QString& device, const QString& type,
+                                       const QString& card)
+{
+    const int index = firstIndex(
+        FPasses, [&](const PPass& pass) { return pass->Device == device && pass->CardNumber == card; });
+    if (!either<"by card: found", "by card: made">(index >= 0)) {
+        add(ip, device, type, card);
     }
-    return -1;
+    return index >= 0 ? index : StackItemsCount() - 1;
 }
 
-int TModelGate::findIp(const QString& ip) const
-{
-    for (std::size_t i = 0; i < passes.size(); ++i) {
-        if (passes[i]->ip == ip) {
-            return int(i);
-        }
-    }
-    return -1;
-}
-
-int TModelGate::findByCard(const QString& ip, const QString& device, const QString& type, const QString& card)
-{
-    for (std::size_t i = 0; i < passes.size(); ++i) {
-        if (passes[i]->device == device && passes[i]->card == card) {
-            went("by card: found");
-            return int(i);
-        }
-    }
-    went("by card: made");
-    add(ip, device, type, card);
-    return int(passes.size()) - 1;
-}
-
-TModelGate::PPass TModelGate::add(const QString& ip, const QString& device, const QString& type,
-                                  const QString& card)
+PPass TModelGate::add(const QString& ip, const QString& device, const QString& type, const QString& card)
 {
     const auto pass = std::make_shared<TPass>();
-    pass->ip = ip;
-    pass->device = device;
-    pass->type = type;
-    pass->card = card;
-    pass->status = QStringLiteral("NEW");
-    pass->start = timeOfDay();
-    passes.push_back(pass);
+    pass->IP = ip;
+    pass->Device = device;
+    pass->DeviceType = type;
+    pass->CardNumber = card;
+    pass->Status = "NEW";
+    pass->Starttime = today();
+    FPasses.push_back(pass);
     return pass;
 }
 
-QString TModelGate::doCheckStatus(const QString& ip, const QString& device, const QString& type,
-                                  const QString& card, const QString& status)
+QString TModelGate::checkStatus(const QString& ip, const QString& device, const QString& type,
+                                const QString& card, const QString& status)
 {
-    QString result = QStringLiteral("NEW");
-    if (const PPass found = passOf(device); either(bool(found), "lookup: found", "lookup: made")) {
-        result = found->status;
+    QString result = "NEW";
+    if (const PPass found = passOf(device); either<"lookup: found", "lookup: made">(bool(found))) {
+        result = found->Status;
     } else {
         const PPass made = add(ip, device, type, card);
-        if (const int handler = handlers[evImg]) {
-            outside([&] { FHost.picture(handler, device, made->img); });
-        }
+        fire(FOnPicture, this, device, made->Img);
     }
     report({"CHECK", ip, device, type, card, status, result});
     return result;
 }
 
-int TModelGate::findController(const QString& ip, const QString& device) const
+int TModelGate::DevicePingFind(const QString& ip, const QString& device) const
 {
     int last = -1;
-    for (std::size_t i = 0; i < controllers.size(); ++i) {
-        if (controllers[i]->ip == ip && controllers[i]->device == device) {
+    for (std::size_t i = 0; i < FControllers.size(); ++i) {
+        if (FControllers[i]->IP == ip && FControllers[i]->Device == device) {
             last = int(i);
         }
     }
     return last;
 }
 
-void TModelGate::doPing(const QString& ip, const QString& device, const QString& type)
+void TModelGate::ping(const QString& ip, const QString& device, const QString& type)
 {
-    const int index = findController(ip, device);
-    if (either(index < 0, "PING: new", "PING: known")) {
-        controllers.push_back(std::make_shared<TController>(TController{ip, device, type, FNow}));
+    const int index = DevicePingFind(ip, device);
+    if (either<"PING: new", "PING: known">(index < 0)) {
+        FControllers.push_back(std::make_shared<TController>(
+            TController{ip, device, type, double(FWorld.clock.nowMs()) / kMsPerDay}));
     } else {
-        controllers[std::size_t(index)]->heard = timeOfDay();
+        FControllers[std::size_t(index)]->Pingtime = today();
     }
-    const TController entry = *(index < 0 ? controllers.back() : controllers[std::size_t(index)]);
-    report({"STACK", entry.ip, entry.device, entry.type, "", "PING", "PING"});
+    const TController entry = *(index < 0 ? FControllers.back() : FControllers[std::size_t(index)]);
+    report({"STACK", entry.IP, entry.Device, entry.DeviceType, "", "PING", "PING"});
 }
 
-void TModelGate::doUpdatePing(const QString& ip, const QString& device)
+void TModelGate::UpdatePing(const QString& ip, const QString& device)
 {
-    const int index = findController(ip, device);
-    if (either(index >= 0, "update ping: known", "update ping: unknown")) {
-        controllers[std::size_t(index)]->heard = timeOfDay();
+    const int index = DevicePingFind(ip, device);
+    if (either<"update ping: known", "update ping: unknown">(index >= 0)) {
+        FControllers[std::size_t(index)]->Pingtime = today();
     }
 }
 
-bool TModelGate::late(qint64 moment, qint64 limit) const
+double TModelGate::today() const
 {
-    return std::llabs(timeOfDay() - moment) / 1000 > limit;
+    return double(FWorld.clock.timeOfDay()) / kMsPerDay;
+}
+
+bool TModelGate::late(double moment, qint64 limit) const
+{
+    return apart(FWorld.clock.timeOfDay(), std::llround(moment * kMsPerDay), limit);
 }
 
 } // namespace tnv5::d24::model

@@ -1,125 +1,141 @@
 #pragma once
 
-#include "d24_branches.h"
-#include "d24_host.h"
-#include "tnv5/connector/device_connector.h"
-#include "tnv5/platform/errors.h"
+#include "model/connector_model.h"
 
-#include <QPointer>
-#include <array>
-#include <memory>
-#include <vector>
+#include <QImage>
+#include <QStringList>
 
 namespace tnv5::d24::model {
 
-/// A second, plain reading of how networked gates behave, to be compared with the component: one pass table,
-/// one table of controllers, two timers, and time in whole milliseconds instead of days.
-class TModelGate
+using namespace modelkit;
+using connector::model::TModelConnector;
+
+enum EMode { Alone, Server, Client };
+
+struct TPass
+{
+    QString IP, DeviceType, CardNumber, Device, Status, StatusHard;
+    double Starttime = 0; // days, since midnight
+    QImage Img;
+    int sys = 0;
+    QString InfoMess, Command, CommandAdd, CRC;
+    bool Finish = false;
+    double CRCtime = 0;
+};
+using PPass = std::shared_ptr<TPass>;
+
+struct TController
+{
+    QString IP, Device, DeviceType;
+    double Pingtime = 0;
+};
+
+/// A second, plain reading of how networked gates behave, on the model of a connector: one pass table, one
+/// table of controllers, two timers. Its names are those of the component.
+class TModelGate final : public TModel
 {
 public:
-    TModelGate(THost& host, qint64 nowMs, bool designing);
-    ~TModelGate();
-    TModelGate(const TModelGate&) = delete;
-    TModelGate& operator=(const TModelGate&) = delete;
+    using TMonitor = std::function<void(const QByteArray&)>;
+    using TText = std::function<void(TModel*, const QString&)>;
+    using TStatus =
+        std::function<void(TModel*, QString, QString, QString, QString, QString, QString, QString)>;
+    using TQuestion = std::function<void(TModel*, QString, QString, QString, QString, QString, QImage& img,
+                                         int mode, QVariant& mess, QVariant& result)>;
+    using TPicture = std::function<void(TModel*, const QString& device, QImage& img)>;
 
-    struct TPass
+    TModelGate(TModelWorld& world, bool designing, TMonitor& monitor);
+    void die() override;
+
+    TModelConnector* Connector() const { return living(FLink); }
+    void SetConnector(TModelConnector* value);
+    void SetOnLog(TText event) { FOnLog = std::move(event); }
+    void SetOnError(TText event) { FOnError = std::move(event); }
+    void SetOnCheckStatus(TStatus event) { FOnStatus = std::move(event); }
+    void SetOnCheckSQL(TQuestion event) { FOnQuestion = std::move(event); }
+    void SetOnGetImg(TPicture event) { FOnPicture = std::move(event); }
+
+    int StackItemsCount() const { return int(FPasses.size()); }
+    PPass StackItem(int index) const;
+    const std::vector<std::shared_ptr<TController>>& DeviceList() const { return FControllers; }
+    static QString ParseMessage(const QString& name, const QString& text);
+    void OnConnectorData(TModel*, const QString& text) { p_hw_ProtocolIn(text); }
+    void p_hw_ProtocolIn(const QString& text)
     {
-        QString ip, type, card, device, status;
-        qint64 start = 0;
-        QImage img;
-        QString info, command, crc;
-        bool finish = false;
-        qint64 crcTime = 0;
-    };
-    struct TController
+        operation([&] { line(text); });
+    }
+    QString p_hw_CheckStatus(const QString& ip, const QString& device, const QString& type,
+                             const QString& card, const QString& status)
     {
-        QString ip, device, type;
-        qint64 heard = 0;
-    };
-
-    // what hosts set and look at
-    std::vector<std::shared_ptr<TPass>> passes;
-    std::vector<std::shared_ptr<TController>> controllers;
-    int handlers[kEventCount] = {}; // by TEvent: which handler is assigned, 0 none
-    bool checkCross = false;
-    bool checkET = false;
-    int pingDelay = 15;
-    int timeOut = 5;
-    TConState mode = podNone;
-    QPointer<connector::TDeviceConnector> link;
-
-    // the public methods, each the outermost frame of what it starts
-    void line(const QString& text);
-    QString checkStatus(const QString& ip, const QString& device, const QString& type, const QString& card,
-                        const QString& status);
-    int findDevice(const QString& device) const;
-    int findIp(const QString& ip) const;
-    int findByCard(const QString& ip, const QString& device, const QString& type, const QString& card);
-    void ping(const QString& ip, const QString& device, const QString& type);
-    int findController(const QString& ip, const QString& device) const;
-    void updatePing(const QString& ip, const QString& device);
-    void silenceCheck();
-    void pass();
-    int sqlCheck(int index, int question);
-    void sendCommand(int index, int yesnot);
-    void testPort();
-    void manual(const QString& ip, const QString& device, const QString& status);
-    void setInterval(int ms);
-    void show(const QStringList& fields);
-    void setConnector(connector::TDeviceConnector* value);
-    bool connected();
-    void destroy();
-    bool alive() const { return FAlive; }
-    static QString field(const QString& name, const QString& text);
-
-    // time
-    void advance(qint64 ms);
-    void jump(qint64 to, qint64 by);
+        return operation([&] { return checkStatus(ip, device, type, card, status); }, QString());
+    }
+    int p_hw_FindDevice(const QString& ip, const QString& device) const;
+    int p_hw_FindIP(const QString& ip) const;
+    int p_hw_FindDeviceByRelay(const QString& ip, const QString& device, const QString& type,
+                               const QString& card);
+    void DevicePing(const QString& ip, const QString& device, const QString& type)
+    {
+        operation([&] { ping(ip, device, type); });
+    }
+    int DevicePingFind(const QString& ip, const QString& device) const;
+    void UpdatePing(const QString& ip, const QString& device);
+    void DevicePingTime(TModel*)
+    {
+        operation([&] { silenceCheck(); });
+    }
+    void p_hw_CallStackArray()
+    {
+        operation([&] { sweep(); });
+    }
+    int p_hw_SQLCheck(int index, int mode)
+    {
+        const PPass pass = StackItem(index);
+        return pass ? operation([&] { return ask(pass, mode); }, -1) : -1;
+    }
+    bool p_hw_SendComCommand(int index, int yesnot)
+    {
+        return operation([&] { return send(StackItem(index), yesnot), true; }, true);
+    }
+    bool p_hw_checktimeout(double first, double second, int limit) const;
+    bool p_hw_CheckStatusAll()
+    {
+        return operation([&] { return portReady(), true; }, true);
+    }
+    bool p_hw_relay(const QString&, const QString&, const QString&, int) { return p_hw_CheckStatusAll(); }
+    void p_hw_manual(const QString& ip, const QString& device, const QString& status);
+    void SetTimerInterval(int ms);
+    void ShowinternalStatus(TModel* sender, const QString& name, const QString& ip, const QString& device,
+                            const QString& type, const QString& card, const QString& first,
+                            const QString& second);
+    bool Connected();
 
 private:
-    using PPass = std::shared_ptr<TPass>;
-    struct TGone
-    {
-    };
-    struct TTicker
-    {
-        int interval;
-        bool enabled;
-        qint64 due;
-    };
-
-    qint64 timeOfDay() const { return FNow % 86'400'000; }
-    bool late(qint64 moment, qint64 limit) const;
-    PPass passAt(std::size_t index) const { return index < passes.size() ? passes[index] : nullptr; }
-    PPass passOf(const QString& device) const;
+    int number(const char* property) const { return FProperties.at(property).toInt(); }
+    double today() const;
+    bool late(double moment, qint64 limit) const;
+    PPass passOf(const QString& device) const { return StackItem(p_hw_FindDevice({}, device)); }
     PPass add(const QString& ip, const QString& device, const QString& type, const QString& card);
 
-    template <class Body>
-    void outside(Body&& body);
-    template <class Body>
-    static void operation(Body&& body);
-    void log(const QString& text);
-    void error(const QString& text);
+    void log(const QString& text) { fire(FOnLog, this, text); }
+    void error(const QString& text) { fire(FOnError, this, text); }
     void monitor(const QString& text);
+    void show(TModel* sender, const QStringList& fields);
     void report(const QStringList& fields);
     void reportPass(const QString& name, const TPass& pass);
-    void doShow(const QStringList& fields);
     QString command(const QString& text);
     bool portReady();
 
-    void doLine(const QString& text);
+    void line(const QString& text);
     void eventLine(const QString& text);
     void stateLine(const QString& text);
     void cross(const QString& ip, const QString& device, const QString& type);
     void button(const QString& ip, const QString& device, const QString& type);
     void confirm(const QString& device);
     void moveOn(const QString& device, const QString& shortStatus);
-    QString doCheckStatus(const QString& ip, const QString& device, const QString& type, const QString& card,
-                          const QString& status);
-    void doPing(const QString& ip, const QString& device, const QString& type);
-    void doUpdatePing(const QString& ip, const QString& device);
+    QString checkStatus(const QString& ip, const QString& device, const QString& type, const QString& card,
+                        const QString& status);
+    void ping(const QString& ip, const QString& device, const QString& type);
 
-    void doPass();
+    void sweep();
     bool resend(const PPass& pass, std::size_t index);
     bool visit(const PPass& pass);
     bool actOn(const PPass& pass);
@@ -128,47 +144,20 @@ private:
     bool remove(const PPass& pass);
     int ask(const PPass& pass, int question);
     int askHandler(const PPass& pass, int question, bool takeMessage);
-    void doSend(const PPass& pass, int yesnot);
-
-    void tick(std::size_t timer);
+    void send(const PPass& pass, int yesnot);
+    void silenceCheck();
     void enableStack(bool on);
 
-    THost& FHost;
-    qint64 FNow;
-    bool FDesigning;
-    bool FAlive = true;
+    TMonitor& FMonitor;
+    TModelConnector* FLink = nullptr;
+    TModelTimer FStackTimer, FPingTimer;
+    TText FOnLog, FOnError;
+    TStatus FOnStatus;
+    TQuestion FOnQuestion;
+    TPicture FOnPicture;
+    std::vector<PPass> FPasses;
+    std::vector<std::shared_ptr<TController>> FControllers;
     bool FBusy = false;
-    std::array<TTicker, 2> FTimers{{{10, false, 0}, {2000, true, 0}}}; // passes, liveness
-    std::shared_ptr<bool> FListening = std::make_shared<bool>(true);
 };
-
-/// Everything that may run somebody else's code; nothing is touched any more when that destroyed the gate.
-template <class Body>
-void TModelGate::outside(Body&& body)
-{
-    try {
-        body();
-    } catch (...) {
-        if (!FAlive) {
-            went("destroyed inside a handler");
-            platform::reportException();
-            throw TGone();
-        }
-        throw;
-    }
-    if (!FAlive) {
-        went("destroyed inside a handler");
-        throw TGone();
-    }
-}
-
-template <class Body>
-void TModelGate::operation(Body&& body)
-{
-    try {
-        body();
-    } catch (const TGone&) {
-    }
-}
 
 } // namespace tnv5::d24::model

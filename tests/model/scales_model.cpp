@@ -7,118 +7,57 @@ namespace tnv5::scales::model {
 namespace {
 
 /// First request of each family that is asked.
-QString firstRequest(int type)
-{
-    switch (type) {
-    case 1:
-        return QStringLiteral("D");
-    case 2:
-        return QString(QChar(5));
-    case 3:
-        return QString::fromLatin1("\0\0\3", 3);
-    case 4:
-        return QString::fromLatin1("\0\0\3\0\0\0\0\0", 8);
-    case 5:
-        return QString::fromLatin1("<\0!>", 4);
-    default:
-        return QString::fromLatin1("\5\r", 2);
-    }
-}
+const QByteArray kFirst[] = {
+    "",      "D", "\x05", QByteArray("\0\0\3", 3), QByteArray("\0\0\3\0\0\0\0\0", 8), QByteArray("<\0!>", 4),
+    "\x05\r"};
 
 } // namespace
 
-TScalesModel::TScalesModel(THostCall host, TClockModel& clock, bool design)
-    : FHost(std::move(host)), FClock(clock), FDesign(design), FLastAsk(clock.timeOfDay()), FSplitter(FHost)
+TModelScales::TModelScales(TModelWorld& world, bool designing)
+    : TModel(world, designing),
+      FLastAsk(world.clock.timeOfDay()),
+      FTimer(world, 1000, [this] { poll(); }),
+      FSplitter(world, [this](const QByteArray& bytes) { packet(bytes); })
 {
-    if (design) {
-        return;
-    }
-    FSplitter.askStart = [this](const QByteArray& buffer, qsizetype& at) { findStart(buffer, at); };
-    FSplitter.askStop = [this](const QByteArray& buffer, qsizetype& at) { findStop(buffer, at); };
-    FSplitter.deliver = [this](const QByteArray& bytes) { packet(bytes); };
-    FTimer.tick = [this] {
-        guardedCall(FHost, [this] {
-            if (!isConnected()) {
-                reach(TBranch::PollUnconnected);
-                return;
-            }
-            reach(TBranch::PollTick);
-            operation([this] { ask(true); });
-        });
-    };
-    FClock.timer = &FTimer;
+    FSplitter.Stop.clear();
+    FSplitter.OnStart = [this](const QByteArray& buffer, qsizetype& at) { findStart(buffer, at); };
+    FSplitter.OnStop = [this](const QByteArray& buffer, qsizetype& at) { findStop(buffer, at); };
 }
 
-void TScalesModel::destroy()
+void TModelScales::poll()
 {
-    FAlive = false;
-    if (!FDesign) {
-        FSplitter.attach(nullptr);
-        FClock.timer = nullptr;
+    if (either<"PollTick", "PollUnconnected">(IsConnected())) {
+        GetWeight(true);
     }
 }
 
-template <class Body>
-void TScalesModel::operation(Body&& body)
+void TModelScales::die()
 {
-    try {
-        body();
-    } catch (const TGone&) {
-        reach(TBranch::Gone);
-    }
-}
-
-/// Runs what may run host code.
-template <class Body>
-void TScalesModel::call(Body&& body)
-{
-    try {
-        body();
-    } catch (const TFailure& failure) {
-        if (FAlive) {
-            throw;
-        }
-        if (!failure.silent) {
-            FHost(TEvent::Unhandled, failure.text);
-        }
-    }
-    if (!FAlive) {
-        throw TGone();
-    }
-}
-
-void TScalesModel::fire(int handler, TEvent event, const QString& text)
-{
-    if (handler != 0) {
-        call([&] { FHost(event, numbered(handler, text)); });
-    }
+    FSplitter.attach(nullptr);
+    FTimer.setEnabled(false);
+    TModel::die();
 }
 
 // properties
 
-void TScalesModel::setLastWeight(int weight)
-{
-    operation([&] { notify(weight); });
-}
-
-void TScalesModel::notify(int weight)
+void TModelScales::notify(int weight)
 {
     if (weight == FLastWeight) {
-        reach(TBranch::WeightSame);
+        hit<"WeightSame">();
     } else if (weight < 1) {
-        reach(TBranch::WeightBelow1);
-    } else if (onWeight == 0) {
-        reach(TBranch::WeightUnheard);
+        hit<"WeightBelow1">();
+    } else if (!FOnWeight) {
+        hit<"WeightUnheard">();
     } else if (FBusy) {
-        reach(TBranch::WeightBusy);
+        hit<"WeightBusy">();
     } else {
-        reach(TBranch::WeightNotified);
+        hit<"WeightNotified">();
         FLastWeight = weight;
         FBusy = true;
         try {
-            fire(onWeight, TEvent::Weight, QString::number(weight));
+            fire(FOnWeight, this, weight);
         } catch (const TFailure&) {
-            reach(TBranch::WeightRaised);
+            hit<"WeightRaised">();
             FBusy = false;
             throw;
         }
@@ -127,240 +66,205 @@ void TScalesModel::notify(int weight)
     FLastWeight = weight;
 }
 
-void TScalesModel::setScalesType(int type)
+void TModelScales::SetScalesType(int type)
 {
-    FScalesType = type;
+    FType = type;
     const bool strings = type == 5 || type == 7 || type == 8;
-    reach(strings ? TBranch::TypeStrings : TBranch::TypeWithout);
+    either<"TypeStrings", "TypeWithout">(strings);
     if (strings) {
-        FSplitter.startString = type == 5 ? "<" : type == 7 ? "\x02" : "W";
-        FSplitter.stopString = type == 5 ? ">" : type == 7 ? "\r\n" : "kg";
+        FSplitter.Start = type == 5 ? "<" : type == 7 ? "\x02" : "W";
+        FSplitter.Stop = type == 5 ? ">" : type == 7 ? "\r\n" : "kg";
     }
 }
 
-void TScalesModel::bind(TPortModel* port)
+void TModelScales::bind(TModelPort* port)
 {
-    if (!FDesign) {
+    if (!FDesigning) {
         FSplitter.attach(port);
     }
 }
 
-void TScalesModel::setComport(TPortModel* port)
+void TModelScales::SetComport(TModelPort* port)
 {
     FPort = port;
     bind(port);
 }
 
-void TScalesModel::setSendInterval(int ms)
+void TModelScales::SetSendInterval(int ms)
 {
     if (ms == FSendInterval) {
-        reach(TBranch::IntervalSame);
-    } else if (FDesign) {
-        reach(TBranch::IntervalDesign);
+        hit<"IntervalSame">();
+    } else if (FDesigning) {
+        hit<"IntervalDesign">();
     } else {
-        reach(ms == -1 ? TBranch::IntervalOff : TBranch::IntervalOn);
-        FClock.enable(FTimer, false);
-        FTimer.interval = ms;
-        FClock.enable(FTimer, ms != -1);
+        either<"IntervalOff", "IntervalOn">(ms == -1);
+        FTimer.setEnabled(false);
+        FTimer.setInterval(ms);
+        FTimer.setEnabled(ms != -1);
     }
     FSendInterval = ms;
 }
 
 // port
 
-bool TScalesModel::setConnection(bool open)
+bool TModelScales::connectPort(bool open)
 {
-    bool result = false;
-    operation([&] { result = connectPort(open); });
-    return result;
-}
-
-bool TScalesModel::connectPort(bool open)
-{
-    if (FPort == nullptr) {
-        reach(TBranch::ConnectNoPort);
-        error(message(0));
+    if (ComPort() == nullptr) {
+        hit<"ConnectNoPort">();
+        error(GetMessage(0));
         return false;
     }
-    if (open && FPort->connected) {
-        reach(TBranch::ConnectOpenAlready);
+    if (open && ComPort()->Connected()) {
+        hit<"ConnectOpenAlready">();
     }
-    TPortModel& port = *FPort;
-    std::optional<QString> failed;
-    try {
-        call([&] { open ? port.open() : port.close(); });
-    } catch (const TFailure& failure) {
-        failed = failure.text;
+    bool done = false;
+    attempt(
+        [&] {
+            open ? ComPort()->Open() : ComPort()->Close();
+            done = true;
+        },
+        [&](const QString& failure) {
+            either<"ConnectFailed", "ConnectCloseFailed">(open);
+            error(failure);
+        });
+    if (done) {
+        either<"ConnectOpened", "ConnectClosed">(open);
     }
-    if (failed) {
-        reach(open ? TBranch::ConnectFailed : TBranch::ConnectCloseFailed);
-        error(*failed);
-        return false;
-    }
-    reach(open ? TBranch::ConnectOpened : TBranch::ConnectClosed);
-    return true;
+    return done;
 }
 
-void TScalesModel::setUpComport()
+void TModelScales::SetUpComport()
 {
-    if (FPort == nullptr) {
-        reach(TBranch::SetUpNoPort);
+    TModelPort* const port = ComPort();
+    const int type = FType >= 1 && FType <= 8 ? FType : 0;
+    if (port == nullptr) {
+        hit<"SetUpNoPort">();
     } else {
-        const int type = FScalesType;
-        const bool family = type >= 1 && type <= 8;
-        reach(!family    ? TBranch::SetUp0
-              : type > 4 ? TBranch::SetUp5to8
-                         : TBranch(int(TBranch::SetUp0) + type));
-        if (family && type != 4) {
+        way<"SetUp0", "SetUp1", "SetUp2", "SetUp3", "SetUp4", "SetUp5to8">(qMin(type, 5));
+        if (type != 0 && type != 4) {
             const bool even = type == 1 || type == 3;
-            FPort->baudRate = even ? 4800 : 9600;
-            FPort->parity = even ? 2 : 0;
-            FPort->dataBits = 8;
-            FPort->stopBits = 0;
+            port->SetBaudRate(even ? 4800 : 9600);
+            port->SetParity(even ? 2 : 0);
+            port->SetDataBits(8);
+            port->SetStopBits(0);
         }
-        if (family) {
-            FPort->readGap = type <= 4 ? 10 : 0;
+        if (type != 0) {
+            port->SetReadGap(type <= 4 ? 10 : 0);
         }
     }
-    bind(FPort);
+    bind(port);
 }
 
-void TScalesModel::writeToPort(const QString& text)
+void TModelScales::send(const QString& text)
 {
-    operation([&] { send(text); });
-}
-
-void TScalesModel::send(const QString& text)
-{
-    if (!isConnected()) {
-        reach(TBranch::SendUnconnected);
+    if (!IsConnected()) {
+        hit<"SendUnconnected">();
         return;
     }
-    QByteArray bytes;
-    for (const QChar character : text) {
-        bytes += character > QChar(255) ? '?' : char(character.unicode());
-    }
-    TPortModel& port = *FPort;
     try {
-        call([&] { port.write(bytes); });
+        callOut([&] { ComPort()->Write(bytesOf(text, false)); });
     } catch (const TFailure&) {
-        reach(TBranch::SendFailed);
+        hit<"SendFailed">();
         throw;
     }
-    reach(TBranch::Sent);
-    log(QStringLiteral("[05] Send to port ") + text);
+    hit<"Sent">();
+    log("[05] Send to port " + text);
 }
 
-void TScalesModel::reset()
+void TModelScales::restart()
 {
-    operation([&] { restart(); });
-}
-
-void TScalesModel::restart()
-{
-    const bool ticked = FTimer.enabled;
-    FClock.enable(FTimer, false);
+    const bool ticked = FTimer.enabled();
+    FTimer.setEnabled(false);
     bind(nullptr);
-    FLastAsk = FClock.timeOfDay();
+    FLastAsk = FWorld.clock.timeOfDay();
     FAsk = false;
-    bind(FPort);
+    bind(ComPort());
     const bool open = connectPort(true);
-    reach(open ? TBranch::ResetOpened : FPort == nullptr ? TBranch::ResetNoPort : TBranch::ResetRefused);
+    way<"ResetRefused", "ResetNoPort", "ResetOpened">(open ? 2 : int(ComPort() == nullptr));
     if (open) {
-        FClock.enable(FTimer, ticked);
+        FTimer.setEnabled(ticked);
     }
     if (ticked) {
-        reach(open ? TBranch::ResetTimerOn : TBranch::ResetTimerLeftOff);
+        either<"ResetTimerOn", "ResetTimerLeftOff">(open);
     }
-    if (FDesign) {
-        reach(TBranch::ResetDesign);
+    if (FDesigning) {
+        hit<"ResetDesign">();
     }
-    log(QStringLiteral("[07] Reset port ") + (FPort == nullptr || FDesign ? QString() : FPort->name));
+    log("[07] Reset port " + (ComPort() == nullptr || FDesigning ? QString() : ComPort()->Port()));
 }
 
 // weighing
 
-int TScalesModel::getWeight(bool safe)
-{
-    int result = -1;
-    operation([&] { result = ask(safe); });
-    return result;
-}
-
-bool TScalesModel::silent() const
-{
-    return std::llabs(FClock.timeOfDay() - FLastAsk) / 1000 > 3;
-}
-
-int TScalesModel::ask(bool safe)
+int TModelScales::ask(bool safe)
 {
     FLastWeight = 0;
-    const int type = FScalesType;
-    if (!isConnected()) {
-        reach(TBranch::WeighUnconnected);
+    const int type = FType;
+    if (!IsConnected()) {
+        hit<"WeighUnconnected">();
         return -1;
     }
     if (type < 1 || type > 8) {
-        reach(TBranch::WeighNoFamily);
+        hit<"WeighNoFamily">();
         return -1;
     }
     if (type <= 6) {
-        request(type);
+        request();
     } else {
-        reach(TBranch::WeighContinuous);
+        hit<"WeighContinuous">();
     }
-    FLastAsk = FClock.timeOfDay();
+    FLastAsk = FWorld.clock.timeOfDay();
     if (safe) {
-        reach(TBranch::WeighSafe);
+        hit<"WeighSafe">();
         return FLastWeight;
     }
     return wait(type > 6);
 }
 
-void TScalesModel::request(int type)
+void TModelScales::request()
 {
+    const int type = FType;
     if (!silent()) {
-        reach(TBranch::WeighInTime);
+        hit<"WeighInTime">();
         FCount = 0;
         FAsk = false;
-        send(firstRequest(type));
+        send(textOf(kFirst[type], false));
         return;
     }
-    if (FCount >= 3 && onError != 0) {
-        reach(TBranch::WeighNoAnswer);
-        error(message(3));
+    if (FCount >= 3 && FOnError) {
+        hit<"WeighNoAnswer">();
+        error(GetMessage(3));
         FCount = 0;
     } else if (FCount >= 3) {
-        reach(TBranch::WeighNoAnswerUnheard);
+        hit<"WeighNoAnswerUnheard">();
     }
     ++FCount;
     if (type == 1) {
-        reach(TBranch::WeighLate1);
+        hit<"WeighLate1">();
         restart();
-        FLastAsk = FClock.timeOfDay();
-        send(firstRequest(type));
+        FLastAsk = FWorld.clock.timeOfDay();
+        send(textOf(kFirst[type], false));
     } else {
-        reach(TBranch::WeighLate2to6);
+        hit<"WeighLate2to6">();
         FAsk = false;
-        send(firstRequest(type));
+        send(textOf(kFirst[type], false));
         restart();
     }
 }
 
-int TScalesModel::wait(bool continuous)
+int TModelScales::wait(bool continuous)
 {
-    const qint64 since = FClock.now;
+    const qint64 since = FWorld.clock.nowMs();
     while (!silent()) {
-        if (std::llabs(FClock.now - since) >= 4000) {
-            reach(TBranch::WaitExtended);
+        if (std::llabs(FWorld.clock.nowMs() - since) >= 4000) {
+            hit<"WaitExtended">();
         }
-        call([&] { FHost(TEvent::Wait, {}); });
+        callOut(FWorld.clock.OnWait);
         if (FLastWeight > 0) {
-            reach(TBranch::WaitAnswered);
+            hit<"WaitAnswered">();
             return FLastWeight;
         }
     }
-    reach(continuous ? TBranch::WaitTimedOutContinuous : TBranch::WaitTimedOut);
+    either<"WaitTimedOutContinuous", "WaitTimedOut">(continuous);
     return continuous ? -1 : FLastWeight;
 }
 

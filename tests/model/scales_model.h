@@ -1,75 +1,84 @@
 #pragma once
 
-#include "model/scales_line_model.h"
+#include "model/kit/model_world.h"
+#include "model/kit/texts.h"
 
 #include <QStringList>
 
 namespace tnv5::scales::model {
 
-/// What a scales component does, told once more from the wire formats and without any code of its own.
-class TScalesModel
+using namespace modelkit;
+
+/// What a scales component does, told once more from the wire formats. Its names are those of the component.
+class TModelScales final : public TModel
 {
 public:
-    /// @param design the component is being edited in the form designer
-    TScalesModel(THostCall host, TClockModel& clock, bool design);
-    /// Also from inside one of its own handlers: what is under way ends quietly.
-    void destroy();
-    bool alive() const { return FAlive; }
+    using TText = std::function<void(TModel*, const QString&)>;
+    using TWeight = std::function<void(TModel*, int)>;
 
-    // number of the handler that the host has assigned; 0: none
-    int onLog = 0;
-    int onError = 0;
-    int onWeight = 0;
+    TModelScales(TModelWorld& world, bool designing);
+    void die() override;
 
-    int lang = 0;
+    void SetOnLog(TText event) { FOnLog = std::move(event); }
+    void SetOnError(TText event) { FOnError = std::move(event); }
+    void SetOnWeight(TWeight event) { FOnWeight = std::move(event); }
+    int IDLang() const { return FLang; }
+    void SetIDLang(int lang) { FLang = lang; }
+    int LastWeight() const { return FLastWeight; }
+    void SetLastWeight(int weight)
+    {
+        operation([&] { notify(weight); });
+    }
+    int ScalesType() const { return FType; }
+    void SetScalesType(int type);
+    int SendInterval() const { return FSendInterval; }
+    void SetSendInterval(int ms);
+    TModelPort* ComPort() const { return living(FPort); }
+    void SetComport(TModelPort* port);
 
-    int lastWeight() const { return FLastWeight; }
-    int scalesType() const { return FScalesType; }
-    int sendInterval() const { return FSendInterval; }
-    TPortModel* port() const { return FPort; }
-    bool asks() const { return FAsk; }
-    bool isConnected() const { return FPort != nullptr && FPort->connected; }
-    void forgetPort() { FPort = nullptr; }
+    bool IsConnected() const { return ComPort() != nullptr && ComPort()->Connected(); }
+    bool SetConnection(bool open)
+    {
+        return operation([&] { return connectPort(open); }, false);
+    }
+    void SetUpComport();
+    int GetWeight(bool safe)
+    {
+        return operation([&] { return ask(safe); }, -1);
+    }
+    void WriteToPort(const QString& text)
+    {
+        operation([&] { send(text); });
+    }
+    void Reset()
+    {
+        operation([&] { restart(); });
+    }
+    QString GetMessage(int index) const;
 
-    // what the host calls
-    void setLastWeight(int weight);
-    void setScalesType(int type);
-    void setComport(TPortModel* port);
-    void setSendInterval(int ms);
-    bool setConnection(bool open);
-    void setUpComport();
-    int getWeight(bool safe);
-    void writeToPort(const QString& text);
-    void reset();
-    QString message(int index) const;
-
-    static QStringList list();
-    static QString digitsOnly(const QString& text);
-    static QString replaceStr(const QString& text, const QString& old, const QString& with);
-    static int lrc(const QString& text);
-    static bool between(double now, double last, int limit);
-    static QString byteToBin(int value);
-    static int binToInt(const QString& bits);
+    void GetScalesList(QStringList& names) const;
+    static QString DigitsOnly(const QString& text);
+    static QString ReplaceStr(const QString& text, const QString& old, const QString& with);
+    static int StringLRC(const QString& text);
+    static bool p_hw_checktimebetween(double now, double last, int limit)
+    {
+        return daysApart(now, last, limit);
+    }
 
 private:
-    template <class Body>
-    void operation(Body&& body);
-    template <class Body>
-    void call(Body&& body);
-    void fire(int handler, TEvent event, const QString& text);
-    void log(const QString& text) { fire(onLog, TEvent::Log, text); }
-    void error(const QString& text) { fire(onError, TEvent::Error, text); }
-
+    void log(const QString& text) { fire(FOnLog, this, text); }
+    void error(const QString& text) { fire(FOnError, this, text); }
+    void poll();
     bool connectPort(bool open);
-    void begin(const QString& text);
     void send(const QString& text);
     void restart();
     void notify(int weight);
-    void bind(TPortModel* port);
-    void request(int type);
+    void notifyChange(int weight);
+    void bind(TModelPort* port);
+    void request();
     int ask(bool safe);
     int wait(bool continuous);
-    bool silent() const;
+    bool silent() const { return apart(FWorld.clock.timeOfDay(), FLastAsk, 3); }
 
     void findStart(const QByteArray& buffer, qsizetype& position);
     void findStop(const QByteArray& buffer, qsizetype& position);
@@ -80,22 +89,24 @@ private:
     void store(const QString& field);
     void axis(const QString& text);
     void upaQ(const QString& text);
-    void notifyChange(int weight);
 
-    THostCall FHost;
-    TClockModel& FClock;
-    bool FDesign;
-    bool FAlive = true;
+    TText FOnLog, FOnError;
+    TWeight FOnWeight;
+    int FLang = 0;
     int FCount = 0;
     bool FAsk = false; // "ASK", else "HEY"
     qint64 FLastAsk;   // time of day in ms
     int FLastWeight = 0;
-    int FScalesType = 0;
+    int FType = 0;
     int FSendInterval = -1;
     bool FBusy = false;
-    TPortModel* FPort = nullptr;
-    TClockModel::TTimer FTimer;
-    TSplitterModel FSplitter;
+    TModelPort* FPort = nullptr;
+    TModelTimer FTimer;
+    TModelSplitter FSplitter;
 };
+
+/// Bits as text, and back.
+QString modelByteToBin(int value);
+int modelBinToInt(const QString& bits);
 
 } // namespace tnv5::scales::model

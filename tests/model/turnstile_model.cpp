@@ -1,483 +1,323 @@
-#include "model/turnstile_core.h"
+#include "model/turnstile_model.h"
 
-#include "tnv5/platform/errors.h"
+#include "model/kit/texts.h"
 
-#include <algorithm>
+// Lines of the controllers, and what the host calls.
 
 namespace tnv5::turnstile::model {
 
 namespace {
 
-// The upper half of windows-1251; 0x98 is not assigned and stays as it is.
-constexpr char16_t kUpperHalf[] = u"ЂЃ‚ѓ„…†‡€‰Љ‹ЊЌЋЏђ‘’“”•–—\u0098™љ›њќћџ"
-                                  u"\u00A0ЎўЈ¤Ґ¦§Ё©Є«¬\u00AD®Ї°±Ііґµ¶·ё№є»јЅѕї"
-                                  u"АБВГДЕЖЗИЙКЛМНОПРСТУФХЦЧШЩЪЫЬЭЮЯабвгдежзийклмнопрстуфхцчшщъыьэюя";
-constexpr std::size_t kHalf = 128;
-static_assert(std::size(kUpperHalf) == kHalf + 1);
+const QString kRead = "%Считано с порта% ";
+const QString kButton = "-2-2-2-2-2";
 
-constexpr qsizetype kLongestPacket = 65'536; // with its start and stop character
-
-std::vector<TBranch*>& registry()
+/// Character 3 of an address.
+QString channelOf(const QString& address)
 {
-    static std::vector<TBranch*> all;
-    return all;
+    return part(address, 3, 1);
 }
 
 } // namespace
 
-TCounter::TCounter(const char* text) : TBranch{text}
+TModelGate::TModelGate(TModelWorld& world, bool designing, TMonitor& monitor)
+    : TModel(world, designing),
+      FMonitor(monitor),
+      FDollar(world, [this](const QByteArray& body) { p_hw_ProtocolIn(u'$' + textOf(body)); }),
+      FHash(world, [this](const QByteArray& body) { p_hw_ProtocolIn(u'#' + textOf(body)); }),
+      FTimer(world, 100, [this] { sweep(); })
 {
-    registry().push_back(this);
+    FDollar.Start = "$";
+    FHash.Start = "#";
+    FProperties = {{"RelayOpen", 1},
+                   {"RelayClose", 0},
+                   {"RelayOpenDoor", 3},
+                   {"RelayCloseDoor", 0},
+                   {"TimeDelayOpen", 2},
+                   {"TimeOut", 5},
+                   {"Port", 0},
+                   {"DoorIndex", "D"},
+                   {"Server", ""},
+                   {"RemoutDevice", Alone},
+                   {"DeviceList", QStringList()}};
 }
 
-const std::vector<TBranch*>& branches()
+void TModelGate::die()
 {
-    return registry();
+    FDollar.attach(nullptr);
+    FHash.attach(nullptr);
+    FTimer.setEnabled(false);
+    TModel::die();
 }
 
-QString textOf(const QByteArray& bytes)
+void TModelGate::SetComport(TModelPort* port)
 {
-    QString text;
-    for (const char byte : bytes) {
-        const auto code = static_cast<uchar>(byte);
-        text += code < kHalf ? QChar(code) : QChar(kUpperHalf[code - kHalf]);
-    }
-    return text;
-}
-
-QByteArray bytesOf(const QString& text)
-{
-    QByteArray bytes;
-    for (const QChar character : text) {
-        const auto* const end = std::end(kUpperHalf) - 1;
-        const auto* const found = std::find(std::begin(kUpperHalf), end, character.unicode());
-        if (character.unicode() < kHalf) {
-            bytes += static_cast<char>(character.unicode());
-        } else if (found != end) {
-            bytes += static_cast<char>(kHalf + static_cast<std::size_t>(found - std::begin(kUpperHalf)));
-        } else {
-            bytes += '?';
-        }
-    }
-    return bytes;
-}
-
-// ---- splitters and timer
-
-void TModelGate::TSplitter::append(const QByteArray& bytes)
-{
-    buffer += bytes;
-    while (true) {
-        const qsizetype begin = buffer.indexOf(start);
-        if (begin < 0) {
-            if (!buffer.isEmpty()) {
-                hit<"splitter: no start">();
-            }
-            buffer.clear();
-            return;
-        }
-        if (begin > 0) {
-            hit<"splitter: noise before a start">();
-            buffer.remove(0, begin);
-        }
-        const qsizetype stop = buffer.indexOf('\r');
-        if (stop >= 0 && stop < kLongestPacket) {
-            const QByteArray body = buffer.mid(1, stop - 1);
-            buffer.remove(0, stop + 1);
-            if (body.isEmpty()) {
-                hit<"splitter: empty packet">();
-            } else if (body.contains(start)) {
-                hit<"splitter: start inside a packet">();
-            }
-            const auto handler = packet;
-            handler(body);
-        } else if (buffer.size() >= kLongestPacket) {
-            hit<"splitter: packet too long">();
-            buffer.remove(0, kLongestPacket);
-        } else {
-            hit<"splitter: unfinished packet">();
-            return;
-        }
-    }
-}
-
-/// The exception being handled reaches the event loop.
-void TModelGate::TCore::toLoop() const
-{
-    try {
-        throw;
-    } catch (const TGone&) {
-        hit<"destroyed from the event loop">();
-    } catch (const platform::EAbort&) {
-        hit<"silent end">();
-    } catch (...) {
-        hit<"exception to the event loop">();
-        owner.FHost.unhandled(raisedText());
-    }
-}
-
-template <class Body>
-void TModelGate::TCore::fromLoop(Body body)
-{
-    try {
-        body();
-    } catch (...) {
-        toLoop();
-    }
-}
-
-TModelGate::TCore::TCore(TModelGate& gate, bool inDesigner) : owner(gate), designing(inDesigner)
-{
-    for (const char start : {'$', '#'}) {
-        const auto splitter = std::make_shared<TSplitter>();
-        splitter->start = start;
-        splitter->packet = [this, start](const QByteArray& body) {
-            fromLoop([&] { line(QChar(start) + textOf(body)); });
-        };
-        splitters.push_back(splitter);
-    }
-}
-
-void TModelGate::TCore::attach(const std::shared_ptr<TPort>& to)
-{
-    if (to == port) {
+    if (port == ComPort()) {
         hit<"the same port again">();
+    } else if (!either<"port in the designer", "port attached">(FDesigning)) {
+        FDollar.attach(port);
+        FHash.attach(port);
+    }
+    FPort = port;
+}
+
+void TModelGate::enableTimer(bool on)
+{
+    if (!FDesigning) {
+        FTimer.setEnabled(on);
+    }
+}
+
+// ---- reports
+
+void TModelGate::log(const QString& text)
+{
+    fire(FOnLog, this, text);
+    echo("LOG!" + text + "&");
+}
+
+void TModelGate::echo(const QString& text)
+{
+    callOut([&] { FMonitor.echo(text); });
+}
+
+void TModelGate::show(TModel* sender, const QStringList& values)
+{
+    attempt([&] { fire(FOnStatus, sender, values[0], values[1], values[2], values[3], values[4]); },
+            [&](const QString& failure) {
+                hit<"status handler raised">();
+                error("[07] " + failure);
+            });
+}
+
+void TModelGate::report(const QStringList& values)
+{
+    show(this, values);
+    echo("STATUS!" + values.join(u'!') + "&");
+}
+
+void TModelGate::reportStack(const TRecord& record)
+{
+    report({"STACK", record.Device, record.CardNumber, record.Status, record.Status});
+}
+
+// ---- lines
+
+void TModelGate::line(const QString& text)
+{
+    log(kRead + text);
+    if (forwarded(text)) {
         return;
     }
-    if (either<"port in the designer", "port attached">(designing)) {
-        port = to;
+    if (text == "$000900") {
+        hit<"line: poll">();
+        poll();
         return;
     }
-    for (const auto& splitter : splitters) {
-        if (splitter->port) {
-            std::erase(splitter->port->splitters, splitter);
+    if (text.startsWith(u'$')) {
+        event(text);
+    } else if (text.startsWith(u'#')) {
+        message(text);
+    } else {
+        either<"line: empty", "line: other start">(text.isEmpty());
+    }
+    if (FDesigning) {
+        hit<"no timer in the designer">();
+    } else if (!either<"timer runs already", "timer started">(FTimer.enabled())) {
+        enableTimer(true);
+        sweep();
+    }
+}
+
+bool TModelGate::forwarded(const QString& text)
+{
+    if (number("RemoutDevice") != Client) {
+        return false;
+    }
+    bool ready = false;
+    callOut([&] { ready = FMonitor.connected(); });
+    if (!either<"client connected", "client not connected">(ready)) {
+        return false;
+    }
+    attempt([&] { FMonitor.forward(text); },
+            [&](const QString& failure) {
+                hit<"forwarding failed">();
+                error("[01] " + failure);
+            });
+    return true;
+}
+
+void TModelGate::event(const QString& text)
+{
+    const QString address = text.mid(1, 3);
+    const QString command = text.mid(4, 1);
+    const QString data = text.mid(5);
+    const QStringList known = FProperties.at("DeviceList").toStringList();
+    if (!either<"address known", "address unknown">(known.contains(address))) {
+        error("[02] Device not found " + address);
+    }
+    if (command == "R") {
+        either<"R: new card", "R: pass under way">(find(address) < 0);
+        const QString status = checkStatus(address, data, "R");
+        report({"COME", address, data, status, status});
+        return;
+    }
+    if (command != "P" && command != "G" && command != "F") {
+        hit<"other command letter">();
+        return;
+    }
+    const PRecord record = StackItem(find(address));
+    if (!record) {
+        hit<"P, G, F without a pass">();
+        return;
+    }
+    if (command == "P") {
+        const QString channel = channelOf(record->Device);
+        if (either<"P: door", "P: no door">(channel == door())) {
+            record->Status = "FINISH";
         }
-        splitter->buffer.clear();
-        splitter->port = to;
-        if (to) {
-            to->splitters.push_back(splitter);
+        if (either<"P: turnstile", "P: no turnstile">(channel == "A")) {
+            if (record->Status == "FINISH" && door() == "A") {
+                hit<"P: the door letter is A">();
+            }
+            record->Status = "PROGRESS";
+        }
+    } else {
+        record->Status = either<"G", "F">(command == "G") ? "FINISH" : "TIMEOUT";
+    }
+    report({"COME", record->Device, record->CardNumber, record->Status, record->Status});
+}
+
+void TModelGate::message(const QString& text)
+{
+    const QString address = text.mid(1, 3);
+    const QString said = text.mid(4);
+    const QString upper = said.toUpper();
+    const bool isDoor = channelOf(address) == door();
+    const PRecord record = StackItem(find(address));
+
+    if (upper == "HARDRESET") {
+        hit<"HardReset">();
+        learn(address);
+    }
+    if (upper == "WAIT-CARD") {
+        hit<"Wait-Card">();
+        learn(address);
+    }
+    if (upper.left(5) == "RELAY") {
+        learn(address);
+        if (either<"Relay with a pass", "Relay without a pass">(record != nullptr)) {
+            record->StatusHard = "RELAY";
         }
     }
-    port = to;
-}
-
-void TModelGate::TCore::rearm()
-{
-    due = timerEnabled && interval > 0 ? std::optional(owner.FNow + interval) : std::nullopt;
-}
-
-void TModelGate::TCore::setTimerEnabled(bool value)
-{
-    if (!designing && timerEnabled != value) {
-        timerEnabled = value;
-        rearm();
+    if (upper == "CRC-ERROR" &&
+        either<"CRC-ERROR with a pass", "CRC-ERROR without a pass">(record != nullptr)) {
+        record->StatusHard = "CRC-ERROR";
     }
-}
-
-void TModelGate::TCore::setTimerInterval(int ms)
-{
-    const bool before = timerEnabled;
-    setTimerEnabled(false);
-    interval = ms;
-    setTimerEnabled(before);
-}
-
-void TModelGate::TCore::tick()
-{
-    fromLoop([this] { pass(); });
-}
-
-// ---- gate
-
-TModelGate::TModelGate(IHost& host, qint64 startMs) : FHost(host), FNow(startMs)
-{
-    for (int index = 0; index < kPorts; ++index) {
-        FPorts[static_cast<std::size_t>(index)] = std::make_shared<TPort>();
-        FPorts[static_cast<std::size_t>(index)]->index = index;
-    }
-}
-
-TModelGate::~TModelGate()
-{
-    if (FCore) {
-        destroy();
-    }
-}
-
-void TModelGate::create(bool designing)
-{
-    FCore = std::make_shared<TCore>(*this, designing);
-}
-
-void TModelGate::destroy()
-{
-    FCore->designing = false; // so that the splitters leave the port
-    FCore->attach(nullptr);
-    FCore->gone = true;
-    FCore->due.reset();
-    FCore.reset();
-}
-
-void TModelGate::feed(int port, const QByteArray& bytes)
-{
-    deliver(FPorts[static_cast<std::size_t>(port)], bytes);
-}
-
-void TModelGate::deliver(const std::shared_ptr<TPort>& port, const QByteArray& bytes)
-{
-    if (!port->reads.empty()) {
-        hit<"a read inside a read">();
-    }
-    port->reads.push_back({bytes, port->splitters});
-    const auto core = FCore; // a splitter calls into it to the end
-    while (!port->gone && !port->reads.empty()) {
-        TPort::TRead& read = port->reads.front();
-        if (read.next == read.splitters.size()) {
-            port->reads.pop_front();
-            continue;
-        }
-        const QByteArray piece = read.bytes;
-        const auto splitter = read.splitters[read.next++];
-        if (splitter->port == port) {
-            splitter->append(piece);
+    if (upper == "GATE-OPEN" &&
+        either<"Gate-Open with a pass", "Gate-Open without a pass">(record != nullptr)) {
+        record->StatusHard = "GATEOPEN";
+        if (either<"Gate-Open: door", "Gate-Open: no door">(isDoor)) {
+            record->Status = "FINISH";
         }
     }
-}
-
-void TModelGate::setOpen(int port, bool open)
-{
-    FPorts[static_cast<std::size_t>(port)]->open = open;
-}
-
-void TModelGate::setWriteFailure(int port, const QString& message)
-{
-    FPorts[static_cast<std::size_t>(port)]->writeFailure = message;
-}
-
-void TModelGate::renewPort(int port)
-{
-    auto& place = FPorts[static_cast<std::size_t>(port)];
-    place->gone = true;
-    for (const auto& splitter : place->splitters) {
-        splitter->port.reset();
+    if (upper == "BTN-ACTIV" && either<"Btn-Activ: door", "Btn-Activ: no door">(isDoor)) {
+        press(address);
     }
-    if (FCore && FCore->port == place) {
-        FCore->port.reset();
+    if (upper == "ING-ACTIV") {
+        either<"InG-Activ: door", "InG-Activ: no door">(isDoor);
+        press(address);
     }
-    place = std::make_shared<TPort>();
-    place->index = port;
+    report({"COME", address, "NOCARDNUMBER", said, said});
 }
 
-void TModelGate::assignPort(int port)
+void TModelGate::press(const QString& address)
 {
-    FCore->attach(port == kNoPort ? nullptr : FPorts[static_cast<std::size_t>(port)]);
-}
-
-int TModelGate::assignedPort() const
-{
-    return FCore->port ? FCore->port->index : kNoPort;
-}
-
-void TModelGate::advance(qint64 ms)
-{
-    const qint64 target = FNow + ms;
-    while (FCore && FCore->due && *FCore->due <= target) {
-        const auto core = FCore;
-        const qint64 when = *core->due;
-        FNow = std::max(FNow, when);
-        core->due = when + core->interval;
-        core->tick();
-    }
-    FNow = std::max(FNow, target);
-}
-
-void TModelGate::jumpTo(qint64 ms)
-{
-    if (FCore && FCore->due) {
-        *FCore->due += ms - FNow;
-    }
-    FNow = ms;
-}
-
-void TModelGate::setNumber(TNumber which, int value)
-{
-    FCore->numbers[static_cast<std::size_t>(which)] = value;
-}
-
-int TModelGate::number(TNumber which) const
-{
-    return FCore->numbers[static_cast<std::size_t>(which)];
-}
-
-void TModelGate::setText(TText which, const QString& value)
-{
-    (which == TText::DoorIndex ? FCore->doorIndex : FCore->server) = value;
-}
-
-QString TModelGate::text(TText which) const
-{
-    return which == TText::DoorIndex ? FCore->doorIndex : FCore->server;
-}
-
-void TModelGate::setMode(TMode mode)
-{
-    FCore->mode = mode;
-}
-
-TMode TModelGate::mode() const
-{
-    return FCore->mode;
-}
-
-void TModelGate::setDeviceList(const QStringList& addresses)
-{
-    FCore->devices = addresses;
-}
-
-QStringList TModelGate::deviceList() const
-{
-    return FCore->devices;
-}
-
-void TModelGate::assign(TEvent event, int handler)
-{
-    FCore->handlers[static_cast<std::size_t>(event)] = handler;
-}
-
-std::vector<TRecord> TModelGate::records() const
-{
-    std::vector<TRecord> all;
-    for (const auto& record : FCore->stack) {
-        all.push_back(*record);
-    }
-    return all;
-}
-
-void TModelGate::edit(int index, TField field, const QString& value)
-{
-    TRecord& record = *FCore->at(index);
-    switch (field) {
-    case TField::Card:
-        record.card = value;
-        break;
-    case TField::Device:
-        record.device = value;
-        break;
-    case TField::Status:
-        record.status = value;
-        break;
-    case TField::StatusHard:
-        record.statusHard = value;
-        break;
+    const PRecord record = StackItem(find(address));
+    if (!record) {
+        hit<"button makes a pass">();
+        checkStatus(address, kButton, "R");
+    } else if (either<"button opens a new pass", "button, pass not new">(record->Status == "NEW")) {
+        sendCom(record, 1);
+        record->Status = "OPEN";
     }
 }
 
-void TModelGate::editStart(int index, qint64 startMs)
+void TModelGate::learn(const QString& address)
 {
-    FCore->at(index)->startMs = startMs;
-}
-
-namespace {
-
-/// Runs a method that the host calls; one that outlives the gate ends quietly.
-template <class Result, class Body>
-Result quietly(Result ifGone, Body body)
-{
-    try {
-        return body();
-    } catch (const TGone&) {
-        hit<"destroyed inside a call">();
-        return ifGone;
+    QStringList known = FProperties.at("DeviceList").toStringList();
+    if (!either<"message: address known", "message: address learnt">(known.contains(address))) {
+        FProperties.at("DeviceList") = known << address;
     }
 }
 
-template <class Body>
-void quietly(Body body)
+// ---- table
+
+int TModelGate::find(const QString& device) const
 {
-    quietly(0, [&] {
-        body();
-        return 0;
-    });
+    return firstIndex(FStack, [&](const PRecord& record) { return record->Device == device; });
 }
 
-} // namespace
-
-void TModelGate::protocolIn(const QString& line)
+PRecord TModelGate::StackItem(int index) const
 {
-    quietly([&, core = FCore] { core->line(line); });
+    return index >= 0 && index < StackItemsCount() ? FStack[std::size_t(index)] : nullptr;
 }
 
-int TModelGate::findDevice(const QString& device)
+PRecord TModelGate::add(const QString& device, const QString& card)
 {
-    const int index = FCore->find(device);
-    either<"find: no pass", "find: a pass">(index < 0);
-    return index;
-}
-
-int TModelGate::findDeviceByRelay(const QString& device, const QString& relay)
-{
-    return FCore->findByRelay(device, relay);
+    const double now = double(FWorld.clock.timeOfDay()) / kMsPerDay;
+    return FStack.emplace_back(std::make_shared<TRecord>(TRecord{card, device, "NEW", {}, now, {}, 0}));
 }
 
 QString TModelGate::checkStatus(const QString& device, const QString& card, const QString& status)
 {
-    return quietly(QString(), [&, core = FCore] { return core->checkStatus(device, card, status); });
+    const PRecord known = StackItem(find(device));
+    const QString result = known ? known->Status : "NEW";
+    if (!known) {
+        const PRecord record = add(device, card);
+        fire(FOnPicture, this, device, record->Img);
+    }
+    report({"CHECK", device, card, status, result});
+    return result;
 }
 
-void TModelGate::callStackArray()
+// ---- what the host calls
+
+int TModelGate::p_hw_FindDevice(const QString& device) const
 {
-    quietly([core = FCore] { core->pass(); });
+    const int index = find(device);
+    either<"find: no pass", "find: a pass">(index < 0);
+    return index;
 }
 
-int TModelGate::sqlCheck(int index, int mode)
+int TModelGate::p_hw_FindDeviceByRelay(const QString& device, const QString& relay)
 {
-    return quietly(-1, [&, core = FCore] { return core->sql(core->at(index), mode); });
+    const int index = firstIndex(FStack, [&](const PRecord& record) {
+        return record->Device == device && record->CardNumber == relay;
+    });
+    if (index >= 0) {
+        hit<"by relay: found">();
+        return index;
+    }
+    either<"by relay: second pass of an address", "by relay: first pass of an address">(find(device) >= 0);
+    add(device, relay);
+    return StackItemsCount() - 1;
 }
 
-void TModelGate::sendComCommand(int index, int yesnot)
+bool TModelGate::p_hw_checktimeout(double first, double second, int limit) const
 {
-    quietly([&, core = FCore] { core->sendCom(core->at(index), yesnot); });
+    return either<"time-out", "no time-out">(daysApart(first, second, limit));
 }
 
-void TModelGate::relay(const QString& device, const QString& relay, int yesnot)
+void TModelGate::ShowinternalStatus(TModel* sender, const QString& name, const QString& device,
+                                    const QString& card, const QString& first, const QString& second)
 {
-    quietly([&, core = FCore] { core->relay(device, relay, yesnot); });
+    operation([&] { show(sender, {name, device, card, first, second}); });
 }
 
-void TModelGate::checkStatusAll()
+bool TModelGate::Connected()
 {
-    quietly([core = FCore] { core->poll(); });
-}
-
-bool TModelGate::checkTimeout(double first, double second, int limit)
-{
-    return either<"time-out", "no time-out">(TCore::elapsed(first, second, limit));
-}
-
-bool TModelGate::checkCrc(const QString& message)
-{
-    const QString last = message.right(2);
-    return TCore::checksum(last) == last;
-}
-
-void TModelGate::setTimerInterval(int ms)
-{
-    FCore->setTimerInterval(ms);
-}
-
-void TModelGate::showStatus(TSender sender, const QStringList& values)
-{
-    quietly([&, core = FCore] { core->showStatus(sender, values); });
-}
-
-void TModelGate::serverEcho(const QString& text)
-{
-    quietly([&, core = FCore] { core->host([&] { FHost.echo(text); }); });
-}
-
-bool TModelGate::connected()
-{
-    return FCore->mode == TMode::Alone ? FCore->port && FCore->port->open : FHost.connected();
+    return number("RemoutDevice") == Alone ? ComPort() != nullptr && ComPort()->Connected()
+                                           : FMonitor.connected();
 }
 
 } // namespace tnv5::turnstile::model

@@ -1,88 +1,143 @@
 #pragma once
 
-#include "model/turnstile_gate.h"
+#include "model/kit/model_world.h"
 
-#include <array>
-#include <memory>
+#include <QImage>
+#include <QStringList>
 
 namespace tnv5::turnstile::model {
 
-/// One branch of the model's behaviour, and how often it was reached since the program began.
-struct TBranch
+using namespace modelkit;
+
+enum EMode { Alone, Server, Client };
+
+/// The monitor side of a gate, in the host's hand.
+struct TMonitor
 {
-    const char* name;
-    qint64 count = 0;
+    std::function<void(const QString& text)> echo;
+    std::function<bool()> connected;
+    std::function<void(const QString& line)> forward;
 };
-/// All of them, also those that were never reached.
-const std::vector<TBranch*>& branches();
 
-/// Windows-1251, the code page of the line.
-QString textOf(const QByteArray& bytes);
-QByteArray bytesOf(const QString& text);
+/// One record of the table.
+struct TRecord
+{
+    QString CardNumber, Device, Status, StatusHard;
+    double Starttime = 0; // days, since midnight
+    QImage Img;
+    int sys = 0;
+};
+using PRecord = std::shared_ptr<TRecord>;
 
-/// The reference: small, slow and obvious. Shares no code with the component.
-class TModelGate final : public IGate
+/// A line of gates: small, slow and obvious. Its names are those of the component.
+class TModelGate final : public TModel
 {
 public:
-    TModelGate(IHost& host, qint64 startMs);
-    ~TModelGate() override;
+    using TText = std::function<void(TModel*, const QString&)>;
+    using TStatus = std::function<void(TModel*, const QString& name, const QString& device,
+                                       const QString& card, const QString& first, const QString& second)>;
+    using TQuestion = std::function<void(TModel*, const QString& device, const QString& card,
+                                         const QString& status, QImage& img, int mode, QVariant& result)>;
+    using TPicture = std::function<void(TModel*, const QString& device, QImage& img)>;
 
-    void create(bool designing) override;
-    void destroy() override;
-    bool alive() const override { return FCore != nullptr; }
+    TModelGate(TModelWorld& world, bool designing, TMonitor& monitor);
+    void die() override;
 
-    void feed(int port, const QByteArray& bytes) override;
-    void setOpen(int port, bool open) override;
-    void setWriteFailure(int port, const QString& message) override;
-    void renewPort(int port) override;
-    void assignPort(int port) override;
-    int assignedPort() const override;
+    TModelPort* ComPort() const { return living(FPort); }
+    void SetComport(TModelPort* port);
+    void SetOnLog(TText event) { FOnLog = std::move(event); }
+    void SetOnError(TText event) { FOnError = std::move(event); }
+    void SetOnCheckStatus(TStatus event) { FOnStatus = std::move(event); }
+    void SetOnCheckSQL(TQuestion event) { FOnQuestion = std::move(event); }
+    void SetOnGetImg(TPicture event) { FOnPicture = std::move(event); }
 
-    qint64 nowMs() const override { return FNow; }
-    void advance(qint64 ms) override;
-    void jumpTo(qint64 ms) override;
-
-    void setNumber(TNumber which, int value) override;
-    int number(TNumber which) const override;
-    void setText(TText which, const QString& value) override;
-    QString text(TText which) const override;
-    void setMode(TMode mode) override;
-    TMode mode() const override;
-    void setDeviceList(const QStringList& addresses) override;
-    QStringList deviceList() const override;
-    void assign(TEvent event, int handler) override;
-
-    std::vector<TRecord> records() const override;
-    void edit(int index, TField field, const QString& value) override;
-    void editStart(int index, qint64 startMs) override;
-
-    void protocolIn(const QString& line) override;
-    int findDevice(const QString& device) override;
-    int findDeviceByRelay(const QString& device, const QString& relay) override;
-    QString checkStatus(const QString& device, const QString& card, const QString& status) override;
-    void callStackArray() override;
-    int sqlCheck(int index, int mode) override;
-    void sendComCommand(int index, int yesnot) override;
-    void relay(const QString& device, const QString& relay, int yesnot) override;
-    void checkStatusAll() override;
-    bool checkTimeout(double first, double second, int limit) override;
-    bool checkCrc(const QString& message) override;
-    void setTimerInterval(int ms) override;
-    void showStatus(TSender sender, const QStringList& values) override;
-    void serverEcho(const QString& text) override;
-    bool connected() override;
+    int StackItemsCount() const { return int(FStack.size()); }
+    PRecord StackItem(int index) const;
+    void p_hw_ProtocolIn(const QString& text)
+    {
+        operation([&] { line(text); });
+    }
+    int p_hw_FindDevice(const QString& device) const;
+    int p_hw_FindDeviceByRelay(const QString& device, const QString& relay);
+    QString p_hw_CheckStatus(const QString& device, const QString& card, const QString& status)
+    {
+        return operation([&] { return checkStatus(device, card, status); }, QString());
+    }
+    void p_hw_CallStackArray()
+    {
+        operation([&] { sweep(); });
+    }
+    int p_hw_SQLCheck(int index, int mode)
+    {
+        return operation([&] { return ask(StackItem(index), mode); }, -1);
+    }
+    void p_hw_SendComCommand(int index, int yesnot)
+    {
+        operation([&] { sendCom(StackItem(index), yesnot); });
+    }
+    void p_hw_relay(const QString& device, const QString& relay, int yesnot);
+    void p_hw_CheckStatusAll()
+    {
+        operation([&] { poll(); });
+    }
+    bool p_hw_checktimeout(double first, double second, int limit) const;
+    bool CheckCRC(const QString& message) const;
+    void SetTimerInterval(int ms) { FTimer.setInterval(ms); }
+    void ShowinternalStatus(TModel* sender, const QString& name, const QString& device, const QString& card,
+                            const QString& first, const QString& second);
+    void ServerEcho(const QString& text)
+    {
+        operation([&] { echo(text); });
+    }
+    bool Connected();
 
 private:
-    class TCore;
-    struct TSplitter;
-    struct TPort;
+    // lines
+    void line(const QString& text);
+    bool forwarded(const QString& text);
+    void event(const QString& text);
+    void message(const QString& text);
+    void press(const QString& address);
+    void learn(const QString& address);
 
-    void deliver(const std::shared_ptr<TPort>& port, const QByteArray& bytes);
+    // table
+    int find(const QString& device) const;
+    PRecord add(const QString& device, const QString& card);
+    QString checkStatus(const QString& device, const QString& card, const QString& status);
+    void sweep();
+    bool visit(std::size_t index);
+    void decide(const PRecord& record);
+    void watchOpen(const PRecord& record);
+    bool offer(const PRecord& record, int how, std::size_t index);
+    void remove(std::size_t index);
+    bool late(const TRecord& record, qint64 limit) const;
+    int ask(const PRecord& record, int how);
 
-    IHost& FHost;
-    qint64 FNow;
-    std::array<std::shared_ptr<TPort>, kPorts> FPorts;
-    std::shared_ptr<TCore> FCore;
+    // commands and reports
+    void sendCom(const PRecord& record, int yesnot);
+    void send(const QString& command, const QString& code);
+    void poll() { send("$000900", "[03] "); }
+    void log(const QString& text);
+    void error(const QString& text) { fire(FOnError, this, text); }
+    void echo(const QString& text);
+    void show(TModel* sender, const QStringList& values);
+    void report(const QStringList& values);
+    void reportStack(const TRecord& record);
+
+    int number(const char* property) const { return FProperties.at(property).toInt(); }
+    QString door() const { return FProperties.at("DoorIndex").toString(); }
+    void enableTimer(bool on);
+
+    TMonitor& FMonitor;
+    TModelPort* FPort = nullptr;
+    TModelSplitter FDollar, FHash;
+    TModelTimer FTimer;
+    TText FOnLog, FOnError;
+    TStatus FOnStatus;
+    TQuestion FOnQuestion;
+    TPicture FOnPicture;
+    std::vector<PRecord> FStack;
+    bool FBusy = false;
 };
 
 } // namespace tnv5::turnstile::model

@@ -2,8 +2,6 @@
 
 #include "model/scales_model.h"
 
-#include <cmath>
-
 namespace tnv5::scales::model {
 
 namespace {
@@ -18,44 +16,40 @@ constexpr const char16_t* kMessages[3][4] = {
 
 } // namespace
 
-QString TScalesModel::message(int index) const
+QString TModelScales::GetMessage(int index) const
 {
-    if (lang < 0 || lang > 2) {
-        reach(TBranch::LangOther);
+    if (FLang < 0 || FLang > 2) {
+        hit<"LangOther">();
         return {};
     }
     if (index < 0 || index > 3) {
-        reach(TBranch::MessageOther);
+        hit<"MessageOther">();
         return {};
     }
-    return QString::fromUtf16(kMessages[lang][index]);
+    return QString::fromUtf16(kMessages[FLang][index]);
 }
 
-QStringList TScalesModel::list()
+void TModelScales::GetScalesList(QStringList& names) const
 {
-    return {QStringLiteral("Не выбрано"),
-            QStringLiteral("«МАССА-К» МК_ТВ, МК_ТН"),
-            QStringLiteral("«CAS» АР, AD, DB, ER, EM"),
-            QStringLiteral("ВА-xx, ВЕ-xx, ПВ-xx, ПВм-xx, ВТА-60, ICSxxNT, TigerE"),
-            QStringLiteral("ВР4149, BS-15D1.3T"),
-            QStringLiteral("ВH-600 Промприлад"),
-            QStringLiteral("«DIGI» DS-788"),
-            QStringLiteral("«Axis»"),
-            QStringLiteral("«UPA-Q» continuous mode (made in China)")};
+    names = {"Не выбрано",
+             "«МАССА-К» МК_ТВ, МК_ТН",
+             "«CAS» АР, AD, DB, ER, EM",
+             "ВА-xx, ВЕ-xx, ПВ-xx, ПВм-xx, ВТА-60, ICSxxNT, TigerE",
+             "ВР4149, BS-15D1.3T",
+             "ВH-600 Промприлад",
+             "«DIGI» DS-788",
+             "«Axis»",
+             "«UPA-Q» continuous mode (made in China)"};
 }
 
-QString TScalesModel::digitsOnly(const QString& text)
+QString TModelScales::DigitsOnly(const QString& text)
 {
-    QString digits;
-    for (const QChar character : text) {
-        if (character >= u'0' && character <= u'9') {
-            digits += character;
-        }
-    }
+    QString digits = text;
+    digits.removeIf([](QChar character) { return character < u'0' || character > u'9'; });
     return digits;
 }
 
-QString TScalesModel::replaceStr(const QString& text, const QString& old, const QString& with)
+QString TModelScales::ReplaceStr(const QString& text, const QString& old, const QString& with)
 {
     QString result;
     qsizetype at = 0;
@@ -70,7 +64,7 @@ QString TScalesModel::replaceStr(const QString& text, const QString& old, const 
     return result;
 }
 
-int TScalesModel::lrc(const QString& text)
+int TModelScales::StringLRC(const QString& text)
 {
     int sum = 0;
     for (const QChar character : text) {
@@ -79,13 +73,7 @@ int TScalesModel::lrc(const QString& text)
     return sum;
 }
 
-bool TScalesModel::between(double now, double last, int limit)
-{
-    // a whole second counts as one wherever in the day it lies
-    return std::floor(std::fabs(now - last) * 86'400 + 0.000'005) > limit;
-}
-
-QString TScalesModel::byteToBin(int value)
+QString modelByteToBin(int value)
 {
     QString bits;
     for (int weight = 128; weight >= 1; weight /= 2) {
@@ -94,7 +82,7 @@ QString TScalesModel::byteToBin(int value)
     return bits;
 }
 
-int TScalesModel::binToInt(const QString& bits)
+int modelBinToInt(const QString& bits)
 {
     quint32 value = 0;
     for (const QChar bit : bits) {
