@@ -137,6 +137,9 @@ void TMemoryServer::doOpen()
         throw ESocketError(*OpenFailure);
     }
     FActive = true;
+    if (const auto after = OnOpened) {
+        after();
+    }
 }
 
 void TMemoryServer::doClose()

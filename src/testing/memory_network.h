@@ -48,7 +48,10 @@ public:
     std::optional<QString> OpenFailure;
     /// Called inside opening, before it takes effect; what it raises leaves the operation.
     std::function<void()> OnOpening;
+    /// Called when it has opened, for clients that are there at once.
+    std::function<void()> OnOpened;
     /// Called inside each send that does not fail, with the client's number; what it raises leaves the send.
+    /// It may destroy the component.
     std::function<void(int client, const QByteArray& bytes)> OnSent;
 
 protected:
@@ -96,7 +99,8 @@ public:
     std::optional<QString> SendFailure;
     /// Called inside opening, before it takes effect; what it raises leaves the operation.
     std::function<void()> OnOpening;
-    /// Called inside each send that does not fail; what it raises leaves the send.
+    /// Called inside each send that does not fail; what it raises leaves the send. It may destroy the
+    /// component.
     std::function<void(const QByteArray& bytes)> OnSent;
 
 protected:

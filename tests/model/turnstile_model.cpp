@@ -19,9 +19,8 @@ QString channelOf(const QString& address)
 
 } // namespace
 
-TModelGate::TModelGate(TModelWorld& world, bool designing, TMonitor& monitor)
-    : TModel(world, designing),
-      FMonitor(monitor),
+TModelGate::TModelGate(TModelWorld& world, bool designing, TFarEnd& farEnd)
+    : TModelController(world, designing, farEnd, false),
       FDollar(world, [this](const QByteArray& body) { p_hw_ProtocolIn(u'$' + textOf(body)); }),
       FHash(world, [this](const QByteArray& body) { p_hw_ProtocolIn(u'#' + textOf(body)); }),
       FTimer(world, 100, [this] { sweep(); })
@@ -77,7 +76,7 @@ void TModelGate::log(const QString& text)
 
 void TModelGate::echo(const QString& text)
 {
-    callOut([&] { FMonitor.echo(text); });
+    toMonitor(bytesOf(text));
 }
 
 void TModelGate::show(TModel* sender, const QStringList& values)
@@ -130,20 +129,7 @@ void TModelGate::line(const QString& text)
 
 bool TModelGate::forwarded(const QString& text)
 {
-    if (number("RemoutDevice") != Client) {
-        return false;
-    }
-    bool ready = false;
-    callOut([&] { ready = FMonitor.connected(); });
-    if (!either<"client connected", "client not connected">(ready)) {
-        return false;
-    }
-    attempt([&] { FMonitor.forward(text); },
-            [&](const QString& failure) {
-                hit<"forwarding failed">();
-                error("[01] " + failure);
-            });
-    return true;
+    return mode() == Client && toServer(bytesOf(text));
 }
 
 void TModelGate::event(const QString& text)
@@ -314,10 +300,9 @@ void TModelGate::ShowinternalStatus(TModel* sender, const QString& name, const Q
     operation([&] { show(sender, {name, device, card, first, second}); });
 }
 
-bool TModelGate::Connected()
+bool TModelGate::lineOpen()
 {
-    return number("RemoutDevice") == Alone ? ComPort() != nullptr && ComPort()->Connected()
-                                           : FMonitor.connected();
+    return ComPort() != nullptr && ComPort()->Connected();
 }
 
 } // namespace tnv5::turnstile::model

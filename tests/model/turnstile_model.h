@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/kit/model_world.h"
+#include "model/kit/controller_model.h"
 
 #include <QImage>
 #include <QStringList>
@@ -8,16 +8,6 @@
 namespace tnv5::turnstile::model {
 
 using namespace modelkit;
-
-enum EMode { Alone, Server, Client };
-
-/// The monitor side of a gate, in the host's hand.
-struct TMonitor
-{
-    std::function<void(const QString& text)> echo;
-    std::function<bool()> connected;
-    std::function<void(const QString& line)> forward;
-};
 
 /// One record of the table.
 struct TRecord
@@ -30,7 +20,7 @@ struct TRecord
 using PRecord = std::shared_ptr<TRecord>;
 
 /// A line of gates: small, slow and obvious. Its names are those of the component.
-class TModelGate final : public TModel
+class TModelGate final : public TModelController
 {
 public:
     using TText = std::function<void(TModel*, const QString&)>;
@@ -40,7 +30,7 @@ public:
                                          const QString& status, QImage& img, int mode, QVariant& result)>;
     using TPicture = std::function<void(TModel*, const QString& device, QImage& img)>;
 
-    TModelGate(TModelWorld& world, bool designing, TMonitor& monitor);
+    TModelGate(TModelWorld& world, bool designing, TFarEnd& farEnd);
     void die() override;
 
     TModelPort* ComPort() const { return living(FPort); }
@@ -89,9 +79,10 @@ public:
     {
         operation([&] { echo(text); });
     }
-    bool Connected();
 
 private:
+    bool lineOpen() override;
+
     // lines
     void line(const QString& text);
     bool forwarded(const QString& text);
@@ -118,7 +109,7 @@ private:
     void send(const QString& command, const QString& code);
     void poll() { send("$000900", "[03] "); }
     void log(const QString& text);
-    void error(const QString& text) { fire(FOnError, this, text); }
+    void error(const QString& text) override { fire(FOnError, this, text); }
     void echo(const QString& text);
     void show(TModel* sender, const QStringList& values);
     void report(const QStringList& values);
@@ -128,7 +119,6 @@ private:
     QString door() const { return FProperties.at("DoorIndex").toString(); }
     void enableTimer(bool on);
 
-    TMonitor& FMonitor;
     TModelPort* FPort = nullptr;
     TModelSplitter FDollar, FHash;
     TModelTimer FTimer;

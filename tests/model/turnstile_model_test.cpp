@@ -4,7 +4,6 @@
 #include "model/turnstile_words.h"
 #include "tnv5/turnstile/turnstile_device.h"
 
-#include <QScopedValueRollback>
 #include <gtest/gtest.h>
 
 // Random scenarios, played against the component and against an independent model of it: everything that the
@@ -13,24 +12,6 @@
 namespace tnv5::turnstile::model {
 
 namespace {
-
-/// The component with its monitor side in the test's hand.
-class TProbe final : public TTurnStylerDevice
-{
-public:
-    explicit TProbe(TMonitor& monitor) : FMonitor(monitor) {}
-    void ServerEcho(const QString& AMess) override { FMonitor.echo(AMess); }
-    bool Connected() override
-    {
-        return RemoutDevice() == podNone ? TTurnStylerDevice::Connected() : FMonitor.connected();
-    }
-
-protected:
-    void ForwardLine(const QString& AMess) override { FMonitor.forward(AMess); }
-
-private:
-    TMonitor& FMonitor;
-};
 
 TNV5_STEPS(Create, Destroy, AssignPort, Handler, Number, Door, Devices, Mode, Interval, Line, Sweep, Find,
            FindByRelay, CheckStatus, SendCom, Relay, Poll, Ask, TimedOut, Checksum, Show, Echo, AskConnected,
@@ -43,7 +24,7 @@ constexpr const char* kNumbers[] = {"RelayOpen",     "RelayClose", "RelayOpenDoo
 template <class World>
 class TGateStage final : public TStage
 {
-    using TGate = std::conditional_t<World::isModel, TModelGate, TProbe>;
+    using TGate = std::conditional_t<World::isModel, TModelGate, TTurnStylerDevice>;
     using TOther = std::conditional_t<World::isModel, TModel, platform::TComponent>;
 
 public:
@@ -53,12 +34,17 @@ public:
         FWild = {kind < 5 ? 0 : kind < 8 ? 40 : 80, kind < 6 ? 0 : kind < 8 ? 10 : 40};
         FDestroying = kind == 9;
         FDesigning = FTemper.permille(15);
-        FMonitor.echo = [this](const QString& text) { echo(text); };
-        FMonitor.connected = [this] {
-            note("connected?");
+        FFarEnd.listen = [this] { answer("listens", {0, 150}); };
+        FFarEnd.dial = [this] {
+            answer("dials", {0, 150});
             return FLineUp;
         };
-        FMonitor.forward = [this](const QString& line) { held("forwards " + line, {FWild.nested, 200}); };
+        FFarEnd.toClient = [this](const QByteArray& bytes) {
+            answer("echo " + shown(bytes), {FWild.nested, 30});
+        };
+        FFarEnd.toServer = [this](const QByteArray& bytes) {
+            answer("forwards " + shown(bytes), {FWild.nested, 200});
+        };
     }
 
     std::vector<TStep> begin(TDice& d) override { return create(d, {{NewPort, {}, 0}, {NewPort, {}, 1}}); }
@@ -115,7 +101,7 @@ public:
         case 9:
             return edit(d);
         case 10:
-            return {Mode, {}, d.pick<int>({Alone, Server, Server, Server, Client}), d.chance(70)};
+            return {Mode, {}, d.pick({0, 1, 1, 1, 2}), d.chance(70)};
         default:
             return {Destroy};
         }
@@ -126,8 +112,8 @@ protected:
     {
         if (step.kind == Create && !FGate) {
             FInterval = 100;
-            FGate = ground.world.template make<TGate>(FDesigning, FMonitor);
-        } else if (step.kind == Destroy && FGate && FHeld == 0) {
+            makeGate();
+        } else if (step.kind == Destroy && FGate) {
             World::destroy(FGate);
         } else if (FGate && step.kind <= Interval) {
             set(step);
@@ -175,7 +161,7 @@ private:
         }
         steps.push_back({d.chance(5) ? ClosePort : OpenPort, {}, 0});
         if (!d.chance(30)) {
-            steps.push_back({Mode, {}, Server, 1});
+            steps.push_back({Mode, {}, TModelGate::Server, 1});
         }
         if (d.chance(80)) {
             steps.push_back({Devices, {"01A", "01D", "02B"}});
@@ -403,30 +389,30 @@ private:
         img = width > 0 ? QImage(width, 1, QImage::Format_Mono) : QImage();
     }
 
-    void echo(const QString& text)
+    void answer(const QString& what, const TTemper& how)
     {
-        if (FGate && FGate->property("RemoutDevice").toInt() == Server) {
-            held("echo " + text, {FWild.nested, 0});
-        }
-    }
-
-    /// Inside a virtual method of the gate, which must stay meanwhile.
-    void held(const QString& what, const TTemper& how)
-    {
-        const QScopedValueRollback hold(FHeld, FHeld + 1);
         note(what);
         react(how);
     }
 
+    void makeGate()
+    {
+        if constexpr (World::isModel) {
+            FGate = ground.world.template make<TGate>(FDesigning, FFarEnd);
+        } else {
+            FGate = ground.world.template make<TGate>(FDesigning);
+            ground.world.attachFarEnd(FFarEnd);
+        }
+    }
+
     TGround<World> ground;
-    TMonitor FMonitor;
+    TFarEnd FFarEnd;
     std::shared_ptr<TOther> FOther = ground.world.template make<TOther>(false);
     std::shared_ptr<TGate> FGate;
     bool FDestroying = false;
     bool FDesigning = false;
     bool FLineUp = true; // the remote server can be reached
     int FInterval = 100;
-    int FHeld = 0;
 };
 
 } // namespace

@@ -262,10 +262,16 @@ public:
     bool dead() const { return FDead; }
 
     /// Published properties that only hold a value.
-    void setProperty(const char* name, const QVariant& value) { FProperties.at(name) = value; }
+    void setProperty(const char* name, const QVariant& value)
+    {
+        FProperties.at(name) = value;
+        changed(name);
+    }
     QVariant property(const char* name) const { return FProperties.at(name); }
 
 protected:
+    /// A property was written, perhaps with the value that it had.
+    virtual void changed(const std::string& /*property*/) {}
     /// Runs code of the host's, or what may run some. @throws TGone when that destroyed the model
     template <class Body>
     void callOut(Body&& body)

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "model/kit/controller_model.h"
 #include "model/kit/model_world.h"
 #include "tnv5/platform/code_page.h"
 #include "tnv5/testing/manual_clock.h"
+#include "tnv5/testing/memory_network.h"
 #include "tnv5/testing/memory_port.h"
 
 namespace tnv5::modelkit {
@@ -19,6 +21,10 @@ public:
     Q_DISABLE_COPY_MOVE(TRealWorld)
 
     testkit::TManualClock clock;
+    testkit::TMemoryNetwork network;
+
+    /// Puts the other end of its sockets behind the one controller that has some.
+    void attachFarEnd(TFarEnd& farEnd);
 
     static std::shared_ptr<Port> makePort();
     template <class Component, class... Args>
