@@ -15,9 +15,8 @@ const QString kNoPort = "Порт не открыт или не назначен
 
 } // namespace
 
-TModelGate::TModelGate(TModelWorld& world, bool designing, TMonitor& monitor)
-    : TModel(world, designing),
-      FMonitor(monitor),
+TModelGate::TModelGate(TModelWorld& world, bool designing, TFarEnd& farEnd)
+    : TModelController(world, designing, farEnd, true),
       FStackTimer(world, 10, [this] { p_hw_CallStackArray(); }),
       FPingTimer(world, 2000, [this] { DevicePingTime(this); })
 {
@@ -40,13 +39,6 @@ void TModelGate::die()
 }
 
 // ---- to the outside
-
-void TModelGate::monitor(const QString& text)
-{
-    if (number("RemoutDevice") != Alone) { // a gate that stands alone has nobody to tell
-        callOut([&] { FMonitor(bytesOf(text)); });
-    }
-}
 
 void TModelGate::show(TModel* sender, const QStringList& f)
 {
@@ -79,15 +71,21 @@ QString TModelGate::command(const QString& text)
     return check;
 }
 
-bool TModelGate::portReady()
+bool TModelGate::lineOpen()
 {
-    bool ready = false;
+    bool open = false;
     if (!either<"send: no connector", "send: connector set">(Connector() == nullptr)) {
-        callOut([&] { ready = Connector()->GetConnected(); });
-        if (!ready) {
+        callOut([&] { open = Connector()->GetConnected(); });
+        if (!open) {
             hit<"send: not connected">();
         }
     }
+    return open;
+}
+
+bool TModelGate::portReady()
+{
+    const bool ready = lineOpen();
     if (!ready) {
         const QString text = "[04] " + kNoPort;
         error(text);
@@ -117,11 +115,11 @@ QString TModelGate::ParseMessage(const QString& name, const QString& text)
 void TModelGate::line(const QString& text)
 {
     log("%Считано с порта*% " + text);
-    if (number("RemoutDevice") == Server) {
+    if (mode() == Server) {
         hit<"line: server repeats it">();
         monitor("LOG!%Считано с порта% " + text + u'&');
     }
-    if (number("RemoutDevice") == Client) {
+    if (mode() == Client) {
         hit<"line: client forwards it">();
         monitor(text);
         return;

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "model/connector_model.h"
+#include "model/kit/controller_model.h"
+#include "model/kit/texts.h"
 
 #include <QImage>
 #include <QStringList>
@@ -9,8 +11,6 @@ namespace tnv5::d24::model {
 
 using namespace modelkit;
 using connector::model::TModelConnector;
-
-enum EMode { Alone, Server, Client };
 
 struct TPass
 {
@@ -32,10 +32,9 @@ struct TController
 
 /// A second, plain reading of how networked gates behave, on the model of a connector: one pass table, one
 /// table of controllers, two timers. Its names are those of the component.
-class TModelGate final : public TModel
+class TModelGate final : public TModelController
 {
 public:
-    using TMonitor = std::function<void(const QByteArray&)>;
     using TText = std::function<void(TModel*, const QString&)>;
     using TStatus =
         std::function<void(TModel*, QString, QString, QString, QString, QString, QString, QString)>;
@@ -43,7 +42,7 @@ public:
                                          int mode, QVariant& mess, QVariant& result)>;
     using TPicture = std::function<void(TModel*, const QString& device, QImage& img)>;
 
-    TModelGate(TModelWorld& world, bool designing, TMonitor& monitor);
+    TModelGate(TModelWorld& world, bool designing, TFarEnd& farEnd);
     void die() override;
 
     TModelConnector* Connector() const { return living(FLink); }
@@ -106,7 +105,6 @@ public:
     void ShowinternalStatus(TModel* sender, const QString& name, const QString& ip, const QString& device,
                             const QString& type, const QString& card, const QString& first,
                             const QString& second);
-    bool Connected();
 
 private:
     int number(const char* property) const { return FProperties.at(property).toInt(); }
@@ -116,8 +114,9 @@ private:
     PPass add(const QString& ip, const QString& device, const QString& type, const QString& card);
 
     void log(const QString& text) { fire(FOnLog, this, text); }
-    void error(const QString& text) { fire(FOnError, this, text); }
-    void monitor(const QString& text);
+    void error(const QString& text) override { fire(FOnError, this, text); }
+    bool lineOpen() override;
+    void monitor(const QString& text) { toMonitor(bytesOf(text)); }
     void show(TModel* sender, const QStringList& fields);
     void report(const QStringList& fields);
     void reportPass(const QString& name, const TPass& pass);
@@ -148,7 +147,6 @@ private:
     void silenceCheck();
     void enableStack(bool on);
 
-    TMonitor& FMonitor;
     TModelConnector* FLink = nullptr;
     TModelTimer FStackTimer, FPingTimer;
     TText FOnLog, FOnError;

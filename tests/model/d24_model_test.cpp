@@ -18,20 +18,10 @@ namespace {
 constexpr std::size_t kLinks = 3;
 constexpr std::size_t kWithPort = 2; // the other links answer as the host says
 
-struct TProbe final : TTurnStylerDeviceD24
-{
-    explicit TProbe(TModelGate::TMonitor& theMonitor) : monitor(theMonitor) {}
-    void SendToMonitor(const QByteArray& AMess) override
-    {
-        CallOut([&] { monitor(AMess); });
-    }
-    TModelGate::TMonitor& monitor;
-};
-
 template <class World>
 class TGateStage final : public TStage
 {
-    using TGate = std::conditional_t<World::isModel, TModelGate, TProbe>;
+    using TGate = std::conditional_t<World::isModel, TModelGate, TTurnStylerDeviceD24>;
     using TLink = std::conditional_t<World::isModel, TModelConnector, connector::model::TWatchedConnector>;
 
 public:
@@ -41,17 +31,25 @@ public:
         FSendsRaise = FTemper.below(3) == 0 ? 200 : 0;
         FOdd = FTemper.below(3) == 0;
         FMayDestroy = FTemper.below(3) == 0;
-        FMonitor = [this](const QByteArray& bytes) {
-            note("monitor " + shown(bytes));
-            if (FDice.below(4) == 0) {
-                react(FWild);
-            }
+        const auto answer = [this](const QString& what, const TTemper& how) {
+            note(what);
+            react(how);
         };
+        FFarEnd.listen = [answer] { answer("listens", {0, 100}); };
+        FFarEnd.dial = [this, answer] {
+            answer("dials", {0, 100});
+            return FLinksAtOnce;
+        };
+        FFarEnd.toClient = [this, answer](const QByteArray& bytes) {
+            answer("monitor " + shown(bytes), FDice.below(4) == 0 ? FWild : TTemper{});
+        };
+        FFarEnd.toServer = FFarEnd.toClient;
+        FLinksAtOnce = FTemper.below(5) != 0;
         ground.perform({NewPort, {}, 0});
         for (std::size_t i = 0; i < kLinks; ++i) {
             makeLink(i);
         }
-        FGate = ground.world.template make<TGate>(FTemper.below(40) == 0, FMonitor);
+        makeGate(FTemper.below(40) == 0);
     }
 
     std::vector<TStep> begin(TDice& d) override
@@ -243,9 +241,7 @@ private:
         case Show:
             return FGate->ShowinternalStatus(FGate.get(), t[0], t[1], t[2], t[3], t[4], t[5], t[6]);
         default:
-            if (FGate->property("RemoutDevice").toInt() == Alone) {
-                result(int(FGate->Connected()));
-            }
+            result(int(FGate->Connected()));
         }
     }
 
@@ -304,8 +300,19 @@ private:
         react(FWild);
     }
 
+    void makeGate(bool designing)
+    {
+        if constexpr (World::isModel) {
+            FGate = ground.world.template make<TGate>(designing, FFarEnd);
+        } else {
+            FGate = ground.world.template make<TGate>(designing);
+            ground.world.attachFarEnd(FFarEnd);
+        }
+    }
+
     TGround<World> ground;
-    TModelGate::TMonitor FMonitor;
+    TFarEnd FFarEnd;
+    bool FLinksAtOnce = true;
     std::array<std::shared_ptr<TLink>, kLinks> FLinks;
     std::array<bool, kWithPort> FUp{true, true};
     std::shared_ptr<TGate> FGate;

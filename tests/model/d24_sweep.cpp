@@ -342,15 +342,4 @@ void TModelGate::SetConnector(TModelConnector* value)
     FLink = value;
 }
 
-bool TModelGate::Connected()
-{
-    bool result = false;
-    operation([&] {
-        if (Connector() != nullptr) {
-            callOut([&] { result = Connector()->GetConnected(); });
-        }
-    });
-    return result;
-}
-
 } // namespace tnv5::d24::model
