@@ -1,6 +1,6 @@
 #include "model/scales_side.h"
 
-#include "tnv5/scales/scales_bits.h"
+#include "tnv5/common/bit_text.h"
 #include "tnv5/scales/scales_device.h"
 #include "tnv5/testing/manual_clock.h"
 #include "tnv5/testing/memory_port.h"
@@ -120,9 +120,9 @@ public:
     {
         return TScalesDevice::p_hw_checktimebetween(now, last, limit);
     }
-    QString byteToBin(int value) const override { return ByteToBinStr(uchar(value)); }
-    int binToInt(const QString& bits) const override { return BitToint(bits); }
-    int binToByte(const QString& bits) const override { return BinStrToByte(bits); }
+    QString byteToBin(int value) const override { return common::ByteToBinStr(uchar(value)); }
+    int binToInt(const QString& bits) const override { return common::BitToint(bits); }
+    int binToByte(const QString& bits) const override { return common::BinStrToByte(bits); }
 
     [[noreturn]] void raise(const QString& text, bool silent) const override
     {
