@@ -1,5 +1,5 @@
+#include "host/club_fixture.h"
 #include "support/text_printers.h"
-#include "tnv5/host/club_fixture.h"
 #include "tnv5/host/schema.h"
 
 namespace tnv5::host {
@@ -269,6 +269,22 @@ TEST_F(TSchemaTest, MembersOfAnOlderFileHaveABalance)
     TRows rows = balance.run();
     ASSERT_TRUE(rows.next());
     EXPECT_EQ(rows.value(0).toInt(), 0);
+}
+
+TEST_F(TSchemaTest, OlderFilesGetPayments)
+{
+    migrate(database, schemaSteps().first(3));
+    migrate(database, schemaSteps());
+    execute(database, QStringLiteral("INSERT INTO payment (began, cents) VALUES ('x', 5)"));
+    EXPECT_NE(failureOf([&] {
+                  execute(database, QStringLiteral("INSERT INTO payment (began, cents, outcome)"
+                                                   " VALUES ('x', 5, 'perhaps')"));
+              }),
+              QString());
+    EXPECT_NE(failureOf([&] {
+                  execute(database, QStringLiteral("INSERT INTO payment (began, cents) VALUES ('x', 0)"));
+              }),
+              QString());
 }
 
 TEST_F(TSchemaTest, AFailedStepChangesNothing)
