@@ -24,5 +24,6 @@ void addWatchCommand(CLI::App& app, TCommand& chosen);
 void addReplayCommand(CLI::App& app, TCommand& chosen);
 void addScalesCommand(CLI::App& app, TCommand& chosen);
 void addWeighCommand(CLI::App& app, TCommand& chosen);
+void addPayCommand(CLI::App& app, TCommand& chosen);
 
 } // namespace tnv5::cli
