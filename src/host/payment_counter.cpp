@@ -132,9 +132,7 @@ void TPaymentCounter::onOperation(const TStepOfPayment& step, const QString& sta
     } else if (status == bank::kStatusOk || status == bank::kStatusError) {
         settle(FJudged);
         tellOutcome();
-    } else if (status == bank::kStatusAmountRefused && underWay()) {
-        onCardRefused();
-    } else if (status == bank::kStatusCardRefused) {
+    } else if (status == bank::kStatusCardRefused || (status == bank::kStatusAmountRefused && underWay())) {
         onCardRefused();
     } else if (status == bank::kStatusAnswerRefused) {
         onAnswerRefused();

@@ -211,6 +211,26 @@ TEST_F(TimeOut, TheNextAmountStartsItAnew)
     expectTimeOut();
 }
 
+TEST_F(TimeOut, TheTimerIsStoppedInBetween)
+{
+    pos->SetTimeOut(0);
+    for (const bool answered : {true, false}) {
+        sendAmount();
+        if (answered) {
+            feed(framed(kAnswerBody));
+        } else {
+            clock.advance(1000);
+        }
+        trace.take();
+        clock.advance(500);
+        sendAmount(); // a timer that went on would tick 500 ms after it, and then too late
+        clock.advance(999);
+        expectSilence();
+        clock.advance(1);
+        expectTimeOut();
+    }
+}
+
 TEST_F(TimeOut, NeedsNoHandler)
 {
     pos->SetOnRequestOperation({});
