@@ -25,5 +25,6 @@ void addReplayCommand(CLI::App& app, TCommand& chosen);
 void addScalesCommand(CLI::App& app, TCommand& chosen);
 void addWeighCommand(CLI::App& app, TCommand& chosen);
 void addQrCommand(CLI::App& app, TCommand& chosen);
+void addPayCommand(CLI::App& app, TCommand& chosen);
 
 } // namespace tnv5::cli

@@ -1,5 +1,6 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
+#include "apps/tnv5/demo_bar.h"
 #include "apps/tnv5/demo_counter.h"
 #include "apps/tnv5/demo_report.h"
 #include "apps/tnv5/paced_time.h"
@@ -72,6 +73,7 @@ private:
     TDemoGates FAllGates;
     TDemoStreet FStreet;
     TDemoCounter FFruit;
+    TDemoBar FBar;
     TStopSignal FStop;
     platform::TTimer FTimer;
     qint64 FBeganMs = 0;
@@ -122,6 +124,7 @@ TDemo::TDemo(host::TDatabase& club, const TDemoOptions& options, TPacedTime& tim
       FAllGates(FGates, FBus),
       FStreet(FAllGates, [this](const QString& gate) { return ready(gate); }),
       FFruit(club, time.lines),
+      FBar(club, time.lines),
       FStop([] { QCoreApplication::quit(); })
 {
     time.lines.add(FPty);
@@ -193,8 +196,8 @@ bool TDemo::ready(const QString& gate)
 
 int TDemo::run()
 {
-    announce(QStringLiteral(
-        "simulated gates and a scale on pseudo-terminals, real serial ports, a real database"));
+    announce(QStringLiteral("simulated gates, a scale and a bank terminal on pseudo-terminals, real serial "
+                            "ports, a real database"));
     if (!FKeeper.start()) {
         throw platform::Exception(QStringLiteral("The simulated line cannot be opened"));
     }
@@ -202,6 +205,7 @@ int TDemo::run()
         throw platform::Exception(QStringLiteral("The simulated bus cannot be opened"));
     }
     FFruit.open();
+    FBar.open();
     FBus.setPingInterval(kPingMs);
     for (const TVisitor& visitor : demoVisitors()) {
         FStreet.invite(visitor);
@@ -262,12 +266,13 @@ void TDemo::look()
             announce(QStringLiteral("closing time: those who are on their way finish"));
             FStreet.close();
             FFruit.close();
+            FBar.close();
             FPhase = TPhase::Closing;
         }
         break;
     case TPhase::Closing:
         FOverdue = elapsedMs() > FOptions.seconds * 1000LL + kClosingLimitMs;
-        if ((FStreet.empty() && FFruit.quiet()) || FOverdue) {
+        if ((FStreet.empty() && FFruit.quiet() && FBar.quiet()) || FOverdue) {
             QCoreApplication::quit();
         }
         break;
@@ -310,11 +315,12 @@ void TDemo::plugAgain()
 int TDemo::conclude()
 {
     const QList<TVisit>& visits = FStreet.visits();
-    for (const QString& line : closingTable(visits) + FFruit.closingRows() + QStringList(QString())) {
+    for (const QString& line :
+         closingTable(visits) + FFruit.closingRows() + FBar.closingRows() + QStringList(QString())) {
         print(line);
     }
     QStringList wrong = compare(visits, FClub.passesAfter(FFirstPass, std::numeric_limits<int>::max()));
-    wrong << FFruit.compare();
+    wrong << FFruit.compare() << FBar.compare();
     if (FOverdue) {
         wrong << QStringLiteral("not everybody has come through in time");
     }
@@ -324,8 +330,8 @@ int TDemo::conclude()
     if (!wrong.isEmpty()) {
         return kFailed;
     }
-    print(QStringLiteral("Every card got what the club's books say, every weight was charged, and the "
-                         "journal holds all of it."));
+    print(QStringLiteral("Every card got what the club's books say, every weight was charged, every "
+                         "card payment is in the books, and the journal holds all of it."));
     return kDone;
 }
 
@@ -357,8 +363,8 @@ void addDemoCommand(CLI::App& app, TCommand& chosen)
     command->add_option("--db", options->database, "Keep the database in a new file")->type_name("FILE");
     command->add_flag("--plain,--no-progress", options->plain, "No progress indication");
     command->footer(
-        "\nEnds with 0 only when every card got at its gate what it had to get and the journal says "
-        "the same.");
+        "\nEnds with 0 only when every card got at its gate what it had to get, every purchase was "
+        "charged as it had to be, and the books say the same.");
     command->callback([&chosen, options] { chosen = [options] { return runDemo(*options); }; });
 }
 

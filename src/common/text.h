@@ -50,6 +50,12 @@ inline bool Same(QStringView first, QStringView second)
     return first.size() == second.size() && std::equal(first.begin(), first.end(), second.begin());
 }
 
+/// Every occurrence of `old` replaced; an empty `old` replaces nothing.
+inline QString ReplaceStr(const QString& text, const QString& old, const QString& replacement)
+{
+    return old.isEmpty() ? text : QString(text).replace(old, replacement);
+}
+
 /// Position of the first occurrence of `part`, counted from 1; 0 when there is none or `part` is empty.
 inline qsizetype Pos(QStringView part, QStringView text)
 {

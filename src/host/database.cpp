@@ -109,6 +109,22 @@ TSale saleFrom(const TRows& row)
     return sale;
 }
 
+TPayment paymentFrom(const TRows& row)
+{
+    TPayment payment;
+    payment.id = row.value(0).toLongLong();
+    payment.began = toDateTime(row.value(1).toString());
+    payment.ended = toDateTime(row.value(2).toString());
+    payment.cents = row.value(3).toLongLong();
+    payment.discount = row.value(4).toLongLong();
+    payment.card = row.value(5).toString();
+    payment.cardType = row.value(6).toString();
+    payment.answer = row.value(7).toString();
+    payment.outcome = toOutcome(row.value(8).toString()).value_or(TOutcome::Unknown);
+    payment.reason = row.value(9).toString();
+    return payment;
+}
+
 /// SQL knows no empty text that comes from a null QString: it would become NULL.
 QString notNull(const QString& text)
 {
@@ -165,6 +181,19 @@ struct TDatabase::TParts
     TStatement sales =
         statement(u"SELECT id, sold, card, member, product, cents_per_kg, grams, cents FROM sale"
                   u" WHERE id > ? ORDER BY id LIMIT ?");
+    TStatement addPayment = statement(
+        u"INSERT INTO payment (began, cents, discount, ended, card, card_type, answer, outcome, reason)"
+        u" VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)");
+    TStatement changePayment = statement(
+        u"UPDATE payment SET ended = ?, card = ?, card_type = ?, answer = ?, outcome = ?, reason = ?"
+        u" WHERE id = ?");
+    TStatement payments = statement(
+        u"SELECT id, began, ended, cents, discount, card, card_type, answer, outcome, reason FROM payment"
+        u" WHERE id > ? ORDER BY id LIMIT ?");
+    TStatement paymentsUnderWay = statement(
+        u"SELECT id, began, ended, cents, discount, card, card_type, answer, outcome, reason FROM payment"
+        u" WHERE outcome = '' ORDER BY id");
+    TStatement lastPayment = statement(u"SELECT coalesce(max(id), 0) FROM payment");
     TStatement lastSale = statement(u"SELECT coalesce(max(id), 0) FROM sale");
     TStatement lastPass = statement(u"SELECT coalesce(max(id), 0) FROM pass");
 };
@@ -349,6 +378,46 @@ QList<TSale> TDatabase::salesAfter(qint64 id, int limit)
 qint64 TDatabase::lastSale()
 {
     TRows rows = F->lastSale.run();
+    return rows.next() ? rows.value(0).toLongLong() : 0;
+}
+
+void TDatabase::writePayment(TPayment& payment)
+{
+    const QVariantList state = {notNull(toText(payment.ended)), notNull(payment.card),
+                                notNull(payment.cardType),      notNull(payment.answer),
+                                toText(payment.outcome),        notNull(payment.reason)};
+    if (payment.id == 0) {
+        payment.id =
+            F->addPayment.run(QVariantList{toText(payment.began), payment.cents, payment.discount} + state)
+                .insertedId();
+    } else {
+        F->changePayment.run(state + QVariantList{payment.id});
+    }
+}
+
+QList<TPayment> TDatabase::paymentsAfter(qint64 id, int limit)
+{
+    QList<TPayment> payments;
+    TRows rows = F->payments.run({id, limit});
+    while (rows.next()) {
+        payments.append(paymentFrom(rows));
+    }
+    return payments;
+}
+
+QList<TPayment> TDatabase::paymentsUnderWay()
+{
+    QList<TPayment> payments;
+    TRows rows = F->paymentsUnderWay.run();
+    while (rows.next()) {
+        payments.append(paymentFrom(rows));
+    }
+    return payments;
+}
+
+qint64 TDatabase::lastPayment()
+{
+    TRows rows = F->lastPayment.run();
     return rows.next() ? rows.value(0).toLongLong() : 0;
 }
 

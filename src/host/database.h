@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tnv5/host/card_payment.h"
 #include "tnv5/host/club.h"
 #include "tnv5/host/statement.h"
 
@@ -63,6 +64,15 @@ public:
     QList<TSale> salesAfter(qint64 id, int limit);
     /// The last row of the sales, 0 when there is none.
     qint64 lastSale();
+
+    /// Writes a card payment: a new one is added and gets its `id`, any other changed.
+    void writePayment(TPayment& payment);
+    /// Payments after a row, oldest first, `limit` at most.
+    QList<TPayment> paymentsAfter(qint64 id, int limit);
+    /// Payments that are still under way, oldest first.
+    QList<TPayment> paymentsUnderWay();
+    /// The last row of the payments, 0 when there is none.
+    qint64 lastPayment();
 
     /// How long a write waits for another program, in milliseconds.
     void setBusyTimeout(int ms);

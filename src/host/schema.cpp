@@ -72,6 +72,23 @@ const QStringList kVersion3 = {
     QStringLiteral("CREATE INDEX sale_member ON sale(member)"),
 };
 
+// The card is masked before it comes here.
+const QStringList kVersion4 = {
+    QStringLiteral("CREATE TABLE payment ("
+                   " id INTEGER PRIMARY KEY,"
+                   " began TEXT NOT NULL,"
+                   " ended TEXT NOT NULL DEFAULT '',"
+                   " cents INTEGER NOT NULL CHECK (cents > 0),"
+                   " discount INTEGER NOT NULL DEFAULT 0 CHECK (discount >= 0),"
+                   " card TEXT NOT NULL DEFAULT '',"
+                   " card_type TEXT NOT NULL DEFAULT '',"
+                   " answer TEXT NOT NULL DEFAULT '',"
+                   " outcome TEXT NOT NULL DEFAULT ''"
+                   "  CHECK (outcome IN ('', 'approved', 'declined', 'cancelled', 'unknown')),"
+                   " reason TEXT NOT NULL DEFAULT '')"),
+    QStringLiteral("CREATE INDEX payment_outcome ON payment(outcome)"),
+};
+
 int versionOf(QSqlDatabase& database)
 {
     TStatement version(database, QStringLiteral("PRAGMA user_version"));
@@ -83,7 +100,7 @@ int versionOf(QSqlDatabase& database)
 
 const QList<QStringList>& schemaSteps()
 {
-    static const QList<QStringList> steps = {kVersion1, kVersion2, kVersion3};
+    static const QList<QStringList> steps = {kVersion1, kVersion2, kVersion3, kVersion4};
     return steps;
 }
 

@@ -1,7 +1,7 @@
 // A dialogue of bytes: "D" asks whether the weight has settled, "E" for the weight, two bytes answer each.
 
+#include "tnv5/common/bit_text.h"
 #include "tnv5/scales/families.h"
-#include "tnv5/scales/scales_bits.h"
 
 #include <cstdlib>
 
@@ -25,7 +25,7 @@ TDecision decode(TStep step, const QByteArray& packet, int lastWeight)
     if (packet.size() != 2) {
         return decision;
     }
-    const QString low = ByteToBinStr(byteAt(packet, 0));
+    const QString low = common::ByteToBinStr(byteAt(packet, 0));
     if (step == TStep::Hey) {
         if (low.startsWith(u'1')) { // bit 7: settled
             decision.write = "E";
@@ -33,7 +33,7 @@ TDecision decode(TStep step, const QByteArray& packet, int lastWeight)
         }
         return decision;
     }
-    const int weight = BitToint(ByteToBinStr(byteAt(packet, 1)) + low);
+    const int weight = common::BitToint(common::ByteToBinStr(byteAt(packet, 1)) + low);
     decision.log << QStringLiteral("%1 %2").arg(lastWeight).arg(weight);
     decision.change = weight;
     return decision;

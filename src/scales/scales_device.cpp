@@ -314,20 +314,6 @@ void TScalesDevice::log(const QString& text)
     Fire(FLogEvent, text);
 }
 
-QString TScalesDevice::ReplaceStr(const QString& AText, const QString& AOld, const QString& ANew)
-{
-    return AOld.isEmpty() ? AText : QString(AText).replace(AOld, ANew);
-}
-
-int TScalesDevice::StringLRC(const QString& AText)
-{
-    int value = 0;
-    for (const QChar character : AText) {
-        value ^= character.unicode() & 0xFF;
-    }
-    return value;
-}
-
 bool TScalesDevice::p_hw_checktimebetween(platform::TDateTime ANow, platform::TDateTime ALast, int ALimit)
 {
     return common::ElapsedMoreThan(ANow, ALast, ALimit);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tnv5/common/string_lrc.h"
+#include "tnv5/common/text.h"
 #include "tnv5/platform/clock.h"
 #include "tnv5/platform/com_data_packet.h"
 #include "tnv5/platform/com_port.h"
@@ -95,9 +97,11 @@ public:
     QString GetMessage(int AIndex) const;
 
     static QString DigitsOnly(const QString& AText) { return digitsOf(AText); }
-    static QString ReplaceStr(const QString& AText, const QString& AOld, const QString& ANew);
-    /// XOR of the low bytes of all characters; 0 for an empty text.
-    static int StringLRC(const QString& AText);
+    static QString ReplaceStr(const QString& AText, const QString& AOld, const QString& ANew)
+    {
+        return common::ReplaceStr(AText, AOld, ANew);
+    }
+    static int StringLRC(const QString& AText) { return common::StringLRC(AText); }
     static bool p_hw_checktimebetween(platform::TDateTime ANow, platform::TDateTime ALast, int ALimit);
 
 private:

@@ -270,6 +270,22 @@ TEST_F(TSchemaTest, MembersOfAnOlderFileHaveABalance)
     EXPECT_EQ(rows.value(0).toInt(), 0);
 }
 
+TEST_F(TSchemaTest, OlderFilesGetPayments)
+{
+    migrate(database, schemaSteps().first(3));
+    migrate(database, schemaSteps());
+    execute(database, QStringLiteral("INSERT INTO payment (began, cents) VALUES ('x', 5)"));
+    EXPECT_NE(failureOf([&] {
+                  execute(database, QStringLiteral("INSERT INTO payment (began, cents, outcome)"
+                                                   " VALUES ('x', 5, 'perhaps')"));
+              }),
+              QString());
+    EXPECT_NE(failureOf([&] {
+                  execute(database, QStringLiteral("INSERT INTO payment (began, cents) VALUES ('x', 0)"));
+              }),
+              QString());
+}
+
 TEST_F(TSchemaTest, AFailedStepChangesNothing)
 {
     const QStringList first = {QStringLiteral("CREATE TABLE a (x)")};

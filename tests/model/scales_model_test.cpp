@@ -2,7 +2,7 @@
 #include "model/kit/real_world.h"
 #include "model/scales_model.h"
 #include "model/scales_words.h"
-#include "tnv5/scales/scales_bits.h"
+#include "tnv5/common/bit_text.h"
 #include "tnv5/scales/scales_device.h"
 
 #include <gtest/gtest.h>
@@ -321,8 +321,8 @@ private:
             note("bits " + modelByteToBin(int(step.a & 255)));
             note(QStringLiteral("int %1 byte %2").arg(modelBinToInt(bits)).arg(modelBinToInt(bits) & 255));
         } else {
-            note("bits " + ByteToBinStr(uchar(step.a & 255)));
-            note(QStringLiteral("int %1 byte %2").arg(BitToint(bits)).arg(BinStrToByte(bits)));
+            note("bits " + common::ByteToBinStr(uchar(step.a & 255)));
+            note(QStringLiteral("int %1 byte %2").arg(common::BitToint(bits)).arg(common::BinStrToByte(bits)));
         }
     }
 

@@ -1,6 +1,6 @@
-#include "tnv5/scales/scales_bits.h"
+#include "tnv5/common/bit_text.h"
 
-namespace tnv5::scales {
+namespace tnv5::common {
 
 namespace {
 
@@ -34,4 +34,4 @@ uchar BinStrToByte(const QString& bits)
     return static_cast<uchar>(valueOf(bits));
 }
 
-} // namespace tnv5::scales
+} // namespace tnv5::common

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-namespace tnv5::scales {
+namespace tnv5::common {
 
 /// Eight characters "0" or "1", the most significant bit first.
 QString ByteToBinStr(uchar value);
@@ -11,4 +11,4 @@ int BitToint(const QString& bits);
 /// The same into eight bits.
 uchar BinStrToByte(const QString& bits);
 
-} // namespace tnv5::scales
+} // namespace tnv5::common
