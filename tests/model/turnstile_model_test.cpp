@@ -15,21 +15,16 @@ namespace tnv5::turnstile::model {
 namespace {
 
 /// The component with its monitor side in the test's hand.
-class TProbe final : public TTurnStylerDevice
+struct TProbe final : TTurnStylerDevice
 {
-public:
-    explicit TProbe(TMonitor& monitor) : FMonitor(monitor) {}
-    void ServerEcho(const QString& AMess) override { FMonitor.echo(AMess); }
+    explicit TProbe(TMonitor& theMonitor) : monitor(theMonitor) {}
+    void ServerEcho(const QString& AMess) override { monitor.echo(AMess); }
+    void ForwardLine(const QString& AMess) override { monitor.forward(AMess); }
     bool Connected() override
     {
-        return RemoutDevice() == podNone ? TTurnStylerDevice::Connected() : FMonitor.connected();
+        return RemoutDevice() == podNone ? TTurnStylerDevice::Connected() : monitor.connected();
     }
-
-protected:
-    void ForwardLine(const QString& AMess) override { FMonitor.forward(AMess); }
-
-private:
-    TMonitor& FMonitor;
+    TMonitor& monitor;
 };
 
 TNV5_STEPS(Create, Destroy, AssignPort, Handler, Number, Door, Devices, Mode, Interval, Line, Sweep, Find,
