@@ -15,7 +15,7 @@ namespace tnv5::cli {
 
 namespace {
 
-constexpr int kEnglish = 2;
+constexpr int kEnglishTexts = 2;
 
 // Exit codes beside those of all commands; 0: approved.
 constexpr int kDeclined = 3;
@@ -78,7 +78,7 @@ public:
                                                                    : message);
             }
         };
-        FPos.SetIDLang(kEnglish);
+        FPos.SetIDLang(kEnglishTexts);
         FPos.SetPosType(options.version);
         FPos.SetTimeOut(options.timeOut);
         FPos.SetCodeOk(QString::fromStdString(options.codesOk));

@@ -1,9 +1,9 @@
 // Paying by card from the command line, as a person does it.
 
 #include "sim/bank_terminal.h"
-#include "support/wait.h"
 #include "sim/pty.h"
 #include "support/text_printers.h"
+#include "support/wait.h"
 #include "tnv5/host/database.h"
 
 #include <QProcess>

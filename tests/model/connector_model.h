@@ -36,6 +36,7 @@ public:
     const TEvent& OnLog() const { return FOnLog; }
     const TEvent& OnGetData() const { return FOnGetData; }
 
+    // texts by value: the host may change its own meanwhile
     bool GetConnected()
     {
         return operation([&] { return connected(); }, false);
@@ -50,21 +51,21 @@ public:
         name == std::string("IsConnected") ? SetConnected(value.toBool()) : TModel::setProperty(name, value);
     }
     void CloseAll() {}
-    void GetCommand(const QString& line)
+    void GetCommand(QString line)
     {
         operation([&] { pass(line); });
     }
-    QString SendCommand(const QString& command)
+    QString SendCommand(QString command)
     {
         return operation([&] { return SendHook ? SendHook(command) : send(command); }, QString());
     }
-    void SendDirectCommand(const QString& ip, const QString& line)
+    void SendDirectCommand(QString ip, QString line)
     {
         operation([&] { write(ip, line); });
     }
     QString GetDiagnosticValue(const QString& text, const QString& key) const;
     TModelBoard* GetDeviceFromList(const QString& ip, const QString& address);
-    void ProcessDataToDevice(const QString& ip, const QString& line)
+    void ProcessDataToDevice(QString ip, QString line)
     {
         operation([&] { process(ip, line); });
     }

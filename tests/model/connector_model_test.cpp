@@ -172,14 +172,18 @@ private:
         return steps;
     }
 
-    // A command opens the port, and what the command needs changes while it does.
+    // A command opens the port or writes, and what the command needs changes while it does.
     static std::vector<TStep> disturbedOpening(TDice& d)
     {
         const int who = connector(d);
-        TStep step{Command, {TWords(d).command()}, who};
-        step.first = {d.chance(50) ? TStep{SetComport, {}, who, d.between(-1, kMostPorts - 1)}
-                                   : TStep{SetType, {}, who, d.below(3)}};
-        return {{SetComport, {}, who, 0}, {ClosePort, {}, 0}, step};
+        const TStep port{SetComport, {}, who, d.between(-1, kMostPorts - 1)};
+        const TStep type{SetType, {}, who, d.below(3)};
+        TStep step = d.chance(50) ? talk(d) : TStep{Command, {TWords(d).command()}, who};
+        step.first = {d.pick({port, type, TStep{DestroyPort, {}, 0}, talk(d), talk(d)})};
+        if (d.chance(40)) {
+            step.first.push_back({Raise});
+        }
+        return {{SetComport, {}, who, 0}, {d.chance(70) ? ClosePort : OpenPort, {}, 0}, step};
     }
 
     // The first handler called destroys its connector, and may raise behind that.
@@ -280,15 +284,15 @@ private:
         case CloseAll:
             return connector.CloseAll();
         case Command:
-            return note("result " + shown(connector.SendCommand(t[0])));
+            return note("result " + shown(connector.SendCommand(said(0, t[0]))));
         case Direct:
-            return connector.SendDirectCommand(t[0], t[1]);
+            return connector.SendDirectCommand(said(0, t[0]), said(1, t[1]));
         case HandOver:
-            return connector.GetCommand(t[1]);
+            return connector.GetCommand(said(1, t[1]));
         case Diagnostic:
             return note(shown(connector.GetDiagnosticValue(t[0], t[1])));
         case Process:
-            return connector.ProcessDataToDevice(t[0], t[1]);
+            return connector.ProcessDataToDevice(said(0, t[0]), said(1, t[1]));
         case FromList:
             return note(indexOf(connector, connector.GetDeviceFromList(t[0], t[1])));
         default:

@@ -46,7 +46,7 @@ public:
     {
         return operation([&] { return ask(safe); }, -1);
     }
-    void WriteToPort(const QString& text)
+    void WriteToPort(QString text)
     {
         operation([&] { send(text); });
     }

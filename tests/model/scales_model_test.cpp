@@ -62,7 +62,7 @@ public:
                 return {{NewPort, {}, port}, {SetComport, {}, port}, {Connect, {}, 1}};
             }
         }
-        return {any(d, false)};
+        return d.chance(2) ? slowReset(d) : std::vector<TStep>{any(d, false)};
     }
 
     TStep any(TDice& d, bool) override
@@ -199,6 +199,18 @@ private:
                             : TStep{Advance, {}, d.pick({3'999, 4'000, 4'000, 4'001, 5'000})};
     }
 
+    /// A silent scale is asked, time goes by while its port is reset, and the request fails.
+    static std::vector<TStep> slowReset(TDice& d)
+    {
+        const TStep type{SetType, {}, d.pick({1, 1, 2, 6})};
+        const TStep silence{Advance, {}, 5'000};
+        const TStep fail{Fail, {"trouble"}, 0, 2};
+        const TStep mend{Fail, {}, 0, 2};
+        TStep ask{Weigh, {}, 1};
+        ask.first = {{Advance, {}, d.pick({3'999, 4'000, 5'000})}};
+        return {type, {SetComport, {}, 0}, {Connect, {}, 1}, silence, fail, ask, {Weigh, {}, 1}, mend};
+    }
+
     static TStep time(TDice& d)
     {
         const int delay = d.chance(60) ? d.pick({0, 1, 10, 100, 999, 1'000, 2'999, 3'000, 3'001, 3'998, 3'999,
@@ -287,7 +299,7 @@ private:
         case Weigh:
             return note(QStringLiteral("weight is %1").arg(FScales->GetWeight(a != 0)));
         case Write:
-            return FScales->WriteToPort(step.text[0]);
+            return FScales->WriteToPort(said(0, step.text[0]));
         case Reset:
             return FScales->Reset();
         case Message:
@@ -322,7 +334,8 @@ private:
             note(QStringLiteral("int %1 byte %2").arg(modelBinToInt(bits)).arg(modelBinToInt(bits) & 255));
         } else {
             note("bits " + common::ByteToBinStr(uchar(step.a & 255)));
-            note(QStringLiteral("int %1 byte %2").arg(common::BitToint(bits)).arg(common::BinStrToByte(bits)));
+            note(
+                QStringLiteral("int %1 byte %2").arg(common::BitToint(bits)).arg(common::BinStrToByte(bits)));
         }
     }
 

@@ -62,13 +62,12 @@ void TModelScales::findStop(const QByteArray& buffer, qsizetype& position)
         position = buffer.lastIndexOf(FAsk ? '\x04' : '\x06') + 1;
         break;
     case 3:
-        either<"Stop3", "Stop3Wait">(buffer.size() >= 18);
-        position = buffer.size() >= 18 ? buffer.size() : 0;
+    case 4: {
+        const bool whole = buffer.size() >= (FType == 3 ? 18 : 17);
+        way<"Stop3Wait", "Stop3", "Stop4Wait", "Stop4">(2 * (FType - 3) + int(whole));
+        position = whole ? buffer.size() : 0;
         break;
-    case 4:
-        either<"Stop4", "Stop4Wait">(buffer.size() >= 17);
-        position = buffer.size() >= 17 ? buffer.size() : 0;
-        break;
+    }
     case 6:
         position = buffer.lastIndexOf("\r\n") + 1;
         either<"Stop6", "Stop6Wait">(position > 0);

@@ -75,11 +75,7 @@ int TModelScales::StringLRC(const QString& text)
 
 QString modelByteToBin(int value)
 {
-    QString bits;
-    for (int weight = 128; weight >= 1; weight /= 2) {
-        bits += value / weight % 2 == 1 ? u'1' : u'0';
-    }
-    return bits;
+    return QString::number(value, 2).rightJustified(8, u'0');
 }
 
 int modelBinToInt(const QString& bits)

@@ -81,6 +81,8 @@ protected:
             }
         };
     }
+    /// A text in the caller's hand, which the next call changes, also one that a handler makes meanwhile.
+    const QString& said(std::size_t place, const QString& text) { return FSaid.at(place) = text; }
     /// What a handler may do: call back, destroy, raise.
     void react(const TTemper& how);
     /// Does a step inside a handler; it leaves to the caller what it raises, or catches it.
@@ -110,6 +112,7 @@ private:
     int FDepth = 0;
     int FActs = 0; // that the host may still do in this step
     std::vector<TStep> FFirst;
+    std::array<QString, 2> FSaid;
 };
 
 /// What a stage needs from the world of its side.

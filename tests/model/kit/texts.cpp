@@ -3,6 +3,7 @@
 #include "model/kit/branches.h"
 #include "model/kit/model_world.h"
 
+#include <QRegularExpression>
 #include <cmath>
 #include <cstdlib>
 
@@ -65,26 +66,13 @@ QString trimmed(const QString& text)
 
 TNumber numberOf(const QString& text)
 {
-    qsizetype at = 0;
-    while (at < text.size() && text[at] == u' ') {
-        ++at;
-    }
-    const bool negative = at < text.size() && text[at] == u'-';
-    if (negative || (at < text.size() && text[at] == u'+')) {
-        ++at;
-    }
-    if (at == text.size()) {
+    static const QRegularExpression whole("^ *([+-]?)([0-9]+)\\z");
+    const auto match = whole.match(text);
+    if (!match.hasMatch()) {
         return {};
     }
-    qint64 value = 0;
-    for (; at < text.size(); ++at) {
-        if (text[at] < u'0' || text[at] > u'9') {
-            return {};
-        }
-        value = qMin<qint64>(value * 10 + (text[at].unicode() - u'0'), 9'999'999'999);
-    }
-    value = negative ? -value : value;
-    const bool outOfRange = value < -2'147'483'648LL || value > 2'147'483'647LL;
+    const double value = (match.captured(1) == "-" ? -1 : 1) * match.captured(2).toDouble();
+    const bool outOfRange = value < -2'147'483'648.0 || value > 2'147'483'647.0;
     return {!outOfRange, outOfRange, outOfRange ? 0 : int(value)};
 }
 
