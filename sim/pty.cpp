@@ -90,9 +90,9 @@ void linkTo(const QString& path, int master)
     }
 }
 
-short pollEvents(int fd)
+short pollEvents(int fd, short wanted = POLLIN)
 {
-    pollfd entry{fd, POLLIN, 0};
+    pollfd entry{fd, wanted, 0};
     return ::poll(&entry, 1, 0) > 0 ? entry.revents : short{0};
 }
 
@@ -265,6 +265,17 @@ void TPty::onReadable()
             return;
         }
     }
+}
+
+bool TPty::settled() const
+{
+    if (!plugged()) {
+        return true;
+    }
+    const short events = pollEvents(FMaster, POLLIN | POLLOUT);
+    const bool somebody = (events & POLLHUP) == 0;
+    const bool sending = BaudRate <= 0 && !FQueue.isEmpty() && (events & POLLOUT) != 0;
+    return somebody == FOpened && (events & POLLIN) == 0 && !sending;
 }
 
 void TPty::sendQueue()

@@ -46,6 +46,9 @@ public:
     /// Whether a program has the device open, as far as it has been noticed: a program that has just come is
     /// noticed within 20 ms or at the next write.
     bool opened() const { return FOpened; }
+    /// Whether nothing is on its way at this end: what a program wrote has been read, its coming or going has
+    /// been noticed, and what is queued waits for its time or for the program to read.
+    bool settled() const;
     /// Called when a program opens (true) or closes (false) the device.
     std::function<void(bool opened)> OnOpened;
 

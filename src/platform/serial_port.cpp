@@ -2,6 +2,7 @@
 
 #include <QSerialPort>
 #include <cerrno>
+#include <poll.h>
 #include <system_error>
 
 namespace tnv5::platform {
@@ -103,6 +104,16 @@ TSerialPort::~TSerialPort()
 bool TSerialPort::Connected() const
 {
     return FSerial != nullptr && FSerial->isOpen();
+}
+
+bool TSerialPort::settled() const
+{
+    if (!Connected()) {
+        return true;
+    }
+    pollfd entry{FSerial->handle(), POLLIN, 0}; // asking makes the system hand on what it has in hand
+    ::poll(&entry, 1, 0);
+    return entry.revents == 0 && FSerial->bytesAvailable() == 0 && FSerial->bytesToWrite() == 0;
 }
 
 void TSerialPort::doOpen()

@@ -26,6 +26,11 @@ public:
 
     bool Connected() const override;
 
+    /// Whether nothing is on its way at this end: what came has been read, what was written has left, and a
+    /// device that went away has been noticed. Bytes that wait for the line to be quiet (`ReadGap`) have been
+    /// read. For tests and simulations that hold back the time until their lines have settled.
+    bool settled() const;
+
 protected:
     void doOpen() override;
     void doClose() override;

@@ -47,14 +47,29 @@ void TManualClock::insert(const TDue& due)
 void TManualClock::advance(qint64 ms)
 {
     const qint64 target = FNow + ms;
+    beforeStep();
     while (!FDue.empty() && std::get<qint64>(FDue.back()) <= target) {
         const auto [when, creation, timer] = FDue.back();
         FDue.pop_back();
         FNow = std::max(FNow, when);
         insert({when + timer->Interval(), creation, timer}); // before the tick, which may re-arm or stop it
         timer->tick();
+        beforeStep();
     }
     FNow = std::max(FNow, target);
+}
+
+void TManualClock::beforeStep() const
+{
+    if (const auto handler = BeforeStep) {
+        handler();
+    }
+}
+
+std::optional<qint64> TManualClock::untilNextTick() const
+{
+    return FDue.empty() ? std::nullopt
+                        : std::optional(std::max<qint64>(std::get<qint64>(FDue.back()) - FNow, 0));
 }
 
 void TManualClock::waitForMessages()

@@ -3,6 +3,7 @@
 #include "tnv5/platform/clock.h"
 
 #include <functional>
+#include <optional>
 #include <tuple>
 #include <vector>
 
@@ -38,8 +39,14 @@ public:
     std::function<void()> OnWait;
     void waitForMessages() override;
 
+    /// Called in `advance` before every step that time makes, and after the last tick: what is still on its
+    /// way on real lines is let arrive here, so that no time passes for it.
+    std::function<void()> BeforeStep;
+
     /// Lets time pass; may be called from inside a tick.
     void advance(qint64 ms);
+    /// Milliseconds until the next tick, 0 when it is due; nothing while no timer ticks.
+    std::optional<qint64> untilNextTick() const;
     /// Sets the time without firing anything; timers keep their remaining time.
     void jumpTo(qint64 ms);
 
@@ -47,6 +54,7 @@ private:
     using TDue = std::tuple<qint64, quint64, platform::TTimer*>; // when, order of creation, which
 
     void insert(const TDue& due);
+    void beforeStep() const;
 
     qint64 FNow;
     std::vector<TDue>

@@ -1,8 +1,8 @@
 // The first example, started as its comment says, at a simulated line.
 
 #include "sim/classic_line.h"
-#include "sim/eventually.h"
 #include "sim/pty.h"
+#include "support/wait.h"
 
 #include <QProcess>
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 // Weighing from the command line, as a person does it.
 
-#include "sim/eventually.h"
 #include "sim/pty.h"
 #include "sim/scales.h"
 #include "support/text_printers.h"
+#include "support/wait.h"
 
 #include <QProcess>
 #include <gtest/gtest.h>

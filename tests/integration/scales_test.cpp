@@ -2,11 +2,11 @@
 //
 // TNV5_LONG=1 makes it ten thousand weighings.
 
-#include "sim/eventually.h"
 #include "sim/line_faults.h"
 #include "sim/pty.h"
 #include "sim/scales.h"
 #include "support/text_printers.h"
+#include "support/wait.h"
 #include "tnv5/platform/serial_port.h"
 #include "tnv5/scales/families.h"
 #include "tnv5/scales/scales_device.h"

@@ -1,9 +1,9 @@
 // Watching a line, recording it and playing the recording, as a person does it.
 
 #include "sim/board_bus.h"
-#include "sim/eventually.h"
 #include "sim/pty.h"
 #include "support/text_printers.h"
+#include "support/wait.h"
 #include "tnv5/tools/recording.h"
 
 #include <QFile>

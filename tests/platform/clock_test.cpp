@@ -52,6 +52,39 @@ TEST(ManualClock, FiresDueTimersEarliestFirstTiesInOrderOfCreation)
     EXPECT_EQ(fired, (std::vector<int>{2, 1, 2, 3}));
 }
 
+TEST(ManualClock, BeforeEveryStepWhatIsOnItsWayMayArrive)
+{
+    TManualClock clock;
+    const qint64 start = clock.nowMs();
+    std::vector<qint64> steps;
+    clock.BeforeStep = [&] { steps.push_back(clock.nowMs() - start); };
+    const auto first = makeTimer(10, [](TTimer*) {});
+    const auto second = makeTimer(20, [](TTimer*) {});
+    clock.advance(25);
+    EXPECT_EQ(steps, (std::vector<qint64>{0, 10, 20, 20})); // after each tick, those at the same time too
+    std::unique_ptr<TTimer> third;
+    clock.BeforeStep = [&] {
+        third = third ? std::move(third) : makeTimer(2, [](TTimer*) {});
+        steps.push_back(clock.nowMs() - start);
+    };
+    steps.clear();
+    clock.advance(3);
+    EXPECT_EQ(steps, (std::vector<qint64>{25, 27})) << "a timer that is armed there ticks";
+}
+
+TEST(ManualClock, TellsWhenTheNextTickIs)
+{
+    TManualClock clock;
+    EXPECT_FALSE(clock.untilNextTick());
+    const auto first = makeTimer(10, [](TTimer*) {});
+    const auto second = makeTimer(25, [](TTimer*) {});
+    EXPECT_EQ(clock.untilNextTick(), 10);
+    clock.advance(7);
+    EXPECT_EQ(clock.untilNextTick(), 3);
+    first->SetEnabled(false);
+    EXPECT_EQ(clock.untilNextTick(), 18);
+}
+
 TEST(ManualClock, TimeInsideATickIsTheTimeItWasDue)
 {
     TManualClock clock;

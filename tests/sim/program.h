@@ -1,6 +1,6 @@
 #pragma once
 
-#include "eventually.h"
+#include "support/wait.h"
 
 #include <QByteArray>
 #include <QElapsedTimer>

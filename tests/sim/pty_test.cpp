@@ -1,8 +1,8 @@
 #include "sim/pty.h"
 
-#include "eventually.h"
 #include "program.h"
 #include "support/text_printers.h"
+#include "support/wait.h"
 #include "tnv5/platform/errors.h"
 
 #include <QFileInfo>

@@ -1,11 +1,11 @@
 #include "sim/scales.h"
 
-#include "eventually.h"
 #include "program.h"
 #include "sim/line_faults.h"
 #include "sim/memory_stream.h"
 #include "sim/pty.h"
 #include "support/text_printers.h"
+#include "support/wait.h"
 #include "tnv5/platform/errors.h"
 #include "tnv5/testing/manual_clock.h"
 
