@@ -4,16 +4,15 @@
 #include "sim/board_bus.h"
 #include "sim/memory_stream.h"
 #include "sim/pty.h"
+#include "support/lock_step.h"
 #include "support/text_printers.h"
+#include "support/wait.h"
 #include "tnv5/common/messages.h"
 #include "tnv5/d24/d24_device.h"
 #include "tnv5/platform/serial_port.h"
 #include "tnv5/testing/manual_clock.h"
 #include "tnv5/testing/memory_port.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
-#include <QTimer>
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
@@ -101,6 +100,16 @@ public:
         bus.setPingInterval(pingMs);
         FLook.SetInterval(lookMs);
         FLook.SetEnabled(true);
+    }
+
+    /// At every board somebody shows a card, and passes if allowed.
+    void everybodyShows(const QString& card)
+    {
+        for (auto& [address, place] : places) {
+            expect(place, TBehaviour::PassesThrough);
+            place.card = card;
+            EXPECT_TRUE(bus.readCard(address, card));
+        }
     }
 
     /// Nobody comes any more.
@@ -250,6 +259,16 @@ private:
         }
     }
 
+    /// Somebody steps up.
+    static void expect(TPlace& place, TBehaviour behaviour)
+    {
+        place.behaviour = behaviour;
+        place.asked = false;
+        place.end = TEnd::UnderWay;
+        place.began = platform::Now();
+        ++place.people;
+    }
+
     void come(const QString& address, TPlace& place)
     {
         const int what = random(20);
@@ -259,13 +278,9 @@ private:
             place.nextAt = platform::Now() + random(FPauseMs) / double(platform::kMsPerDay);
             return;
         }
-        place.behaviour = what == 1  ? TBehaviour::WalksAway
-                          : what < 5 ? TBehaviour::GivesUp
-                                     : TBehaviour::PassesThrough;
-        place.asked = false;
-        place.end = TEnd::UnderWay;
-        place.began = platform::Now();
-        ++place.people;
+        expect(place, what == 1  ? TBehaviour::WalksAway
+                      : what < 5 ? TBehaviour::GivesUp
+                                 : TBehaviour::PassesThrough);
         if (what == 18) {
             place.card = common::kCardButton;
             place.opened += place.type != u'I' ? 1 : 0;
@@ -284,21 +299,6 @@ private:
     int FPauseMs;
     bool FComing = true;
 };
-
-template <class Condition>
-bool waitFor(int limitMs, Condition&& condition)
-{
-    const QDeadlineTimer limit(limitMs);
-    QTimer look;
-    look.start(20);
-    while (!condition()) {
-        if (limit.hasExpired()) {
-            return false;
-        }
-        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
-    }
-    return true;
-}
 
 TEST(D24, ADayOfSixteenGates)
 {
@@ -324,15 +324,23 @@ TEST(D24, ADayOfSixteenGates)
     street.check();
 }
 
-// Some seconds; a minute with TNV5_LONG=1.
-TEST(D24, RealTimeOverAPseudoTerminal)
+bool everyPlaceVisited(const TStreet& street)
 {
-    const int seconds = qEnvironmentVariableIntValue("TNV5_LONG") > 0 ? 60 : 4;
+    return std::all_of(street.places.begin(), street.places.end(),
+                       [](const auto& place) { return place.second.people > 0; });
+}
+
+// A minute; ten with TNV5_LONG=1.
+TEST(D24, OverAPseudoTerminal)
+{
+    const int seconds = qEnvironmentVariableIntValue("TNV5_LONG") > 0 ? 600 : 60;
+    testkit::TManualClock clock;
     sim::TPty pty(QStringLiteral("boards"));
     platform::TSerialPort port;
     port.SetPort(pty.path());
+    TLockStep time(clock, pty, port);
     port.Open();
-    ASSERT_TRUE(waitFor(5'000, [&] { return pty.opened(); }));
+    time.lines.settle();
     TStreet street(pty, port, 200);
     street.bus.Delays.ProgressMs = 20;
     street.bus.Delays.PassageMs = 20;
@@ -340,14 +348,35 @@ TEST(D24, RealTimeOverAPseudoTerminal)
     street.bus.Delays.OpenMs = 200;
     street.device.SetTimeOut(0);
     street.start(500, 10);
-    EXPECT_TRUE(waitFor(20'000, [&] { return street.everyDisplayKnown(); }));
-    const QDeadlineTimer over(seconds * 1'000);
-    EXPECT_TRUE(waitFor(seconds * 3'000 + 30'000, [&] {
-        return over.hasExpired() && std::all_of(street.places.begin(), street.places.end(),
-                                                [](const auto& place) { return place.second.people > 0; });
-    }));
+    EXPECT_TRUE(time.until([&] { return street.everyDisplayKnown(); }, 600));
+    clock.advance(seconds * 1'000);
+    EXPECT_TRUE(everyPlaceVisited(street));
     street.stop();
-    EXPECT_TRUE(waitFor(30'000, [&] { return street.quiet(); }));
+    EXPECT_TRUE(time.until([&] { return street.quiet(); }, 20'000));
+    EXPECT_EQ(pty.lostBytes(), 0);
+    street.check();
+}
+
+// One after the other and without time-outs, so that nothing depends on how long anything takes.
+TEST(D24, RealTimeOverAPseudoTerminal)
+{
+    sim::TPty pty(QStringLiteral("boards"));
+    platform::TSerialPort port;
+    port.SetPort(pty.path());
+    port.Open();
+    ASSERT_TRUE(eventually([&] { return pty.opened(); }));
+    TStreet street(pty, port, 0);
+    street.bus.Delays.ProgressMs = 0;
+    street.bus.Delays.PassageMs = 0;
+    street.device.SetTimeOut(3'600);
+    street.bus.setPingInterval(200);
+    EXPECT_TRUE(eventually([&] { return street.everyDisplayKnown(); }));
+    for (const char* card : {"10000002", "10000003"}) { // the second is refused
+        street.everybodyShows(QString::fromLatin1(card));
+        EXPECT_TRUE(eventually([&] { return street.quiet(); })) << card;
+    }
+    street.stop();
+    EXPECT_TRUE(eventually([&] { return street.quiet(); }));
     EXPECT_EQ(pty.lostBytes(), 0);
     street.check();
 }

@@ -2,6 +2,7 @@
 
 #include "integration/station.h"
 #include "support/text_printers.h"
+#include "support/wait.h"
 
 #include <QProcess>
 
@@ -81,9 +82,9 @@ TEST(Program, RunsGatesUntilItIsStopped)
     program.start(QStringLiteral(TNV5_PROGRAM),
                   {QStringLiteral("run"), QStringLiteral("--port"), pty.path(), QStringLiteral("--db"), file,
                    QStringLiteral("--gates"), QStringLiteral("01A:hall:in")});
-    ASSERT_TRUE(waitFor([&] { return pty.opened(); }));
+    ASSERT_TRUE(eventually([&] { return pty.opened(); }));
     const quint64 card = gates.readCard(QStringLiteral("01A"), QStringLiteral("12345678"));
-    ASSERT_TRUE(waitFor([&] { return gates.reading(card).Fate != sim::TFate::Waiting; }));
+    ASSERT_TRUE(eventually([&] { return gates.reading(card).Fate != sim::TFate::Waiting; }));
     EXPECT_EQ(gates.reading(card).Fate, sim::TFate::Refused);
     program.terminate();
     const TOutcome outcome = outcomeOf(program);

@@ -1,10 +1,12 @@
 // Scales, one of each family, on real serial ports at once: no weight may be wrong.
+// In lock-step time but for one test.
 //
 // TNV5_LONG=1 makes it ten thousand weighings.
 
 #include "sim/line_faults.h"
 #include "sim/pty.h"
 #include "sim/scales.h"
+#include "support/lock_step.h"
 #include "support/text_printers.h"
 #include "support/wait.h"
 #include "tnv5/platform/serial_port.h"
@@ -51,6 +53,13 @@ public:
     }
 
     bool open() { return device.SetConnection(true); }
+    bool opened() const { return FPty.opened(); }
+
+    void addTo(sim::TLines& lines) const
+    {
+        lines.add(FPty);
+        lines.add(FPort);
+    }
 
     /// Packets in pieces and, where it can be told from packets, noise between them. The answers of family 1
     /// are told apart by silence: they must come in one piece.
@@ -82,13 +91,7 @@ public:
         return weight == FNow;
     }
 
-    /// The scale is unplugged and noticed to be gone.
-    bool vanishes()
-    {
-        FPty.unplug();
-        return eventually([this] { return !device.IsConnected(); });
-    }
-
+    void vanishes() { FPty.unplug(); }
     void returns() { FPty.plug(); }
 
 private:
@@ -112,6 +115,7 @@ protected:
     {
         for (int family = 1; family <= kFamilies; ++family) {
             counters.push_back(std::make_unique<TCounter>(family));
+            counters.back()->addTo(time.lines);
             EXPECT_TRUE(counters.back()->open());
         }
     }
@@ -126,7 +130,7 @@ protected:
                 counter->put(anyWeight());
             }
             for (const auto& counter : counters) {
-                ASSERT_TRUE(eventually([&] { return counter->weighed(); }))
+                ASSERT_TRUE(time.until([&] { return counter->weighed(); }))
                     << "family " << counter->scale.family() << ", round " << round;
             }
         }
@@ -135,6 +139,8 @@ protected:
         }
     }
 
+    testkit::TManualClock clock;
+    TLockStep time{clock};
     std::vector<std::unique_ptr<TCounter>> counters;
     std::mt19937 random{20};
 };
@@ -158,7 +164,7 @@ TEST_F(ScalesOnPorts, ABlockingWeighingWaitsForItsScaleWhileOthersArePolled)
         const int weight = anyWeight();
         counter->scale.put(weight);
         const bool byItself = counter->scale.talksByItself();
-        EXPECT_TRUE(eventually([&] { return !byItself || counter->device.LastWeight() == weight; }));
+        EXPECT_TRUE(time.until([&] { return !byItself || counter->device.LastWeight() == weight; }));
         EXPECT_EQ(counter->device.GetWeight(false), weight) << "family " << counter->scale.family();
         counter->device.SetSendInterval(60);
     }
@@ -182,18 +188,18 @@ TEST_F(ScalesOnPorts, OutOfRangeIsNeverAWeight)
             counter->scale.put(over ? counter->scale.capacity() + 1 : -75);
             if (counter->scale.talksByItself()) {
                 EXPECT_TRUE(
-                    eventually([&, until = counter->packets + kOld] { return counter->packets >= until; }));
+                    time.until([&, until = counter->packets + kOld] { return counter->packets >= until; }));
             }
             counter->packets = 0;
             counter->device.GetWeight(true);
             const int awaited = family == 2 ? 2 : 1; // a handshake comes first
-            EXPECT_TRUE(eventually([&] { return counter->packets >= awaited; })) << family;
+            EXPECT_TRUE(time.until([&] { return counter->packets >= awaited; })) << family;
             EXPECT_LE(counter->device.LastWeight(), 0) << family;
             if (std::find(kTellRange.begin(), kTellRange.end(), family) == kTellRange.end()) {
                 EXPECT_EQ(counter->errors.join(u'\n'), QString()) << family;
                 continue;
             }
-            EXPECT_TRUE(eventually([&] { return !counter->errors.isEmpty(); }));
+            EXPECT_TRUE(time.until([&] { return !counter->errors.isEmpty(); }));
             EXPECT_EQ(counter->errors.takeFirst(),
                       over ? QStringLiteral("[2] Scales are overvalue!") : QStringLiteral("[3] Weight <0!"));
         }
@@ -204,7 +210,9 @@ TEST_F(ScalesOnPorts, AfterTheAdaptersComeBackEveryScaleWeighsAgain)
 {
     weighAll(1);
     for (const auto& counter : counters) {
-        EXPECT_TRUE(counter->vanishes());
+        counter->vanishes();
+        time.lines.settle();
+        EXPECT_FALSE(counter->device.IsConnected());
         EXPECT_EQ(counter->device.GetWeight(false), -1);
         EXPECT_FALSE(counter->open());
         EXPECT_EQ(counter->errors.size(), 1);
@@ -213,6 +221,18 @@ TEST_F(ScalesOnPorts, AfterTheAdaptersComeBackEveryScaleWeighsAgain)
         EXPECT_TRUE(counter->open());
     }
     weighAll(2);
+}
+
+TEST(ScalesInRealTime, AScaleOfEachFamilyIsWeighed)
+{
+    for (int family = 1; family <= kFamilies; ++family) {
+        TCounter counter(family);
+        ASSERT_TRUE(counter.open());
+        ASSERT_TRUE(eventually([&] { return counter.opened(); }));
+        counter.put(kHeaviest - family);
+        EXPECT_TRUE(eventually([&] { return counter.weighed(); })) << "family " << family;
+        EXPECT_EQ(counter.errors.join(u'\n'), QString()) << "family " << family;
+    }
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 #include "integration/station.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
+#include "support/wait.h"
 
 namespace tnv5::integration {
 
@@ -25,28 +24,18 @@ host::TDatabase& furnished(host::TDatabase& club)
 
 } // namespace
 
-bool waitFor(const std::function<bool()>& done, int limitMs)
-{
-    QTimer wake; // conditions may change without any event
-    wake.start(5);
-    const QDeadlineTimer limit(limitMs);
-    while (!done()) {
-        if (limit.hasExpired()) {
-            return false;
-        }
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
-}
-
-TStation::TStation()
-    : club(FDirectory.filePath(QStringLiteral("club.sqlite"))),
+TStation::TStation(TTime time)
+    : clock(time == TTime::LockStep ? std::optional<testkit::TManualClock>(std::in_place) : std::nullopt),
+      club(FDirectory.filePath(QStringLiteral("club.sqlite"))),
       pty(QStringLiteral("gates")),
       cable(pty, 42),
       gates(cable),
       host(line, furnished(club)),
       keeper(port)
 {
+    if (clock) {
+        lockStep.emplace(*clock, pty, port);
+    }
     for (const host::TGate& gate : club.gates()) {
         gates.addController(gate.address);
     }
@@ -60,13 +49,18 @@ TStation::TStation()
     line.SetTimeDelayOpen(0);
     host.OnTrouble = [this](const QString& text) { troubles.append(text); };
     EXPECT_TRUE(keeper.start());
-    EXPECT_TRUE(waitFor([this] { return pty.opened(); }));
+    EXPECT_TRUE(until([this] { return pty.opened(); }));
+}
+
+bool TStation::until(const std::function<bool()>& condition)
+{
+    return lockStep ? lockStep->until(condition) : eventually(condition);
 }
 
 sim::TReading TStation::visit(const QString& gate, const QString& card, sim::TBehaviour behaviour)
 {
     const quint64 id = gates.readCard(gate, card, behaviour);
-    EXPECT_TRUE(waitFor([&] {
+    EXPECT_TRUE(until([&] {
         return gates.reading(id).Fate != sim::TFate::Waiting && !gates.gateOpen(gate) && idle(gate);
     }));
     return gates.reading(id);
