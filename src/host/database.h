@@ -64,6 +64,9 @@ public:
     /// The last row of the sales, 0 when there is none.
     qint64 lastSale();
 
+    /// The connection, for statements about tables of a part's own.
+    const QSqlDatabase& connection() const;
+
     /// How long a write waits for another program, in milliseconds.
     void setBusyTimeout(int ms);
 
