@@ -1,7 +1,7 @@
+#include "host/club_fixture.h"
+#include "host/scale_fixture.h"
 #include "support/text_printers.h"
-#include "tnv5/host/club_fixture.h"
 #include "tnv5/host/goods_counter.h"
-#include "tnv5/host/scale_fixture.h"
 
 namespace tnv5::host {
 namespace {

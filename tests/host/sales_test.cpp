@@ -1,5 +1,5 @@
+#include "host/club_fixture.h"
 #include "support/text_printers.h"
-#include "tnv5/host/club_fixture.h"
 
 namespace tnv5::host {
 namespace {

@@ -1,5 +1,5 @@
+#include "host/scale_fixture.h"
 #include "support/text_printers.h"
-#include "tnv5/host/scale_fixture.h"
 #include "tnv5/host/scale_reader.h"
 
 #include <gtest/gtest.h>
