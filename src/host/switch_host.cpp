@@ -148,7 +148,7 @@ bool TSwitchHost::maySwitchOn(TPlace& place)
         if (!order) {
             return false;
         }
-        if (!answers(place.lamp.board)) {
+        if (hasGone(place.lamp.board)) {
             end(place, order, TLampEnding::Unanswered);
             return false;
         }
@@ -246,7 +246,7 @@ void TSwitchHost::endOver(TPlace& place)
 }
 
 // Makes the wanted state of a lamp's job what the books say.
-// @return whether it was changed
+// @return whether there is something to sweep for
 bool TSwitchHost::direct(TPlace& place)
 {
     const PLampTime order = place.order();
@@ -267,11 +267,14 @@ bool TSwitchHost::direct(TPlace& place)
     }
     const bool on = place.running() || place.order();
     const QString& wanted = on ? kOn : kOff;
-    if (job->Status == wanted || unsure(place, on ? cmSwitchOn : cmSwitchOff)) {
+    if (unsure(place, on ? cmSwitchOn : cmSwitchOff)) {
         return false;
     }
-    setWanted(place, wanted);
-    return true;
+    if (job->Status != wanted) {
+        setWanted(place, wanted);
+        return true;
+    }
+    return job->StatusDevice == (on ? kOff : kOn); // somebody switched it, or it lost its power
 }
 
 void TSwitchHost::setWanted(TPlace& place, const QString& wanted)
@@ -456,17 +459,22 @@ bool TSwitchHost::answers(const QString& board) const
     return heard != FHeard.cend() && FDevice && within(*heard, FDevice->pingdelay() * 1'000LL);
 }
 
+// A host that has just begun cannot know yet.
+bool TSwitchHost::hasGone(const QString& board) const
+{
+    return FDevice && !answers(board) && !within(FStartedAt, FDevice->pingdelay() * 1'000LL);
+}
+
 // A lamp whose time runs on a board that does not answer may be on or off: somebody must look.
 void TSwitchHost::watchBoard(TPlace& place)
 {
-    const bool silent = place.running() && FDevice && !answers(place.lamp.board) &&
-                        !within(FStartedAt, FDevice->pingdelay() * 1'000LL);
-    if (silent != place.silent) {
-        place.silent = silent;
-        tell(silent
-                 ? QStringLiteral("%1: its board %2 does not answer").arg(place.lamp.name, place.lamp.board)
-                 : QStringLiteral("%1: its board %2 answers again, or its time is over")
-                       .arg(place.lamp.name, place.lamp.board));
+    const QString& board = place.lamp.board;
+    if (!place.gone && place.running() && hasGone(board)) {
+        place.gone = true;
+        tell(QStringLiteral("%1: its board %2 does not answer").arg(place.lamp.name, board));
+    } else if (place.gone && answers(board)) {
+        place.gone = false;
+        tell(QStringLiteral("%1: its board %2 answers again").arg(place.lamp.name, board));
     }
 }
 

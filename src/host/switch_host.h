@@ -44,7 +44,7 @@ class TSwitchHost
 public:
     static constexpr int kLookMs = 250;        ///< how often the ends of times are looked for
     static constexpr int kReloadMs = 1'000;    ///< how often the books are read: others may write them, too
-    static constexpr int kSettleMs = 2'500;    ///< boards tell the state of their relays every two seconds
+    static constexpr int kSettleMs = 4'000;    ///< boards tell their relays every 2 s, up to 2 s late
     static constexpr int kPatienceMs = 10'000; ///< how long an order waits for its lamp
 
     /// @throws EDatabase
@@ -88,7 +88,7 @@ private:
         qint64 doubtSince = 0;    // the board reported a change by itself
         int command = -1;         // last one permitted: `cmSwitchOn` or `cmSwitchOff`
         qint64 commandSince = 0;
-        bool silent = false; // told
+        bool gone = false; // its board: told
 
         /// When the time that is running on it will be over; 0: none is.
         platform::TDateTime end() const;
@@ -122,6 +122,7 @@ private:
     TPlace* placeOf(const QString& lamp);
     const switching::PRFidInfo& jobOf(TPlace& place);
     bool answers(const QString& board) const;
+    bool hasGone(const QString& board) const;
     bool unsure(const TPlace& place, int command) const;
     void tell(const QString& text);
     void tellTime(const TLampTime& time);

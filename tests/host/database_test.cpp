@@ -1,5 +1,5 @@
 #include "support/text_printers.h"
-#include "tnv5/host/club_fixture.h"
+#include "host/club_fixture.h"
 #include "tnv5/host/schema.h"
 
 namespace tnv5::host {
