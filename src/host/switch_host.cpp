@@ -262,7 +262,7 @@ bool TSwitchHost::direct(TPlace& place)
         return false; // the component will ask
     }
     const bool lit = job->Status == kOn && job->StatusDevice == kOn; // also without anybody's paying
-    if (order && (place.running() || (lit && !unsure(place, cmSwitchOn)))) {
+    if (order && (place.running() || (lit && !unsure(place, cmSwitchOff)))) {
         begin(place, order);
     }
     const bool on = place.running() || place.order();

@@ -440,7 +440,7 @@ TEST_F(TSwitchHostTest, AcrossMidnightAndEveryMinuteAroundIt)
         clock.advance(5 + kSoonMs);
         EXPECT_EQ(switched, QStringList({kOn1, kOff1})) << round;
         expectOffAt(began + 60'000);
-        clock.advance(1'090); // of all ways to lie between the sweeps
+        clock.advance(5'090); // of all ways to lie between the sweeps
     }
 }
 
@@ -582,6 +582,25 @@ TEST_F(TSwitchHostTest, LateAnswersDoNotMakeItFlicker)
             EXPECT_EQ(switched, QStringList({kOn1, kOff1})) << late << ' ' << round;
             clock.advance(730);
         }
+    }
+}
+
+// It ends in the moment of a poll: the board's answer was under way when the command went out.
+TEST_F(TSwitchHostTest, SoldAgainWhileAnOldAnswerSaysThatItIsOn)
+{
+    for (const int pause : {10, 500, 1'000, 1'500, 2'500, 4'500}) {
+        takeSwitched();
+        ASSERT_EQ(clock.nowMs() % 2'000, 0);
+        host->sell(kAnna, kSun1, 1);
+        minutes(1);
+        clock.advance(pause);
+        EXPECT_TRUE(host->sell(kBoris, kSun1, 1));
+        seconds(3);
+        EXPECT_EQ(switched, QStringList({kOn1, kOff1, kOn1})) << pause;
+        minutes(1);
+        EXPECT_EQ(switched, QStringList({kOn1, kOff1, kOn1, kOff1})) << pause;
+        seconds(10);
+        clock.advance(2'000 - clock.nowMs() % 2'000);
     }
 }
 

@@ -2,7 +2,7 @@
 // on them across three midnights: what the boards' relays really do is explained by the log of the commands
 // and by what happened at the boards, the component's job table agrees with it, and the lamps are on as sold.
 //
-// By default the eight minutes around each midnight; with TNV5_LONG=1 all of the three days.
+// By default five minutes around each midnight; with TNV5_LONG=1 all of the three days.
 
 #include "sim/board_bus.h"
 #include "sim/pty.h"
@@ -93,7 +93,7 @@ public:
         disturbAll();
     }
 
-    testkit::TManualClock clock{testkit::TManualClock::at(23, 55, 40)};
+    testkit::TManualClock clock{testkit::TManualClock::at(23, 56, 40)};
     host::TDatabase club{QStringLiteral(":memory:")};
     host::TLampBooks books{club};
     sim::TPty pty{QStringLiteral("relays")};
@@ -274,11 +274,11 @@ TEST(SwitchNights, WhatTheRelaysDoIsExplained)
     TNights nights(20'260'105);
     nights.hearBoards();
     for (int night = 0; night < kNights && !nights.wrong; ++night) {
-        const qint64 begin = testkit::TManualClock::at(23, 56) + night * platform::kMsPerDay;
+        const qint64 begin = testkit::TManualClock::at(23, 57) + night * platform::kMsPerDay;
         if (!allDays && night > 0) {
             nights.jumpTo(begin);
         }
-        const qint64 end = allDays ? begin + platform::kMsPerDay : begin + 8 * kMinute;
+        const qint64 end = allDays ? begin + platform::kMsPerDay : begin + 5 * kMinute;
         while (nights.clock.nowMs() < end && !nights.wrong) {
             nights.second();
         }
