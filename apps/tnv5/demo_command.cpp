@@ -1,6 +1,7 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/demo_counter.h"
+#include "apps/tnv5/demo_lamps.h"
 #include "apps/tnv5/demo_report.h"
 #include "apps/tnv5/stop_signal.h"
 #include "sim/line_faults.h"
@@ -69,6 +70,7 @@ private:
     TDemoGates FAllGates;
     TDemoStreet FStreet;
     TDemoCounter FFruit;
+    TDemoLamps FLamps;
     TStopSignal FStop;
     platform::TTimer FTimer;
     QElapsedTimer FWatch;
@@ -119,6 +121,7 @@ TDemo::TDemo(host::TDatabase& club, const TDemoOptions& options)
       FAllGates(FGates, FBus),
       FStreet(FAllGates, [this](const QString& gate) { return ready(gate); }),
       FFruit(club),
+      FLamps(club),
       FStop([] { QCoreApplication::quit(); })
 {
     prepareGates();
@@ -187,7 +190,7 @@ bool TDemo::ready(const QString& gate)
 int TDemo::run()
 {
     announce(QStringLiteral(
-        "simulated gates and a scale on pseudo-terminals, real serial ports, a real database"));
+        "simulated gates, lamps and a scale on pseudo-terminals, real serial ports, a real database"));
     if (!FKeeper.start()) {
         throw platform::Exception(QStringLiteral("The simulated line cannot be opened"));
     }
@@ -195,6 +198,7 @@ int TDemo::run()
         throw platform::Exception(QStringLiteral("The simulated bus cannot be opened"));
     }
     FFruit.open();
+    FLamps.open();
     FBus.setPingInterval(kPingMs);
     for (const TVisitor& visitor : demoVisitors()) {
         FStreet.invite(visitor);
@@ -255,12 +259,13 @@ void TDemo::look()
             announce(QStringLiteral("closing time: those who are on their way finish"));
             FStreet.close();
             FFruit.close();
+            FLamps.close();
             FPhase = TPhase::Closing;
         }
         break;
     case TPhase::Closing:
         FOverdue = FWatch.elapsed() > FOptions.seconds * 1000LL + kClosingLimitMs;
-        if ((FStreet.empty() && FFruit.quiet()) || FOverdue) {
+        if ((FStreet.empty() && FFruit.quiet() && FLamps.quiet()) || FOverdue) {
             QCoreApplication::quit();
         }
         break;
@@ -303,11 +308,12 @@ void TDemo::plugAgain()
 int TDemo::conclude()
 {
     const QList<TVisit>& visits = FStreet.visits();
-    for (const QString& line : closingTable(visits) + FFruit.closingRows() + QStringList(QString())) {
+    for (const QString& line :
+         closingTable(visits) + FFruit.closingRows() + FLamps.closingRows() + QStringList(QString())) {
         print(line);
     }
     QStringList wrong = compare(visits, FClub.passesAfter(FFirstPass, std::numeric_limits<int>::max()));
-    wrong << FFruit.compare();
+    wrong << FFruit.compare() << FLamps.compare();
     if (FOverdue) {
         wrong << QStringLiteral("not everybody has come through in time");
     }
@@ -317,8 +323,8 @@ int TDemo::conclude()
     if (!wrong.isEmpty()) {
         return kFailed;
     }
-    print(QStringLiteral("Every card got what the club's books say, every weight was charged, and the "
-                         "journal holds all of it."));
+    print(QStringLiteral("Every card got what the club's books say, every weight was charged, every lamp was "
+                         "on as sold, and the journal holds all of it."));
     return kDone;
 }
 

@@ -45,7 +45,7 @@ TSwitchHost::TSwitchHost(switching::TSwitchDevice& device, TDatabase& database)
     load();
     attach();
     FTimer.SetInterval(kLookMs);
-    FTimer.OnTimer = [this](platform::TTimer*) { look(); };
+    FTimer.OnTimer = [this](platform::TTimer*) { tick(); };
     FTimer.SetEnabled(true);
 }
 
@@ -125,7 +125,7 @@ int TSwitchHost::onCheck(const QString& board, const QString& relay, const QStri
         place->status = yes ? kOff : kOn;
         break;
     case cmNoAnswer:
-        place->doubtSince = nowMs(); // the component takes it for off from now on
+        place->doubt = kSettleLooks; // the component takes it for off from now on
         yes = !answers(board);
         place->status = yes ? kOff : status;
         if (const PLampTime order = yes ? place->order() : nullptr) {
@@ -140,7 +140,7 @@ int TSwitchHost::onCheck(const QString& board, const QString& relay, const QStri
 
 bool TSwitchHost::maySwitchOn(TPlace& place)
 {
-    if (unsure(place, cmSwitchOn)) {
+    if (place.unsure(cmSwitchOn)) {
         return false;
     }
     if (!place.running()) {
@@ -156,18 +156,16 @@ bool TSwitchHost::maySwitchOn(TPlace& place)
             return false;
         }
     }
-    place.command = cmSwitchOn;
-    place.commandSince = nowMs();
+    place.commanded(cmSwitchOn);
     return true;
 }
 
 bool TSwitchHost::maySwitchOff(TPlace& place)
 {
-    if (place.running() || unsure(place, cmSwitchOff)) {
+    if (place.running() || place.unsure(cmSwitchOff)) {
         return false;
     }
-    place.command = cmSwitchOff;
-    place.commandSince = nowMs();
+    place.commanded(cmSwitchOff);
     return true;
 }
 
@@ -197,18 +195,33 @@ void TSwitchHost::noteStatus(TPlace& place, const QString& status)
         return;
     }
     if (!place.status.isEmpty()) {
-        place.doubtSince = nowMs();
+        place.doubt = kSettleLooks;
     }
     place.status = status;
 }
 
-bool TSwitchHost::unsure(const TPlace& place, int command) const
+bool TSwitchHost::TPlace::unsure(int what) const
 {
-    return within(place.doubtSince, kSettleMs) ||
-           (place.command == command && within(place.commandSince, kSettleMs));
+    return doubt > 0 || (command == what && settling > 0);
+}
+
+void TSwitchHost::TPlace::commanded(int what)
+{
+    command = what;
+    settling = kSettleLooks;
 }
 
 // ---- what the books say
+
+// Counted, not timed: while the program itself stands still, no answer comes in either.
+void TSwitchHost::tick()
+{
+    for (auto& [key, place] : FPlaces) {
+        place.doubt = std::max(place.doubt - 1, 0);
+        place.settling = std::max(place.settling - 1, 0);
+    }
+    look();
+}
 
 void TSwitchHost::look()
 {
@@ -262,12 +275,12 @@ bool TSwitchHost::direct(TPlace& place)
         return false; // the component will ask
     }
     const bool lit = job->Status == kOn && job->StatusDevice == kOn; // also without anybody's paying
-    if (order && (place.running() || (lit && !unsure(place, cmSwitchOff)))) {
+    if (order && (place.running() || (lit && !place.unsure(cmSwitchOff)))) {
         begin(place, order);
     }
     const bool on = place.running() || place.order();
     const QString& wanted = on ? kOn : kOff;
-    if (unsure(place, on ? cmSwitchOn : cmSwitchOff)) {
+    if (place.unsure(on ? cmSwitchOn : cmSwitchOff)) {
         return false;
     }
     if (job->Status != wanted) {

@@ -35,7 +35,8 @@ struct TLampState
 /// no lamps are never commanded.
 ///
 /// Commands change a relay over, so none is given while it is not sure what state the relay is in: for
-/// `kSettleMs` after a board reported a change by itself, and the same command is not repeated for as long.
+/// `kSettleLooks` looks after a board reported a change by itself, and the same command is not repeated for
+/// as long.
 ///
 /// It takes the component's `OnCheckSQL`, `OnNewItem`, `OnCheckStatus` and `OnError`. The database must
 /// outlive the host; the component may go first. The hooks must not destroy the host.
@@ -44,7 +45,7 @@ class TSwitchHost
 public:
     static constexpr int kLookMs = 250;        ///< how often the ends of times are looked for
     static constexpr int kReloadMs = 1'000;    ///< how often the books are read: others may write them, too
-    static constexpr int kSettleMs = 4'000;    ///< boards tell their relays every 2 s, up to 2 s late
+    static constexpr int kSettleLooks = 16;    ///< boards tell their relays every 2 s, up to 2 s late
     static constexpr int kPatienceMs = 10'000; ///< how long an order waits for its lamp
 
     /// @throws EDatabase
@@ -85,15 +86,18 @@ private:
         switching::PRFidInfo job; // the component's; none until it has one, never removed afterwards
         QList<PLampTime> times;   // what has not ended
         QString status;           // wanted state that was left in the job; empty: none yet
-        qint64 doubtSince = 0;    // the board reported a change by itself
+        int doubt = 0;            // looks to wait: the board reported a change by itself
         int command = -1;         // last one permitted: `cmSwitchOn` or `cmSwitchOff`
-        qint64 commandSince = 0;
-        bool gone = false; // its board: told
+        int settling = 0;         // looks to wait until it may be repeated
+        bool gone = false;        // its board: told
 
         /// When the time that is running on it will be over; 0: none is.
         platform::TDateTime end() const;
         bool running() const { return end() > 0; }
         PLampTime order() const;
+        /// Whether a command could do the opposite of what it should.
+        bool unsure(int what) const;
+        void commanded(int what);
     };
 
     void attach();
@@ -108,6 +112,7 @@ private:
     void noteStatus(TPlace& place, const QString& status);
 
     // what the books say
+    void tick();
     void look();
     bool direct(TPlace& place);
     void setWanted(TPlace& place, const QString& wanted);
@@ -123,7 +128,6 @@ private:
     const switching::PRFidInfo& jobOf(TPlace& place);
     bool answers(const QString& board) const;
     bool hasGone(const QString& board) const;
-    bool unsure(const TPlace& place, int command) const;
     void tell(const QString& text);
     void tellTime(const TLampTime& time);
 
