@@ -3,6 +3,7 @@
 #include "sim/board_bus.h"
 #include "tnv5/platform/code_page.h"
 
+#include <QDateTime>
 #include <algorithm>
 #include <utility>
 
@@ -13,6 +14,16 @@ namespace {
 constexpr int kRelaysOfSideA = 2;
 constexpr int kRelaysElsewhere = 3;
 constexpr int kAlarmRelay = 3;
+
+/// A moment as boards write it, so many milliseconds from now. Example: "05.01.2026 12:30:00".
+QByteArray boardTime(int inMs)
+{
+    const qint64 ms = platform::TClock::current().nowMs() + inMs;
+    const QDateTime time(QDate(1899, 12, 30).addDays(ms / platform::kMsPerDay),
+                         QTime::fromMSecsSinceStartOfDay(static_cast<int>(ms % platform::kMsPerDay)),
+                         Qt::UTC); // so that no hour is missing
+    return time.toString(QStringLiteral("dd.MM.yyyy HH:mm:ss")).toLatin1();
+}
 
 } // namespace
 
@@ -46,15 +57,19 @@ void TBoard::ping()
     say('$', QByteArrayLiteral("PING"));
 }
 
-/// @return false when the board does not speak.
 bool TBoard::say(char start, const QByteArray& body)
+{
+    const QByteArray line = start + FAddress + body;
+    return sayLine(line + boardChecksum(line));
+}
+
+/// @return false when the board does not speak.
+bool TBoard::sayLine(const QByteArray& line)
 {
     if (FFaults.Dead || FFaults.Silent) {
         return false;
     }
-    const QByteArray line = start + FAddress + body;
-    const QByteArray bytes =
-        FFaults.Babbles ? FBus.noise(line.size()) + '\r' : line + boardChecksum(line) + '\r';
+    const QByteArray bytes = (FFaults.Babbles ? FBus.noise(line.size()) : line) + '\r';
     FLater.after(FFaults.LateAnswerMs, [this, bytes] { FBus.send(bytes); });
     return true;
 }
@@ -227,19 +242,64 @@ void TBoard::orderRelay(int number, int time)
     if (number == kAlarmRelay && time > 0) {
         ++FCounts.Alarms;
     }
-    quint64& end = FRelayEnds[static_cast<std::size_t>(number - 1)];
-    FLater.cancel(std::exchange(end, 0));
     const int ms = time > 0 ? time * FBus.Delays.TimeUnitMs : FBus.Delays.RelayPulseMs;
-    if (ms > 0) {
-        end = FLater.after(ms, [this, number] { setRelay(number, false); });
-    }
-    setRelay(number, ms > 0 || !relay(number));
+    setRelay(number, ms > 0 || !relay(number), ms);
 }
 
-void TBoard::setRelay(int number, bool on)
+bool TBoard::switchRelay(int number, bool on, int ms)
 {
+    if (FFaults.Dead || number < 1 || number > relays()) {
+        return false;
+    }
+    setRelay(number, on, on ? ms : 0);
+    return true;
+}
+
+/// @param ms how long it stays on; 0: until told otherwise
+void TBoard::setRelay(int number, bool on, int ms)
+{
+    endRelayLater(number, ms);
+    const bool news = relay(number) != on || ms > 0;
     FRelays[static_cast<std::size_t>(number - 1)] = on;
-    FBus.fire(FBus.OnRelay, QString::fromLatin1(FAddress), number, on);
+    if (FBus.fire(FBus.OnRelay, QString::fromLatin1(FAddress), number, on) && news && FReporting) {
+        reportRelay(number, ms);
+    }
+}
+
+void TBoard::endRelayLater(int number, int ms)
+{
+    quint64& end = FRelayEnds[static_cast<std::size_t>(number - 1)];
+    FLater.cancel(std::exchange(end, 0));
+    if (ms > 0) {
+        end = FLater.after(ms, [this, number] { setRelay(number, false, 0); });
+    }
+}
+
+// "SS", the relay by the board's own count, "N" or "F", and until when it is on, or the moment when no end is
+// known. There are no check characters behind the time.
+void TBoard::reportRelay(int number, int ms)
+{
+    const char state = relay(number) ? 'N' : 'F';
+    if (sayLine('$' + FAddress + "SS" + QByteArray::number(number) + state + boardTime(ms))) {
+        ++FCounts.RelayReports;
+    }
+}
+
+void TBoard::restart()
+{
+    FGate.clear();
+    FLater.clear();
+    FOpen = false;
+    FWaiting.reset();
+    std::fill(FRelayEnds.begin(), FRelayEnds.end(), 0);
+    FRows.fill(QString());
+    bool there = true;
+    for (int number = 1; there && number <= relays(); ++number) {
+        if (relay(number)) {
+            FRelays[static_cast<std::size_t>(number - 1)] = false;
+            there = FBus.fire(FBus.OnRelay, QString::fromLatin1(FAddress), number, false);
+        }
+    }
 }
 
 void TBoard::showRow(int number, const QByteArray& text)

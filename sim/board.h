@@ -43,6 +43,10 @@ public:
     bool ask(const QByteArray& body, TBehaviour behaviour);
     bool pressButton(TBehaviour behaviour);
     bool walkThrough();
+    bool switchRelay(int number, bool on, int ms);
+    void setReporting(bool reporting) { FReporting = reporting; }
+    /// Loses its power for a moment.
+    void restart();
     void hear(const TBoardCommand& command);
 
 private:
@@ -54,7 +58,10 @@ private:
     void closeGate();
     void act(TBehaviour behaviour);
     void orderRelay(int number, int time);
-    void setRelay(int number, bool on);
+    void setRelay(int number, bool on, int ms);
+    void endRelayLater(int number, int ms);
+    void reportRelay(int number, int ms);
+    bool sayLine(const QByteArray& line);
     void showRow(int number, const QByteArray& text);
     void clearRows();
 
@@ -67,6 +74,7 @@ private:
     std::vector<quint64> FRelayEnds; // the action that ends a relay's time
     QStringList FRows;
     bool FOpen = false;
+    bool FReporting = false;            // tells every change of its relays
     std::optional<TBehaviour> FWaiting; // who asked to pass
     TLater FGate;                       // everything about the opening under way
     TLater FLater;

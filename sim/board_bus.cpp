@@ -116,6 +116,12 @@ bool TBoardBus::walkThrough(const QString& address)
     return board != nullptr && board->walkThrough();
 }
 
+bool TBoardBus::switchRelay(const QString& address, int relay, bool on, int ms)
+{
+    TBoard* const board = find(address);
+    return board != nullptr && board->switchRelay(relay, on, ms);
+}
+
 bool TBoardBus::say(const QString& address, char start, const QByteArray& body)
 {
     TBoard* const board = find(address);
@@ -136,6 +142,20 @@ void TBoardBus::setFaults(const QString& address, const TBoardFaults& faults)
 {
     if (TBoard* const board = find(address)) {
         board->setFaults(faults);
+    }
+}
+
+void TBoardBus::setReporting(const QString& address, bool reporting)
+{
+    if (TBoard* const board = find(address)) {
+        board->setReporting(reporting);
+    }
+}
+
+void TBoardBus::restart(const QString& address)
+{
+    if (TBoard* const board = find(address)) {
+        board->restart();
     }
 }
 

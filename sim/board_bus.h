@@ -33,6 +33,7 @@ class TBoard;
 /// - pings once in each interval, the boards one after the other;
 /// - answers "HW" with its display and its relays: side "A" has two, any other three;
 /// - changes a relay over at "RL" without a time, and switches it on for a time with one;
+/// - reports with "SS" what becomes of its relays, if it is one of those that do;
 /// - confirms "GO" and "PH" with "ET"; at "GO" its gate opens, and the person who waits there (or a guest)
 ///   does as told: "PR" and "GR" for a passage, "FK" for nobody;
 /// - keeps what its display shows.
@@ -74,6 +75,10 @@ public:
     bool pressButton(const QString& address, TBehaviour behaviour = TBehaviour::PassesThrough);
     /// Somebody walks through: an open gate reports "PR" and "GR", a closed one the crossing "GO".
     bool walkThrough(const QString& address);
+    /// Somebody switches a relay at the board itself, which tells nobody unless it reports.
+    /// @param relay by the board's own count, from 1
+    /// @param ms how long it is on; 0: until told otherwise
+    bool switchRelay(const QString& address, int relay, bool on, int ms = 0);
     /// A line of any kind: start character "$" or "#" and what follows the address.
     bool say(const QString& address, char start, const QByteArray& body);
     /// The board pings now, out of turn.
@@ -81,6 +86,12 @@ public:
 
     /// Makes a board misbehave, from now on; does nothing for an unknown address.
     void setFaults(const QString& address, const TBoardFaults& faults);
+
+    /// Makes a board report every change of its relays from now on ("SS"), whoever changed them.
+    void setReporting(const QString& address, bool reporting = true);
+    /// A board loses its power for a moment: its relays fall off, its display goes blank, and what it was
+    /// about to say or do is forgotten.
+    void restart(const QString& address);
 
     TBoardDelays Delays;
     /// What someone does for whom a gate opens although nobody asked.

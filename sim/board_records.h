@@ -15,7 +15,8 @@ struct TBoardCounts
     qint64 Refused = 0;
     qint64 Guards = 0; // "SDG" heard
     qint64 RelayOrders = 0;
-    qint64 Alarms = 0; // orders to relay 3 for a time
+    qint64 RelayReports = 0; // "SS" said
+    qint64 Alarms = 0;       // orders to relay 3 for a time
     qint64 RowsShown = 0;
     qint64 Lights = 0;
     qint64 Sounds = 0;

@@ -22,6 +22,7 @@ void addRunCommand(CLI::App& app, TCommand& chosen);
 void addDemoCommand(CLI::App& app, TCommand& chosen);
 void addWatchCommand(CLI::App& app, TCommand& chosen);
 void addReplayCommand(CLI::App& app, TCommand& chosen);
+void addRelayCommand(CLI::App& app, TCommand& chosen);
 void addScalesCommand(CLI::App& app, TCommand& chosen);
 void addWeighCommand(CLI::App& app, TCommand& chosen);
 void addQrCommand(CLI::App& app, TCommand& chosen);

@@ -1,6 +1,7 @@
 #include "apps/tnv5/demo_club.h"
 
 #include "tnv5/common/messages.h"
+#include "tnv5/host/lamp_books.h"
 
 namespace tnv5::cli {
 
@@ -56,6 +57,8 @@ const QString kApples = QStringLiteral("apples");
 const QString kBananas = QStringLiteral("bananas");
 const QString kMelons = QStringLiteral("melons");
 const QString kNuts = QStringLiteral("nuts");
+const QString kSun1 = QStringLiteral("Sun 1");
+const QString kSun2 = QStringLiteral("Sun 2");
 const QString kStrangersCard = QStringLiteral("99999999");
 
 TStep passes(const QString& gate, const QString& card)
@@ -102,6 +105,7 @@ TStep pressesButton()
 } // namespace
 
 const QString kSilentGate = QStringLiteral("05A");
+const QString kLampPair = QStringLiteral("201");
 
 void fillClub(host::TDatabase& club, QDate today)
 {
@@ -113,6 +117,9 @@ void fillClub(host::TDatabase& club, QDate today)
     club.setGate({kSide, kHall, TDirection::In});
     club.setGate({kGymGate, kGym, TDirection::In});
     club.setGate({kGymExit, kGym, TDirection::Out});
+    host::TLampBooks lamps(club);
+    lamps.setLamp({kSun1, kLampPair + u'A', QStringLiteral("1"), 50});
+    lamps.setLamp({kSun2, kLampPair + u'B', QStringLiteral("4"), 70});
     club.setProduct(kApples, 320);
     club.setProduct(kBananas, 180);
     club.setProduct(kMelons, 120);
@@ -140,6 +147,17 @@ QList<TPurchase> demoPurchases()
         buys(kBoris, kBananas, {1'210, 820}, 148),   // thinks better of it
         buys(kJonas, kNuts, {125}, 186),
         buys(kIda, kApples, {333}, 107),
+    };
+}
+
+QList<TLampVisit> demoLampVisits()
+{
+    constexpr qint64 kRefused = -1;
+    return {
+        {kFelix.name, kFelix.card, kSun1, 3, 150},
+        {kHugo.name, kHugo.card, kSun1, 2, 100, true}, // goes on where Felix ends
+        {kEmma.name, kEmma.card, kSun2, 5, kRefused},  // suspended
+        {kClara.name, kClara.card, kSun2, 3, 210},
     };
 }
 

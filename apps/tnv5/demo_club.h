@@ -34,8 +34,21 @@ struct TPurchase
     qint64 cents;
 };
 
+/// Somebody who buys time on a lamp, and what must come of it.
+struct TLampVisit
+{
+    QString name;
+    QString card;
+    QString lamp;
+    int minutes;
+    qint64 cents;      ///< what is charged; below 0: refused
+    bool more = false; ///< comes while somebody's time is running, and adds to it
+};
+
 /// Address of the controller that answers nothing.
 extern const QString kSilentGate;
+/// Pair of relay boards that the lamps are on.
+extern const QString kLampPair;
 
 /// Enters the demo's small club into an empty database.
 void fillClub(host::TDatabase& club, QDate today);
@@ -46,5 +59,7 @@ QStringList demoGates();
 QStringList demoBoards();
 QList<TVisitor> demoVisitors();
 QList<TPurchase> demoPurchases();
+/// Other people than those who buy fruit: each part of the demo looks after its own accounts.
+QList<TLampVisit> demoLampVisits();
 
 } // namespace tnv5::cli

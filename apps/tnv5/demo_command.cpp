@@ -2,6 +2,7 @@
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/demo_bar.h"
 #include "apps/tnv5/demo_counter.h"
+#include "apps/tnv5/demo_lamps.h"
 #include "apps/tnv5/demo_report.h"
 #include "apps/tnv5/paced_time.h"
 #include "apps/tnv5/stop_signal.h"
@@ -74,6 +75,7 @@ private:
     TDemoStreet FStreet;
     TDemoCounter FFruit;
     TDemoBar FBar;
+    TDemoLamps FLamps;
     TStopSignal FStop;
     platform::TTimer FTimer;
     qint64 FBeganMs = 0;
@@ -125,6 +127,7 @@ TDemo::TDemo(host::TDatabase& club, const TDemoOptions& options, TPacedTime& tim
       FStreet(FAllGates, [this](const QString& gate) { return ready(gate); }),
       FFruit(club, time.lines),
       FBar(club, time.lines),
+      FLamps(club, time.lines),
       FStop([] { QCoreApplication::quit(); })
 {
     time.lines.add(FPty);
@@ -196,8 +199,9 @@ bool TDemo::ready(const QString& gate)
 
 int TDemo::run()
 {
-    announce(QStringLiteral("simulated gates, a scale and a bank terminal on pseudo-terminals, real serial "
-                            "ports, a real database"));
+    announce(
+        QStringLiteral("simulated gates, lamps, a scale and a bank terminal on pseudo-terminals, real serial "
+                       "ports, a real database"));
     if (!FKeeper.start()) {
         throw platform::Exception(QStringLiteral("The simulated line cannot be opened"));
     }
@@ -206,6 +210,7 @@ int TDemo::run()
     }
     FFruit.open();
     FBar.open();
+    FLamps.open();
     FBus.setPingInterval(kPingMs);
     for (const TVisitor& visitor : demoVisitors()) {
         FStreet.invite(visitor);
@@ -267,12 +272,13 @@ void TDemo::look()
             FStreet.close();
             FFruit.close();
             FBar.close();
+            FLamps.close();
             FPhase = TPhase::Closing;
         }
         break;
     case TPhase::Closing:
         FOverdue = elapsedMs() > FOptions.seconds * 1000LL + kClosingLimitMs;
-        if ((FStreet.empty() && FFruit.quiet() && FBar.quiet()) || FOverdue) {
+        if ((FStreet.empty() && FFruit.quiet() && FBar.quiet() && FLamps.quiet()) || FOverdue) {
             QCoreApplication::quit();
         }
         break;
@@ -315,12 +321,12 @@ void TDemo::plugAgain()
 int TDemo::conclude()
 {
     const QList<TVisit>& visits = FStreet.visits();
-    for (const QString& line :
-         closingTable(visits) + FFruit.closingRows() + FBar.closingRows() + QStringList(QString())) {
+    for (const QString& line : closingTable(visits) + FFruit.closingRows() + FBar.closingRows() +
+                                   FLamps.closingRows() + QStringList(QString())) {
         print(line);
     }
     QStringList wrong = compare(visits, FClub.passesAfter(FFirstPass, std::numeric_limits<int>::max()));
-    wrong << FFruit.compare() << FBar.compare();
+    wrong << FFruit.compare() << FBar.compare() << FLamps.compare();
     if (FOverdue) {
         wrong << QStringLiteral("not everybody has come through in time");
     }
@@ -330,8 +336,9 @@ int TDemo::conclude()
     if (!wrong.isEmpty()) {
         return kFailed;
     }
-    print(QStringLiteral("Every card got what the club's books say, every weight was charged, every "
-                         "card payment is in the books, and the journal holds all of it."));
+    print(QStringLiteral(
+        "Every card got what the club's books say, every weight was charged, every card payment "
+        "is in the books, every lamp was on as sold, and the journal holds all of it."));
     return kDone;
 }
 

@@ -22,6 +22,7 @@ int run(int argc, char** argv)
     tnv5::cli::addRunCommand(app, chosen);
     tnv5::cli::addWatchCommand(app, chosen);
     tnv5::cli::addReplayCommand(app, chosen);
+    tnv5::cli::addRelayCommand(app, chosen);
     tnv5::cli::addScalesCommand(app, chosen);
     tnv5::cli::addWeighCommand(app, chosen);
     tnv5::cli::addQrCommand(app, chosen);

@@ -421,6 +421,11 @@ qint64 TDatabase::lastPayment()
     return rows.next() ? rows.value(0).toLongLong() : 0;
 }
 
+const QSqlDatabase& TDatabase::connection() const
+{
+    return F->connection.database();
+}
+
 void TDatabase::setBusyTimeout(int ms)
 {
     execute(F->connection.database(), QStringLiteral("PRAGMA busy_timeout = %1").arg(ms)); // binds no values

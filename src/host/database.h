@@ -74,6 +74,9 @@ public:
     /// The last row of the payments, 0 when there is none.
     qint64 lastPayment();
 
+    /// The connection, for statements about tables of a part's own.
+    const QSqlDatabase& connection() const;
+
     /// How long a write waits for another program, in milliseconds.
     void setBusyTimeout(int ms);
 

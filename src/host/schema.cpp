@@ -89,6 +89,34 @@ const QStringList kVersion4 = {
     QStringLiteral("CREATE INDEX payment_outcome ON payment(outcome)"),
 };
 
+const QStringList kVersion5 = {
+    QStringLiteral("CREATE TABLE lamp ("
+                   " name TEXT PRIMARY KEY CHECK (name <> ''),"
+                   " board TEXT NOT NULL CHECK (length(board) = 4),"
+                   " relay TEXT NOT NULL,"
+                   " cents_per_minute INTEGER NOT NULL CHECK (cents_per_minute BETWEEN 0 AND 1000000),"
+                   " UNIQUE (board, relay),"
+                   " CHECK ((substr(board, 4) = 'A' AND relay IN ('1', '2'))"
+                   " OR (substr(board, 4) = 'B' AND relay IN ('3', '4', '5')))"
+                   ") WITHOUT ROWID"),
+    // Lamp and price are kept as they were when it was sold.
+    QStringLiteral("CREATE TABLE lamp_time ("
+                   " id INTEGER PRIMARY KEY,"
+                   " ordered TEXT NOT NULL,"
+                   " lamp TEXT NOT NULL,"
+                   " card TEXT NOT NULL,"
+                   " member INTEGER REFERENCES member(id) ON DELETE SET NULL,"
+                   " minutes INTEGER NOT NULL CHECK (minutes BETWEEN 1 AND 1440),"
+                   " cents INTEGER NOT NULL,"
+                   " began TEXT NOT NULL DEFAULT '',"
+                   " until TEXT NOT NULL DEFAULT '',"
+                   " ended TEXT NOT NULL DEFAULT '',"
+                   " ending TEXT NOT NULL DEFAULT ''"
+                   "  CHECK (ending IN ('', 'over', 'stopped', 'refused', 'unanswered')))"),
+    QStringLiteral("CREATE INDEX lamp_time_open ON lamp_time(id) WHERE ending = ''"),
+    QStringLiteral("CREATE INDEX lamp_time_member ON lamp_time(member)"),
+};
+
 int versionOf(QSqlDatabase& database)
 {
     TStatement version(database, QStringLiteral("PRAGMA user_version"));
@@ -100,7 +128,7 @@ int versionOf(QSqlDatabase& database)
 
 const QList<QStringList>& schemaSteps()
 {
-    static const QList<QStringList> steps = {kVersion1, kVersion2, kVersion3, kVersion4};
+    static const QList<QStringList> steps = {kVersion1, kVersion2, kVersion3, kVersion4, kVersion5};
     return steps;
 }
 

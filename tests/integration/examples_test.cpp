@@ -3,6 +3,7 @@
 #include "integration/program_run.h"
 #include "sim/classic_line.h"
 #include "sim/pty.h"
+#include "support/wait.h"
 
 #include <gtest/gtest.h>
 

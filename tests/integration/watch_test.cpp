@@ -4,6 +4,7 @@
 #include "sim/board_bus.h"
 #include "sim/pty.h"
 #include "support/text_printers.h"
+#include "support/wait.h"
 #include "tnv5/tools/recording.h"
 
 #include <QFile>

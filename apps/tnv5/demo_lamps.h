@@ -1,0 +1,75 @@
+#pragma once
+
+#include "apps/tnv5/demo_club.h"
+#include "sim/board_bus.h"
+#include "sim/lines.h"
+#include "sim/pty.h"
+#include "tnv5/host/switch_host.h"
+#include "tnv5/platform/serial_port.h"
+
+namespace tnv5::cli {
+
+/// The sun lamps of the demo: simulated relay boards on a pseudo-terminal and those who buy time on them, on
+/// the other side a real port, the components and the host. A minute lasts a second.
+class TDemoLamps
+{
+public:
+    /// @param lines get the lamps' line
+    TDemoLamps(host::TDatabase& club, sim::TLines& lines);
+
+    /// @throws platform::Exception when the simulated bus cannot be opened
+    void open();
+    /// Nobody buys any more; what is bought is used up.
+    void close() { FClosed = true; }
+    /// No time is open and no lamp is on.
+    bool quiet();
+
+    /// Compares what the relays did with what had to come of every purchase, and with the books. How long
+    /// anything took decides nothing, except that no lamp may go off before its time is over.
+    /// @return one line for each difference; none: everything is as it must be.
+    QStringList compare();
+    /// Rows of the closing table.
+    QStringList closingRows();
+
+private:
+    /// One change of a relay, as seen at its board.
+    struct TChange
+    {
+        bool on;
+        platform::TDateTime time;
+    };
+    /// A lamp, who comes to it, and what its relay did.
+    struct TPlace
+    {
+        host::TLamp lamp;
+        int relay = 0;            // by the board's own count
+        QList<TLampVisit> visits; // who comes, again and again
+        qsizetype next = 0;       // of them
+        QList<TLampVisit> done;   // in the order of their orders
+        QList<TChange> changes;
+    };
+
+    void serveAll();
+    void serve(TPlace& place, const host::TLampState& state, bool open);
+    QStringList compareBooks(const TPlace& place);
+    QStringList compareRelay(const TPlace& place);
+    QStringList compareAccounts();
+    QList<host::TLampTime> timesOf(const TPlace& place);
+
+    host::TDatabase& FClub;
+    host::TLampBooks FBooks;
+    std::map<QString, TPlace> FPlaces;   // by lamp
+    std::map<QString, qint64> FBalances; // by card, at first
+
+    sim::TPty FPty;
+    sim::TBoardBus FBus;
+    platform::TSerialPort FPort;
+    connector::TDeviceConnector FConnector;
+    switching::TSwitchDevice FDevice;
+    host::TSwitchHost FHost;
+
+    platform::TTimer FTimer;
+    bool FClosed = false;
+};
+
+} // namespace tnv5::cli

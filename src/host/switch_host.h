@@ -1,0 +1,148 @@
+#pragma once
+
+#include "tnv5/host/lamp_books.h"
+#include "tnv5/platform/timer.h"
+#include "tnv5/switch/switch_device.h"
+
+#include <QHash>
+#include <QPointer>
+#include <map>
+
+namespace tnv5::host {
+
+/// A lamp as a person at the desk sees it.
+struct TLampState
+{
+    TLamp lamp;
+    bool on = false;        ///< as its board said last, or as it was commanded since
+    bool answers = false;   ///< its board has pinged lately
+    QString name;           ///< whose time is running
+    qint64 secondsLeft = 0; ///< of all the time bought for it; 0: nobody's
+};
+
+/// Sells time on the relays of a switch component.
+///
+///     TDatabase club("club.sqlite");
+///     TSwitchDevice relays;
+///     relays.SetConnector(&connector);
+///     TSwitchHost lamps(relays, club);
+///     lamps.OnTime = [](const TLampTime& time) { print(logLine(time)); };
+///     lamps.sell("10000001", "Sun 1", 10); // minutes
+///
+/// What the books say is what the relays must be: on from the moment in which time begins until its end, and
+/// off otherwise, whatever the component, the boards or people at them say meanwhile. The time left is the
+/// books', not the component's, whose own end of a job moves on by a minute again and again. Relays that are
+/// no lamps are never commanded.
+///
+/// Commands change a relay over, so none is given while it is not sure what state the relay is in: for
+/// `kSettleLooks` looks after a board reported a change by itself, and the same command is not repeated for
+/// as long.
+///
+/// It takes the component's `OnCheckSQL`, `OnNewItem`, `OnCheckStatus` and `OnError`. The database must
+/// outlive the host; the component may go first. The hooks must not destroy the host.
+class TSwitchHost
+{
+public:
+    static constexpr int kLookMs = 250;        ///< how often the ends of times are looked for
+    static constexpr int kReloadMs = 1'000;    ///< how often the books are read: others may write them, too
+    static constexpr int kSettleLooks = 16;    ///< boards tell their relays every 2 s, up to 2 s late
+    static constexpr int kPatienceMs = 10'000; ///< how long an order waits for its lamp
+
+    /// @throws EDatabase
+    TSwitchHost(switching::TSwitchDevice& device, TDatabase& database);
+    /// Closes the host when that has not been done.
+    ~TSwitchHost();
+    TSwitchHost(const TSwitchHost&) = delete;
+    TSwitchHost& operator=(const TSwitchHost&) = delete;
+
+    /// Lets go of the component. Lamps stay as they are, and times run on in the books.
+    void close();
+
+    /// Orders time. It begins when the lamp is switched on, at once as a rule, or right behind the time that
+    /// is bought for it already. @param minutes 1 to `TLampBooks::kMaxMinutes`
+    /// @return false, told through `OnTrouble` or `OnTime`, when nothing comes of it.
+    /// @throws EDatabase
+    bool sell(const QString& card, const QString& lamp, int minutes);
+    /// Ends all time on a lamp now; nothing is paid back. @return false when there was none.
+    /// @throws EDatabase
+    bool stop(const QString& lamp);
+
+    /// All lamps, in the order of their boards and relays.
+    QList<TLampState> lamps();
+
+    /// Length of a minute; demonstrations have shorter ones.
+    int MinuteMs = 60'000;
+
+    /// Time has begun or ended.
+    std::function<void(const TLampTime& time)> OnTime;
+    /// One line for the person in charge. What stays wrong is told once.
+    std::function<void(const QString& text)> OnTrouble;
+
+private:
+    /// A lamp and what was done about it.
+    struct TPlace
+    {
+        TLamp lamp;
+        switching::PRFidInfo job; // the component's; none until it has one, never removed afterwards
+        QList<PLampTime> times;   // what has not ended
+        QString status;           // wanted state that was left in the job; empty: none yet
+        int doubt = 0;            // looks to wait: the board reported a change by itself
+        int command = -1;         // last one permitted: `cmSwitchOn` or `cmSwitchOff`
+        int settling = 0;         // looks to wait until it may be repeated
+        bool gone = false;        // its board: told
+
+        /// When the time that is running on it will be over; 0: none is.
+        platform::TDateTime end() const;
+        bool running() const { return end() > 0; }
+        PLampTime order() const;
+        /// Whether a command could do the opposite of what it should.
+        bool unsure(int what) const;
+        void commanded(int what);
+    };
+
+    void attach();
+    void load();
+
+    // what the component asks
+    int onCheck(const QString& board, const QString& relay, const QString& status, int mode);
+    QString onNewItem(const QString& board, const QString& relay, const QString& statusDevice);
+    void onStatus(const QString& board, const QString& status);
+    bool maySwitchOn(TPlace& place);
+    bool maySwitchOff(TPlace& place);
+    void noteStatus(TPlace& place, const QString& status);
+
+    // what the books say
+    void tick();
+    void look();
+    bool direct(TPlace& place);
+    void setWanted(TPlace& place, const QString& wanted);
+    void sweep();
+    void endOver(TPlace& place);
+    void watchBoard(TPlace& place);
+    bool begin(TPlace& place, const PLampTime& time);
+    void end(TPlace& place, const PLampTime& time, TLampEnding ending);
+    void booksFailed(const QString& why);
+
+    TPlace* placeOf(const QString& board, const QString& relay);
+    TPlace* placeOf(const QString& lamp);
+    const switching::PRFidInfo& jobOf(TPlace& place);
+    bool answers(const QString& board) const;
+    bool hasGone(const QString& board) const;
+    void tell(const QString& text);
+    void tellTime(const TLampTime& time);
+
+    QPointer<switching::TSwitchDevice> FDevice;
+    TDatabase& FDatabase;
+    TLampBooks FBooks;
+    platform::TTimer FTimer;
+    std::map<QString, TPlace> FPlaces; // by board and relay
+    QHash<QString, qint64> FHeard;     // last ping of a board
+    int FKnownJobs = 0;                // of the component
+    qint64 FLoadedAt = 0;
+    qint64 FStartedAt = 0;
+    qint64 FFailedAt = 0;  // the books; they are left alone for a moment
+    bool FFailing = false; // told, and not over yet
+    bool FLooking = false;
+};
+
+} // namespace tnv5::host
