@@ -16,11 +16,11 @@ namespace tnv5::cli {
 
 namespace {
 
-constexpr int kLookMs = 20;
+constexpr int kRelayLookMs = 20;
 constexpr int kAskMs = 700;        // from one question to the next
 constexpr int kPatienceMs = 3'000; // four questions
 
-const QString kLink = QStringLiteral("0.0.0.0");
+const QString kBusLink = QStringLiteral("0.0.0.0");
 const QStringList kRelays = {QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3"),
                              QStringLiteral("4"), QStringLiteral("5")};
 
@@ -58,7 +58,7 @@ public:
         for (const QString& relay : FRelay.isEmpty() ? kRelays : QStringList(FRelay)) {
             FUnknown << relay;
         }
-        FTimer.SetInterval(kLookMs);
+        FTimer.SetInterval(kRelayLookMs);
         FTimer.OnTimer = [this](platform::TTimer*) { look(); };
     }
 
@@ -94,14 +94,14 @@ private:
     {
         FSinceAskMs = 0;
         for (const QString& board : boardsWaitedFor()) {
-            FConnector.SendCommand(QStringLiteral("HW") + kLink + u':' + board);
+            FConnector.SendCommand(QStringLiteral("HW") + kBusLink + u':' + board);
         }
     }
 
     void look()
     {
-        FSinceStartMs += kLookMs;
-        FSinceAskMs += kLookMs;
+        FSinceStartMs += kRelayLookMs;
+        FSinceAskMs += kRelayLookMs;
         if (FSinceStartMs >= kPatienceMs) {
             giveUp();
         } else if (FSinceAskMs >= kAskMs) {
@@ -126,7 +126,7 @@ private:
         }
         if (FOrder != u"show" && on != *FWanted) {
             if (!std::exchange(FCommanded, true)) { // once: after a second one it would be as it was
-                FConnector.SendCommand(switching::relayCommand(kLink, boardOf(FPair, relay), relay));
+                FConnector.SendCommand(switching::relayCommand(kBusLink, boardOf(FPair, relay), relay));
                 ask();
             }
             return;

@@ -1,4 +1,4 @@
-#include "host/club_fixture.h"
+#include "club_fixture.h"
 #include "support/text_printers.h"
 #include "tnv5/host/lamp_books.h"
 

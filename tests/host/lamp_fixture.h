@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/club_fixture.h"
+#include "club_fixture.h"
 #include "sim/board_bus.h"
 #include "sim/memory_stream.h"
 #include "tnv5/host/switch_host.h"

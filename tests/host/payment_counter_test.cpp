@@ -1,6 +1,6 @@
 #include "tnv5/host/payment_counter.h"
 
-#include "host/club_fixture.h"
+#include "club_fixture.h"
 #include "support/text_printers.h"
 #include "tnv5/testing/manual_clock.h"
 #include "tnv5/testing/memory_port.h"
