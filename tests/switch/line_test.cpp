@@ -29,7 +29,7 @@ const TRow kRows[] = {
     {"#0.0.0.0:000ARELAY", "L", "A", "Y", "", ""},
     {"#0.0.0.0:000ARELAY5", "L", "A", "Y5", "5", ""},
     {"#RELAY9N:000ARELAY1Y00", "L", "A", "Y1Y00", "9", "N"}, // the first one counts
-    {"$0.0.0.0:a:000ASS1N", "0", "A", "SS1N", "", ""},       // the first ":" counts
+    {"$0.0.0.0:a:000ASS1N", "S", "S", "1N", "", ""},         // the first ":" counts
     {"#nothing at all", "n", "g", " at all", "", ""},        // without ":" the whole line
     {"", "", "", "", "", ""},
     {"$", "", "", "", "", ""},
