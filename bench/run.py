@@ -40,10 +40,11 @@ class Runner:
         self.bin = build / "bench"
         self.modules = build / "peers" / "node_modules"
         self.effort = effort
-        self.has_npm = effort != "smoke" and shutil.which("node") is not None and (self.modules / "serialport").is_dir()
-        self.has_pyserial = effort != "smoke" and subprocess.run(["/usr/bin/python3", "-c", "import serial"], check=False,
-                                           stderr=subprocess.DEVNULL).returncode == 0
-        self.has_modbus = (self.bin / "modbus_frames").exists()
+        peers = effort != "smoke"
+        self.has_npm = peers and shutil.which("node") is not None and (self.modules / "serialport").is_dir()
+        self.has_pyserial = peers and subprocess.run(["/usr/bin/python3", "-c", "import serial"], check=False,
+                                                     stderr=subprocess.DEVNULL).returncode == 0
+        self.has_modbus = peers and (self.bin / "modbus_frames").exists()
 
     def amount(self, smoke, quick, full):
         """What the chosen effort takes of three amounts."""
@@ -254,7 +255,7 @@ def idle_scales_table(idle):
     base = idle["unpolled"]["cpu_percent"]
     rows = [[title.format(**idle), f"{idle[state]['cpu_percent']:.2f} %",
              f"{idle[state]['wakeups_per_s']:.1f}", f"{idle[state]['packets_per_s']:.1f}",
-             f"{idle[state]['cpu_percent'] / base:.2f}"]
+             f"{idle[state]['cpu_percent'] / base:.2f}" if base else "–"]
             for state, title in SCALES]
     return table([f"Eight scales, {idle['seconds']} s each", "of one processor", "wake-ups/s", "packets/s",
                   "processor / no polling"], rows)
@@ -296,7 +297,8 @@ def main():
     runner = Runner(options.build.resolve(), options.effort)
 
     machine = (f"{os.cpu_count()} processors ({processor()}), Linux {platform.release()}, "
-               f"load before the run {os.getloadavg()[0]:.1f}" + (f", {options.effort} run" if options.effort != "full" else ""))
+               f"load before the run {os.getloadavg()[0]:.1f}"
+               + (f", {options.effort} run" if options.effort != "full" else ""))
     missing = runner.missing()
     connector = runner.connector()
     report = "\n\n".join([

@@ -4,9 +4,9 @@
 Two kinds of jobs, and together they check what clang-tidy would check file by file:
 
 - The static analyzer looks at each file alone: what it finds depends on which functions it sees together.
-- All other checks look at a folder's files put together to one: most of their time goes into the headers of Qt,
-  which are then read once a folder and not once a file. Files that cannot stand together (their names clash) are
-  checked one by one, which is slower and nothing else.
+- All other checks look at the files of a target put together to one: most of their time goes into the headers of
+  Qt, which are then read once and not once a file. A name that a file has in common with another one gets
+  a number there; files that cannot stand together all the same go into units of their own.
 
 A job that passed is not done again until its files, a header they really include, the configuration or a tool
 changes.
@@ -24,12 +24,13 @@ import shlex
 import subprocess
 import sys
 import threading
+import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = ROOT / "build" / "lint"
 CACHE = BUILD / "passed"
 FOLDERS = ("src", "sim", "apps", "examples")
-VERSIONED = ("clang-tidy-14", "clang-tidy", "qt6-base-dev", "qt6-serialport-dev", "libcli11-dev", "libstdc++-12-dev")
+VERSIONED = ("clang-tidy-14", "qt6-base-dev", "qt6-serialport-dev", "libcli11-dev", "libstdc++-12-dev")
 
 
 def output(*command):
@@ -41,140 +42,200 @@ def digest(*parts):
     return hashlib.sha256("\0".join(parts).encode()).hexdigest()[:32]
 
 
-class Contents:
-    """Digests of files, each read once."""
+class Sources:
+    """The project's files: their digests, and the project's headers they include, each read once."""
+
+    INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
 
     def __init__(self):
-        self.known = {}
+        self.digests = {}
+        self.direct = {}
 
-    def of(self, path):
-        if path not in self.known:
-            try:
-                self.known[path] = hashlib.sha256((ROOT / path).read_bytes()).hexdigest()
-            except OSError:
-                self.known[path] = "missing"
-        return self.known[path]
+    def digest(self, path):
+        self.read(path)
+        return self.digests[path]
+
+    def read(self, path):
+        if path in self.digests:
+            return
+        try:
+            content = (ROOT / path).read_bytes()
+        except OSError:
+            content = b""
+        self.digests[path] = hashlib.sha256(content).hexdigest()
+        self.direct[path] = [found for name in self.INCLUDE.findall(content.decode())
+                             if (found := self.find(path, name))]
+
+    @staticmethod
+    def find(path, name):
+        """Where a file that another one includes stands, as the build files say."""
+        places = (pathlib.Path(path).parent / name, re.sub("^tnv5/", "src/", name), name)
+        return next((os.path.normpath(place) for place in places if (ROOT / place).is_file()), None)
+
+    def included(self, paths):
+        waiting, found = list(paths), set()
+        while waiting:
+            path = waiting.pop()
+            if path not in found:
+                found.add(path)
+                self.read(path)
+                waiting += self.direct[path]
+        return sorted(found)
 
 
 class Flags:
-    """How the compiler is called for a file: as for the file itself, or for another of its folder."""
+    """How the compiler is called for the files of a folder."""
 
     def __init__(self):
         self.by_folder = {}
         for entry in json.loads((BUILD / "compile_commands.json").read_text(encoding="utf-8")):
             words = shlex.split(entry["command"])
             compiler = next(i for i, word in enumerate(words) if word.endswith("clang++"))
-            words = words[compiler + 1:words.index("-o")]
             folder = os.path.relpath(os.path.dirname(entry["file"]), ROOT)
-            self.by_folder.setdefault(folder, words)
+            self.by_folder.setdefault(folder, tuple(words[compiler + 1:words.index("-o")]))
 
-    def of(self, folder):
+    def of(self, file):
+        folder = os.path.dirname(file)
         if folder not in self.by_folder:
             sys.exit(f"lint: no build target compiles {folder}")
         return self.by_folder[folder]
 
 
 class Job:
-    def __init__(self, name, files, checks, folder):
-        self.name = name
+    """Some checks of a file, or of several put together to one."""
+
+    def __init__(self, files, what, checks):
         self.files = files
+        self.what = what
         self.checks = checks
-        self.folder = folder
+
+    def name(self):
+        return self.files[0] if len(self.files) == 1 else f"{len(self.files)} files of {self.folder()}"
+
+    def folder(self):
+        return os.path.commonpath([os.path.dirname(file) for file in self.files])
 
     def weight(self):
         """Long jobs go first, so that none is left over at the end."""
-        return (len(self.files) > 1, sum((ROOT / file).stat().st_size for file in self.files))
+        return len(self.files), sum((ROOT / file).stat().st_size for file in self.files)
+
+
+def grouped(files, key):
+    groups = {}
+    for file in files:
+        groups.setdefault(key(file), []).append(file)
+    return list(groups.values())
+
+
+class Unit:
+    """Files put together to one; knows which line is whose."""
+
+    def __init__(self, files, flags):
+        self.files = files
+        self.flags = flags
+        self.path = BUILD / "units" / (digest(*files) + ".cpp")
+        self.starts = []
+        self.renamed = {file: set() for file in files}
+
+    def write(self):
+        self.starts, text = [], ""
+        for number, file in enumerate(self.files):
+            self.starts.append(text.count("\n") + 1)
+            content = (ROOT / file).read_text(encoding="utf-8").rstrip("\n") + "\n"
+            for name in self.renamed[file]:
+                content = re.sub(rf"(?<![.>:\w]){name}\b", f"{name}_{number}", content)
+            text += content
+        self.path.write_text(text, encoding="utf-8")
+
+    def compile(self):
+        """Writes the unit; gives the files that cannot stand after those before them. A name that a file has in
+        common with one before it gets another one in this unit."""
+        while True:
+            self.write()
+            errors = subprocess.run(["clang++", *self.flags, "-w", "-fsyntax-only", "-ferror-limit=0", str(self.path)],
+                                    stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False, cwd=ROOT)
+            clashing, known = set(), sum(map(len, self.renamed.values()))
+            for line, text in re.findall(re.escape(str(self.path)) + r":(\d+):\d+: error: (.*)", errors.stdout):
+                file = self.place(int(line))[0]
+                clashing.add(file)
+                if name := re.match(r"(?:redefinition of|conflicting types for) '(\w+)'", text):
+                    self.renamed[file].add(name[1])
+            if sum(map(len, self.renamed.values())) == known:
+                return clashing
+
+    def place(self, line):
+        """Which file a line comes from, and which line of it it is."""
+        number = max(bisect.bisect_right(self.starts, line) - 1, 0)
+        return self.files[number], line - self.starts[number] + 1
+
+    def told(self, report):
+        """A report about the unit, told of the files it was made of."""
+        def place(match):
+            file, line = self.place(int(match[1]))
+            return f"{ROOT / file}:{line}:"
+        return re.sub(re.escape(str(self.path)) + r":(\d+):", place, report)
 
 
 class Lint:
     def __init__(self):
-        checks = output("clang-tidy", "--list-checks").split()
-        self.analyzer = ",".join("-" + check for check in checks
-                                 if "-" in check and not check.startswith("clang-analyzer-"))
-        self.others = "-clang-analyzer-*"
+        self.sources = Sources()
         self.flags = Flags()
-        self.contents = Contents()
-        self.tools = digest(output("dpkg-query", "-W", *VERSIONED), self.contents.of(".clang-tidy"),
-                            self.contents.of("scripts/lint.py"))
+        self.tools = digest(output("dpkg-query", "-W", *VERSIONED), self.sources.digest(".clang-tidy"),
+                            self.sources.digest("scripts/lint.py"))
         self.lock = threading.Lock()
         self.done = 0
         self.total = 0
 
     def jobs(self, files):
-        by_folder = {}
+        checks = output("clang-tidy", "--list-checks").split()
+        others = ",".join("-" + check for check in checks
+                          if "-" in check and not check.startswith("clang-analyzer-"))
+        for together in grouped(files, self.flags.of):
+            yield Job(together, "all other checks", "-clang-analyzer-*")
         for file in files:
-            by_folder.setdefault(os.path.dirname(file), []).append(file)
-        for folder, together in by_folder.items():
-            yield Job(folder or ".", together, self.others, folder)
-            for file in together:
-                yield Job(file, [file], self.analyzer, folder)
+            yield Job([file], "analyzer", others)
 
     def mark(self, job):
-        return CACHE / digest(self.tools, job.name, job.checks)
+        """The file that says that a job passed with the files as they are."""
+        return CACHE / digest(self.tools, job.checks, *self.flags.of(job.files[0]), *job.files,
+                              *(f"{path} {self.sources.digest(path)}" for path in self.sources.included(job.files)))
 
-    def state(self, job, included):
-        return digest(*self.flags.of(job.folder), *job.files,
-                      *(f"{file} {self.contents.of(file)}" for file in sorted({*job.files, *included})))
-
-    def passed_before(self, job):
-        """The mark of a job that passed: what it included then, and the state all of it had."""
-        try:
-            state, *included = self.mark(job).read_text(encoding="utf-8").splitlines()
-        except (OSError, ValueError):
-            return False
-        return state == self.state(job, included)
-
-    def remember(self, job):
-        included = set()
-        for file in job.files:
-            rule = output("clang++", *self.flags.of(job.folder), "-w", "-MM", "-MT", "x", str(ROOT / file))
-            paths = shlex.split(rule.replace("\\\n", " "))[1:]
-            included |= {os.path.relpath(os.path.realpath(path), ROOT) for path in paths}
-        self.mark(job).write_text("\n".join([self.state(job, included), *sorted(included)]), encoding="utf-8")
-
-    def tidy(self, job, path):
-        done = subprocess.run(["clang-tidy", "--quiet", f"--checks={job.checks}", str(path), "--",
-                               *self.flags.of(job.folder)],
+    def tidy(self, files, checks, path):
+        done = subprocess.run(["clang-tidy", "--quiet", f"--checks={checks}", str(path), "--",
+                               *self.flags.of(files[0])],
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, check=False, cwd=ROOT)
         return done.returncode == 0, done.stdout
 
-    def check(self, job):
-        """Whether it is clean, and what clang-tidy says otherwise."""
-        if len(job.files) == 1:
-            return self.tidy(job, ROOT / job.files[0])
-        unit = BUILD / "units" / (job.name.replace("/", "_") + ".cpp")
-        starts, text = [], ""
-        for file in job.files:
-            starts.append(text.count("\n") + 1)
-            text += (ROOT / file).read_text(encoding="utf-8").rstrip("\n") + "\n"
-        unit.write_text(text, encoding="utf-8")
-        clean, report = self.tidy(job, unit)
-        if "clang-diagnostic-error" in report:
-            results = [self.tidy(job, ROOT / file) for file in job.files]
-            return all(clean for clean, _ in results), "".join(report for _, report in results)
-
-        def place(match):
-            line = int(match[1])
-            number = bisect.bisect_right(starts, line) - 1
-            return f"{ROOT / job.files[number]}:{line - starts[number] + 1}:"
-        return clean, re.sub(re.escape(str(unit)) + r":(\d+):", place, report)
+    def check(self, files, checks):
+        """Whether these files are clean, and what clang-tidy says otherwise."""
+        if len(files) == 1:
+            return self.tidy(files, checks, ROOT / files[0])
+        unit = Unit(files, self.flags.of(files[0]))
+        clashing = unit.compile()
+        if not clashing:
+            clean, report = self.tidy(files, checks, unit.path)
+            return clean, unit.told(report)
+        rest = [file for file in files if file not in clashing]
+        apart = [file for file in files if file in clashing]
+        parts = [rest, apart] if rest else [[file] for file in files]
+        results = [self.check(part, checks) for part in parts]
+        return all(clean for clean, _ in results), "".join(report for _, report in results)
 
     def run(self, job):
-        clean, report = self.check(job)
+        began = time.monotonic()
+        clean, report = self.check(job.files, job.checks)
         if clean:
-            self.remember(job)
+            self.mark(job).touch()
         with self.lock:
             self.done += 1
-            what = "analyzer" if job.checks == self.analyzer else "all other checks"
-            print(f"lint: [{self.done}/{self.total}] {job.name}, {what}{'' if clean else ': FAILED'}", flush=True)
-            if not clean:
-                print(report, flush=True)
+            print(f"lint: [{self.done}/{self.total}] {job.name()}, {job.what}, {time.monotonic() - began:.0f} s"
+                  + ("" if clean else f": FAILED\n{report}"), flush=True)
         return clean
 
     def run_all(self, files):
         CACHE.mkdir(parents=True, exist_ok=True)
         (BUILD / "units").mkdir(exist_ok=True)
-        jobs = [job for job in self.jobs(files) if not self.passed_before(job)]
+        jobs = [job for job in self.jobs(files) if not self.mark(job).exists()]
         jobs.sort(key=Job.weight, reverse=True)
         self.total = len(jobs)
         with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:

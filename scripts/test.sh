@@ -1,17 +1,54 @@
 #!/usr/bin/env bash
-# Everything that must pass: formatting, warnings as errors, unit and integration tests, the same under the
-# address and undefined-behaviour sanitizers, fuzz corpora, examples, the demo, and the lint check.
+# Everything that must pass: formatting, warnings as errors with two compilers, unit and integration tests, examples,
+# demo and benchmarks, the same tests and the fuzz targets under the address and undefined-behaviour sanitizers, the
+# installed package, and lint. Tests wait more than they work: they run beside the next build, and lint beside them.
+# Usage: scripts/test.sh
+#        scripts/test.sh --under-load [-n ROUNDS] ...   the tests beside busy loops instead: see scripts/under-load.sh
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
+if [ "${1:-}" = --under-load ]; then
+  shift
+  exec scripts/under-load.sh "$@"
+fi
+
 jobs=$(nproc)
-steps=8
+steps=5
 step=0
 started=$SECONDS
 begin() {
   step=$((step + 1))
   printf '\n=== [%d/%d] %s (%d s so far)\n' "$step" "$steps" "$1" "$((SECONDS - started))"
 }
+
+# Starts a command beside the others; its output carries its name.
+beside=()
+start() {
+  local name=$1
+  shift
+  set -m # a process group of its own, which can be stopped as a whole
+  ("$@" 2>&1 | sed -u "s/^/$name: /") &
+  set +m
+  beside+=($!)
+}
+# Waits for what was started.
+join() {
+  local failed=0
+  for job in "${beside[@]}"; do
+    wait "$job" || failed=1
+  done
+  beside=()
+  [ "$failed" -eq 0 ] || exit 1
+}
+finish() {
+  local result=$?
+  for job in "${beside[@]}"; do
+    kill -- "-$job" 2>/dev/null || true
+  done
+  [ "$result" -eq 0 ] || printf '\nFAILED after %d s, see above.\n' "$((SECONDS - started))"
+}
+trap finish EXIT
+trap 'exit 130' INT TERM HUP
 
 begin "packages"
 scripts/setup.sh
@@ -23,20 +60,16 @@ begin "build"
 cmake --preset dev -Wno-dev >/dev/null
 cmake --build --preset dev -j "$jobs"
 
-begin "tests, examples and demo"
-ctest --preset dev -j "$jobs"
-
-begin "build with sanitizers"
+begin "tests, examples, demo and benchmarks; beside them the build with sanitizers"
+start tests scripts/run-tests.sh dev
 cmake --preset asan -Wno-dev >/dev/null
-cmake --build --preset asan -j "$jobs"
+nice cmake --build --preset asan -j "$jobs"
+join
 
-begin "tests, examples and demo under sanitizers"
-ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 ctest --preset asan -j "$jobs"
-
-begin "installed package"
+begin "tests and fuzz targets under sanitizers, installed package; beside them lint"
+start sanitized scripts/run-tests.sh asan
 scripts/check-install.sh
-
-begin "lint"
-scripts/lint.sh
+nice scripts/lint.sh
+join
 
 printf '\nAll checks passed in %d s.\n' "$((SECONDS - started))"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/source_line.h"
 #include "tnv5/bank/serial_bank_pos.h"
 #include "tnv5/platform/errors.h"
 #include "tnv5/testing/manual_clock.h"
@@ -7,7 +8,6 @@
 
 #include <gtest/gtest.h>
 #include <memory>
-#include <source_location>
 #include <stdexcept>
 #include <utility>
 
@@ -183,7 +183,7 @@ public:
     QStringList take() { return std::exchange(FLines, {}); }
 
     /// Everything since the last call must be these lines.
-    void expect(const QStringList& lines, std::source_location where = std::source_location::current())
+    void expect(const QStringList& lines, TSourceLine where = TSourceLine::current())
     {
         const ::testing::ScopedTrace trace(where.file_name(), int(where.line()), "transcript");
         EXPECT_EQ(lines.join(u'\n').toStdString(), take().join(u'\n').toStdString());

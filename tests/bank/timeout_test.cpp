@@ -19,14 +19,8 @@ class TimeOut : public TBankTest
 protected:
     explicit TimeOut(qint64 startMs = TManualClock::at(9, 0)) : TBankTest() { clock.jumpTo(startMs); }
 
-    void expectTimeOut(std::source_location where = std::source_location::current())
-    {
-        trace.expect({bare("TIMEOUT")}, where);
-    }
-    void expectSilence(std::source_location where = std::source_location::current())
-    {
-        trace.expect({}, where);
-    }
+    void expectTimeOut(TSourceLine where = TSourceLine::current()) { trace.expect({bare("TIMEOUT")}, where); }
+    void expectSilence(TSourceLine where = TSourceLine::current()) { trace.expect({}, where); }
 };
 
 TEST_F(TimeOut, ComesWithTheTickAfterMoreThanTheLimit)

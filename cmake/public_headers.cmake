@@ -1,0 +1,27 @@
+# tnv5_public_headers(result ROOT folder HEADERS header...): which headers a host gets.
+#
+# Those named, those that declare something for Qt's meta-object system (components, their enumerations), and what
+# these include. All others are helpers of the components and stay private.
+function(tnv5_public_headers result)
+  cmake_parse_arguments(ARG "" "ROOT" "HEADERS;NAMED" ${ARGN})
+  set(waiting ${ARG_NAMED})
+  foreach(header IN LISTS ARG_HEADERS)
+    file(STRINGS ${ARG_ROOT}/${header} declared REGEX "^ *(Q_OBJECT|Q_NAMESPACE|Q_GADGET)$" LIMIT_COUNT 1)
+    if(declared)
+      list(APPEND waiting ${header})
+    endif()
+  endforeach()
+  set(public "")
+  while(waiting)
+    list(POP_FRONT waiting header)
+    if(header IN_LIST public)
+      continue()
+    endif()
+    list(APPEND public ${header})
+    file(STRINGS ${ARG_ROOT}/${header} includes REGEX "^#include \"tnv5/.*\"")
+    list(TRANSFORM includes REPLACE "^#include \"tnv5/(.*)\".*" "\\1")
+    list(APPEND waiting ${includes})
+  endwhile()
+  list(SORT public)
+  set(${result} ${public} PARENT_SCOPE)
+endfunction()
