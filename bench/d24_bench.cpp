@@ -66,7 +66,7 @@ void StackPass(benchmark::State& state)
 
 BENCHMARK(StackPass)
     ->ArgNames({"idle", "entries"})
-    ->ArgsProduct({{Open, OpenReported, NewUndecided}, {1, 10, 100, 1000, 10'000}});
+    ->ArgsProduct({{Open, OpenReported, NewUndecided}, {1, 10, 100, 1000, 4'096}});
 
 } // namespace
 

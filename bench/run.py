@@ -21,6 +21,7 @@ READS = ((4096, 300, "4 KiB reads, 300 gates"), (112, 8, "112-byte reads, 8 gate
 HANDLERS = ("no handlers", "decision only", "all handlers")
 IDLE = ("OPEN, acknowledged", "OPEN, with `OnCheckStatus`", "NEW, unanswered")
 IDLE_NETWORKED = ("OPEN", "OPEN, with `OnCheckStatus`", "NEW, host undecided")
+JOBS = ("off", "on", "on, with `OnCheckStatus`")
 CONNECTOR = (("PingsReceived", "pings received, answered and routed"),
              ("CardsReceived", "card lines received and routed"),
              ("RelayCommandsSent", "relay commands sent"),
@@ -114,6 +115,18 @@ class Runner:
             costs[idle, entries] = row["per_entry"] * 1e9
         return costs
 
+    def relays(self):
+        """What a sweep costs a job, and the lines of boards a second."""
+        progress("relays on time")
+        costs, rates = {}, {}
+        for row in self.google(".", self.amount(0.001, 0.1, 0.5), "switch_bench"):
+            name, numbers = row["name"].split("/")[0], re.findall(r":(\d+)", row["name"])
+            if name == "Sweep":
+                costs[tuple(map(int, numbers))] = row["per_job"] * 1e9
+            else:
+                rates[name, int(numbers[0])] = row["items_per_second"]
+        return costs, rates
+
     def connector(self):
         """Median rates of the connector and its peers, the programs taking turns."""
         rounds, seconds = self.amount((1, 0.001), (2, 0.1), (5, 0.25))
@@ -148,7 +161,7 @@ class Runner:
 
     def coffee(self):
         """Median texts and bare blocks per second, taking turns."""
-        rounds, seconds = (2, 0.1) if self.quick else (5, 0.25)
+        rounds, seconds = self.amount((1, 0.001), (2, 0.1), (5, 0.25))
         found = {}
         for number in range(rounds):
             progress(f"texts for the coffee machine, round {number + 1} of {rounds}")
@@ -213,7 +226,14 @@ def pass_table(title, columns, costs):
     rows = [[f"{entries:,}"] + [f"{costs[idle, entries]:.0f} ns" for idle in range(len(columns))]
             for entries in sizes]
     return (table([title, *columns], rows)
-            + f"\n\nAim: at most 500 ns an idle entry: {met(max(costs.values()) <= 500)}.")
+            + f"\n\nAim: at most 500 ns for each: {met(max(costs.values()) <= 500)}.")
+
+
+def relays_table(costs, rates):
+    rows = [[{"Poll": "asked for their relays", "Answers": "answers taken in"}[name], f"{boards:,}", f"{rate:,.0f}"]
+            for (name, boards), rate in rates.items()]
+    return (pass_table("Relays on time: jobs, cost of each", JOBS, costs)
+            + "\n\n" + table(["Relay boards", "boards", "boards a second"], rows))
 
 
 def connector_table(rates):
@@ -308,6 +328,7 @@ def main():
         pass_table("Entries in the table, cost of each", IDLE, runner.passes()),
         pass_table("Networked gates: entries in the table, cost of each", IDLE_NETWORKED,
                    runner.passes("d24_bench")),
+        relays_table(*runner.relays()),
         connector_table(connector),
         check_table(connector),
         scales_table(*runner.scales()),

@@ -175,7 +175,7 @@ BENCHMARK(CardLines)
     ->ArgsProduct({{NoHandlers, DecisionOnly, AllHandlers}, {kOneLinePerGate}, {kUsualGates}});
 BENCHMARK(StackPass)
     ->ArgNames({"idle", "entries"})
-    ->ArgsProduct({{OpenAcknowledged, OpenReported, NewUnanswered}, {1, 10, 100, 1000, 10'000}});
+    ->ArgsProduct({{OpenAcknowledged, OpenReported, NewUnanswered}, {1, 10, 100, 1000, 4'096}});
 
 int writeReads(char** args)
 {
