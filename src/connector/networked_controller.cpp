@@ -89,17 +89,14 @@ bool TNetworkedController::takeLine(const QString& line)
     return false;
 }
 
-void TNetworkedController::DevicePing(const QString& IP, const QString& Device, const QString& DeviceType)
+PDevicelist TNetworkedController::notePing(const QString& ip, const QString& device, const QString& deviceType)
 {
-    Operation([&] {
-        PDevicelist entry = FDeviceList.at(FDeviceList.find(IP, Device));
-        if (entry) {
-            entry->Pingtime = platform::TimeOfDay();
-        } else {
-            entry = FDeviceList.add(IP, Device, DeviceType);
-        }
-        reportPing(*entry, kPing);
-    });
+    const PDevicelist known = FDeviceList.at(FDeviceList.find(ip, device));
+    if (!known) {
+        return FDeviceList.add(ip, device, deviceType);
+    }
+    known->Pingtime = platform::TimeOfDay();
+    return known;
 }
 
 void TNetworkedController::refreshPing(QStringView ip, QStringView device)

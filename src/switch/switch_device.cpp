@@ -275,6 +275,15 @@ void TSwitchDevice::echoJob(const QString& name, const TRFidInfo& job)
     }
 }
 
+// A board is reported as its ping tells, whatever its entry says; intended.
+void TSwitchDevice::DevicePing(const QString& IP, const QString& Device, const QString& DeviceType)
+{
+    Operation([this, told = connector::TDevicelist{IP, Device, DeviceType}] {
+        notePing(told.IP, told.Device, told.DeviceType);
+        reportPing(told, connector::kPing);
+    });
+}
+
 void TSwitchDevice::reportPing(const connector::TDevicelist& board, const QString& word)
 {
     showStatus(common::kStack, board.Device, QString(), word, word);

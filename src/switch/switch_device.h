@@ -64,6 +64,7 @@ public:
     /// "RELAYONOFF", "STATUS", "STATUSSHORT" or "CARDNUMBER"; empty for any other key.
     static QString ParseMessage(const QString& AMess, const QString& AKey);
 
+    void DevicePing(const QString& IP, const QString& Device, const QString& DeviceType) override;
     /// Does nothing; kept for hosts that share code with the other controllers.
     void UpdatePing(const QString& IP, const QString& Device, const QString& DeviceType);
 

@@ -46,6 +46,16 @@ TEST_F(Liveness, ATypeThatIsNoneIsT)
     EXPECT_EQ(device->DeviceList().at(0)->DeviceType, "T");
 }
 
+TEST_F(Liveness, AReportTellsWhatThePingTold)
+{
+    device->DevicePing(kLink, kBoard, "G");
+    trace.take();
+    serve();
+    device->DevicePing(kLink, kBoard, "I");
+    EXPECT_EQ(device->DeviceList().at(0)->DeviceType, "G"); // the entry stays
+    trace.expect({noted(kBoard, "PING"), monitor("STATUS!STACK!0.0.0.0!000A!I!!PING!PING&")});
+}
+
 TEST_F(Liveness, LinkAndAddressTogetherAreABoard)
 {
     inject("#0.0.0.0:000APING5A");
