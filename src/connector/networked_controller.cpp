@@ -89,7 +89,8 @@ bool TNetworkedController::takeLine(const QString& line)
     return false;
 }
 
-PDevicelist TNetworkedController::notePing(const QString& ip, const QString& device, const QString& deviceType)
+PDevicelist TNetworkedController::notePing(const QString& ip, const QString& device,
+                                           const QString& deviceType)
 {
     const PDevicelist known = FDeviceList.at(FDeviceList.find(ip, device));
     if (!known) {

@@ -11,7 +11,8 @@ constexpr std::size_t kMostRecords = 16'384;
 } // namespace
 
 TModelSwitch::TModelSwitch(TModelWorld& world, bool designing, TFarEnd& farEnd, const TFormat& format)
-    : TModelController(world, designing, farEnd, true), FFormat(format),
+    : TModelController(world, designing, farEnd, true),
+      FFormat(format),
       FStackTimer(world, 3000, [this] { p_hw_CallStackArray(); }),
       FPingTimer(world, 2000, [this] { DevicePingTime(this); }),
       FCheckTimer(world, 2000, [this] { p_hw_CheckStatusAll(); })
@@ -222,8 +223,7 @@ void TModelSwitch::ownReport(const QString& text)
             hit<"SS: neither">();
         }
     } else {
-        const bool known =
-            code == "ET" || code == "RQ" || code == "PR" || code == "GR" || code == "FK";
+        const bool known = code == "ET" || code == "RQ" || code == "PR" || code == "GR" || code == "FK";
         either<"code known and ignored", "code unknown">(known);
     }
 }
@@ -259,8 +259,7 @@ PJob TModelSwitch::StackItem(int index) const
 
 int TModelSwitch::find(const QString& device, const QString& relay) const
 {
-    return firstIndex(FJobs,
-                      [&](const PJob& job) { return job->Device == device && job->Relay == relay; });
+    return firstIndex(FJobs, [&](const PJob& job) { return job->Device == device && job->Relay == relay; });
 }
 
 int TModelSwitch::findOrCreate(const QString& ip, const QString& device, const QString& relay)

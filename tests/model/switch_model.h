@@ -33,7 +33,8 @@ struct TFormat
     std::optional<qint64> read(const QString& text) const;
 };
 
-/// Relay boards told a second time, plainly, on the model of a connector. Its names are those of the component.
+/// Relay boards told a second time, plainly, on the model of a connector. Its names are those of the
+/// component.
 class TModelSwitch final : public TModelController
 {
 public:

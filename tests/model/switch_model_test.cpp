@@ -30,8 +30,10 @@ class TSwitchStage final : public TStage
     using TOther = std::conditional_t<World::isModel, TModel, platform::TComponent>;
 
 public:
-    explicit TSwitchStage(quint64 seed) : TStage(seed, kStepNames), ground(*this, startMs(25, 60'000)),
-                                          FFilled(seed % kOneIsFilled == kOneIsFilled - 1)
+    explicit TSwitchStage(quint64 seed)
+        : TStage(seed, kStepNames),
+          ground(*this, startMs(25, 60'000)),
+          FFilled(seed % kOneIsFilled == kOneIsFilled - 1)
     {
         FWild = {FTemper.pick({0, 0, 15, 50}), FTemper.pick({0, 0, 8, 25})};
         FSendsRaise = FTemper.below(3) == 0 ? 150 : 0;
@@ -45,7 +47,9 @@ public:
         FFarEnd.toClient = [this](const QByteArray& bytes) {
             answer("monitor " + shown(bytes), FDice.below(4) == 0 ? FWild : TTemper{});
         };
-        FFarEnd.toServer = FFarEnd.toClient;
+        FFarEnd.toServer = [this](const QByteArray& bytes) {
+            answer("forwards " + shown(bytes), {FWild.nested, FWild.raising > 0 ? 100 : 0});
+        };
         ground.perform({NewPort, {}, 0});
         for (std::size_t i = 0; i < kLinks; ++i) {
             makeLink(i);
@@ -76,7 +80,7 @@ public:
 
     TStep any(TDice& d, bool inside) override
     {
-        TWords say{d, ground.now()};
+        TWords say = words(d);
         if (!FFilled) {
             return say.any(inside, FMayDestroy);
         }
@@ -139,18 +143,29 @@ protected:
         note(QStringLiteral("%1 jobs, %2 boards").arg(jobs).arg(boards));
         for (int i = qMax(0, jobs - kShownRecords); i < jobs; ++i) {
             const auto& job = *FSwitch->StackItem(i);
-            note(QStringList{"job", job.IP, job.Device, job.Relay, job.Status, job.StatusDevice, inMs(job.Starttime),
-                             inMs(job.Finishtime)}
+            note(QStringList{"job", job.IP, job.Device, job.Relay, job.Status, job.StatusDevice,
+                             inMs(job.Starttime), inMs(job.Finishtime)}
                      .join('!'));
         }
         for (int i = qMax(0, boards - kShownRecords); i < boards; ++i) {
             const auto& board = *FSwitch->DeviceList().at(i);
-            note(QStringList{"board", board.IP, board.Device, board.DeviceType, inMs(board.Pingtime)}.join('!'));
+            note(QStringList{"board", board.IP, board.Device, board.DeviceType, inMs(board.Pingtime)}.join(
+                '!'));
         }
     }
 
 private:
     static QString inMs(double days) { return QString::number(std::llround(days * kMsPerDay)); }
+
+    TWords words(TDice& dice) const
+    {
+        TWords say{dice, ground.now()};
+        if (FSwitch && FSwitch->StackItemsCount() > 0 && dice.chance(60)) {
+            const auto job = FSwitch->StackItem(dice.below(qMin(4, FSwitch->StackItemsCount())));
+            say.job = {job->Device, job->Relay};
+        }
+        return say;
+    }
 
     void answer(const QString& what, const TTemper& how)
     {
@@ -175,7 +190,8 @@ private:
             return FSwitch->property("Server").toString() + FSwitch->property("Port").toString() + " by name";
         } else {
             const auto& client = ground.world.network.client(0);
-            return client.Host() + QString::number(client.Port()) + (client.ResolvesNames() ? " by name" : "");
+            return client.Host() + QString::number(client.Port()) +
+                   (client.ResolvesNames() ? " by name" : "");
         }
     }
 
@@ -223,7 +239,7 @@ private:
         }
         if (FWild.nested > 0 && FDice.below(6) == 0 && depth() < 3) {
             const bool leaves = FDice.chance(50);
-            nest(TWords{FDice, ground.now()}.disturbing(FMayDestroy), leaves);
+            nest(words(FDice).disturbing(FMayDestroy), leaves);
         } else {
             react(FWild);
         }
@@ -371,22 +387,21 @@ private:
                                                  const auto& status, const auto& actual, QVariant& wanted) {
                                       tell("new", number, sender, {device, relay, status, actual, wanted});
                                       if (!FDice.chance(15)) {
-                                          wanted = TWords{FDice, ground.now()}.wish();
+                                          wanted = words(FDice).wish();
                                       }
                                       react(FWild);
                                   });
         default:
-            return TStage::assign(it, &TSwitch::SetOnCheckSQL, number,
-                                  [this, number](auto* sender, const auto& device, const auto& relay,
-                                                 const auto& status, const auto& actual, const auto& mode,
-                                                 QVariant& result) {
-                                      tell("question", number, sender,
-                                           {device, relay, status, actual, mode, result});
-                                      if (!FDice.chance(15)) {
-                                          result = TWords{FDice, ground.now()}.answer(QVariant(mode).toInt());
-                                      }
-                                      react(FWild);
-                                  });
+            return TStage::assign(
+                it, &TSwitch::SetOnCheckSQL, number,
+                [this, number](auto* sender, const auto& device, const auto& relay, const auto& status,
+                               const auto& actual, const auto& mode, QVariant& result) {
+                    tell("question", number, sender, {device, relay, status, actual, mode, result});
+                    if (!FDice.chance(15)) {
+                        result = words(FDice).answer(QVariant(mode).toInt());
+                    }
+                    react(FWild);
+                });
         }
     }
 
@@ -417,10 +432,10 @@ private:
 
 TEST(SwitchModel, PlaysLikeTheComponent)
 {
-    compare<TSwitchStage>(500, kOnlyWithPositions +
-                            QStringList{"link: *", "port: a splitter leaves during a read",
-                                        "port: an error that nobody takes", "splitter: packet too long",
-                                        "splitter: attaching throws half a packet away"});
+    compare<TSwitchStage>(
+        500, kOnlyWithPositions + QStringList{"link: *", "port: a splitter leaves during a read",
+                                              "port: an error that nobody takes", "splitter: packet too long",
+                                              "splitter: attaching throws half a packet away"});
 }
 
 } // namespace tnv5::switching::model

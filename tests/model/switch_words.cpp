@@ -13,11 +13,17 @@ QString TWords::ip()
 
 QString TWords::device()
 {
+    if (!job.isEmpty()) {
+        return job[0];
+    }
     return dice.text({"000A", "000A", "000A", "000B", "000B", "012A", "012G", "003I", "0ПИЯ", "00A"});
 }
 
 QString TWords::relay()
 {
+    if (!job.isEmpty()) {
+        return job[1];
+    }
     return dice.text({"1", "1", "1", "2", "2", "3", "4", "5", "6", "0", "", "12", "x", "١"});
 }
 
@@ -34,7 +40,8 @@ qint64 TWords::moment()
     }
     const qint64 seconds = dice.pick({0, 1, 2, 3, 3, 6, 14, 15, 16, 30, 60, 61, 120, 3'600, 40'000});
     const qint64 days = dice.pick({0, 0, 0, 0, 1, -1, 3}) * kMsPerDay;
-    return qMax<qint64>(0, now + days + dice.pick({1, 1, -1}) * seconds * 1'000 + dice.pick({-1, 0, 0, 1, 500}));
+    return qMax<qint64>(0,
+                        now + days + dice.pick({1, 1, -1}) * seconds * 1'000 + dice.pick({-1, 0, 0, 1, 500}));
 }
 
 QString TWords::written(qint64 ms)
@@ -52,31 +59,67 @@ QString TWords::time()
     if (dice.chance(60)) {
         return written(moment());
     }
-    return dice.text({"",           "0",           "29.2.2023",   "29.2.2024",    "31.4.2026",  "29.02.1900",
-                      "29.2.00",    "1.13.2026",   "0.1.2026",    "1.0.26",       "32.1.2026",  "1.1.0000",
-                      "1.1.0001",   "31.12.9999",  "24:00",       "23:60",        "23:59:60",   "0:0:0",
-                      "00:00",      "1:2:3.4",     "1:2:3.45",    "1:2:3.4567",   "1:2:3.",     "001:02",
-                      "1.1.2026 ",  "1.1.2026 24:0", " 12:05:00 ", "12:05:00A4",   "1.1.026",    "01.01.2026\t1:1",
-                      "١.1.2026",   "2026-13-01",  "2026-02-29",  "0000-01-01",   "-1.1.2026",  "1.1.2026 1:1 1:1",
-                      "@46027000",  "@0",          "@3976819200001", "+1:1",      "12:5:0.999", "23:59:59.9999"});
+    return dice.text({"",
+                      "0",
+                      "29.2.2023",
+                      "29.2.2024",
+                      "31.4.2026",
+                      "29.02.1900",
+                      "29.2.00",
+                      "1.13.2026",
+                      "0.1.2026",
+                      "1.0.26",
+                      "32.1.2026",
+                      "1.1.0000",
+                      "1.1.0001",
+                      "31.12.9999",
+                      "24:00",
+                      "23:60",
+                      "23:59:60",
+                      "0:0:0",
+                      "00:00",
+                      "1:2:3.4",
+                      "1:2:3.45",
+                      "1:2:3.4567",
+                      "1:2:3.",
+                      "001:02",
+                      "1.1.2026 ",
+                      "1.1.2026 24:0",
+                      " 12:05:00 ",
+                      "12:05:00A4",
+                      "1.1.026",
+                      "01.01.2026\t1:1",
+                      "١.1.2026",
+                      "2026-13-01",
+                      "2026-02-29",
+                      "0000-01-01",
+                      "-1.1.2026",
+                      "1.1.2026 1:1 1:1",
+                      "@46027000",
+                      "@0",
+                      "@3976819200001",
+                      "+1:1",
+                      "12:5:0.999",
+                      "23:59:59.9999"});
 }
 
 QString TWords::ownReport()
 {
-    const QString code = dice.text({"SS", "SS", "SS", "SS", "SS", "SS", "900", "9009", "ET", "RQ12345678", "PR",
-                                    "GR", "FK", "ss", "90", "XX", ""});
+    const QString code = dice.text({"SS", "SS", "SS", "SS", "SS", "SS", "SS", "SS", "900", "9009", "ET",
+                                    "RQ12345678", "PR", "GR", "FK", "ss", "90", "XX", ""});
     QString body = code;
     if (code == "SS") {
-        body += relay() + dice.text({"N", "N", "N", "F", "F", "n", "Y", ""}) + time();
+        body += relay() + dice.text({"N", "N", "N", "N", "F", "F", "n", ""}) + time();
     }
     return '$' + ip() + ':' + device() + body + (code == "SS" ? QString() : dice.text({"00", "A4", ""}));
 }
 
 QString TWords::connectorLine()
 {
-    const QString word = dice.text({"RELAY", "RELAY", "RELAY", "RELAY", "PING", "PING", "PING", "ping", "Ping",
-                                    "DC", "cc", "BTPH", "PINGX", " PING", "relay1Y", ""});
-    const QString state = word == "RELAY" ? relay() + dice.text({"Y", "Y", "N", "N", "y", ""}) : QString();
+    const QString word = dice.text({"RELAY", "RELAY", "RELAY", "RELAY", "RELAY", "RELAY", "PING", "PING",
+                                    "ping", "Ping", "DC", "cc", "BTPH", "PINGX", " PING", "relay1Y", ""});
+    const QString state =
+        word == "RELAY" ? relay() + dice.text({"Y", "Y", "Y", "N", "N", "N", "y", ""}) : QString();
     return '#' + ip() + ':' + device() + word + state + dice.text({"00", "00", "00", "4F", ""});
 }
 
@@ -97,9 +140,28 @@ QString TWords::spoilt(QString line)
     case 5:
         return line + QString(dice.pick({1, 90, 92, 93, 300}), dice.pick({u' ', u'x', u'0'}));
     case 6:
-        return dice.text({"", "$", "#", ":", "$:", "#:", "x", "$a", "#0.0.0.0:", "#RELAY", "$RELAY1Y",
-                          "#RELAY1Y00", "#0.0.0.0:000ARELAY", "#0.0.0.0:000ARELAY1", "$:000ASS", "#PING00",
-                          "##PI", "$SS1F", "$a00SS1F", "%0.0.0.0:000ARELAY1Y00", "#:000APING00", "#:PING00"});
+        return dice.text({"",
+                          "$",
+                          "#",
+                          ":",
+                          "$:",
+                          "#:",
+                          "x",
+                          "$a",
+                          "#0.0.0.0:",
+                          "#RELAY",
+                          "$RELAY1Y",
+                          "#RELAY1Y00",
+                          "#0.0.0.0:000ARELAY",
+                          "#0.0.0.0:000ARELAY1",
+                          "$:000ASS",
+                          "#PING00",
+                          "##PI",
+                          "$SS1F",
+                          "$a00SS1F",
+                          "%0.0.0.0:000ARELAY1Y00",
+                          "#:000APING00",
+                          "#:PING00"});
     default:
         return line.replace(0, 1, dice.text({"%", "#", "$"}));
     }
@@ -128,15 +190,16 @@ QByteArray TWords::wire()
 QVariant TWords::answer(int mode)
 {
     if (dice.chance(10)) {
-        return dice.pick<QVariant>({"abc", QVariant(), "1", "0", " 1", true, false, 1.0, 0.0, 0.6, 1.4, qint64(1),
-                                    "", "2147483648", 2});
+        return dice.pick<QVariant>({"abc", QVariant(), "1", "0", " 1", true, false, 1.0, 0.0, 0.6, 1.4,
+                                    qint64(1), "", "2147483648", 2});
     }
     return mode == 2 ? dice.pick({1, 0, 0, 0, -1, 2}) : dice.pick({1, 1, 1, 1, 0, 0, -1, 2});
 }
 
 QVariant TWords::wish()
 {
-    return dice.pick<QVariant>({"ON", "ON", "ON", "ON", "OFF", "OFF", "NONE", "on", "", QVariant(), 1, "Да&!"});
+    return dice.pick<QVariant>(
+        {"ON", "ON", "ON", "ON", "OFF", "OFF", "NONE", "on", "", QVariant(), 1, "Да&!"});
 }
 
 // ---- steps
@@ -145,7 +208,8 @@ TStep TWords::lineSomehow()
 {
     const QString text = line();
     const TStep onLink{LinkLine, {text}, dice.pick({0, 0, 0, 0, 1, 2})};
-    return dice.pick({TStep{Line, {text}}, TStep{ConnectorData, {text}}, fed(dice, 0, wire()), onLink, onLink});
+    return dice.pick(
+        {TStep{Line, {text}}, TStep{ConnectorData, {text}}, fed(dice, 0, wire()), onLink, onLink});
 }
 
 TStep TWords::pass(bool inside)
@@ -157,8 +221,8 @@ TStep TWords::pass(bool inside)
 TStep TWords::property()
 {
     const int which = dice.pick({0, 0, 1, 2, 3, 4, 4});
-    const int values[] = {dice.pick({15, 15, 1, 0, -1, 2, 3, 86'000, 2'147'483'647}), dice.below(9), dice.below(9),
-                          dice.pick({0, 5'000, -1}), dice.pick({0, 0, 0, 1, 1, 1, 2, 7})};
+    const int values[] = {dice.pick({15, 15, 1, 0, -1, 2, 3, 86'000, 2'147'483'647}), dice.below(9),
+                          dice.below(9), dice.pick({0, 5'000, -1}), dice.pick({0, 0, 0, 1, 1, 1, 2, 7})};
     return dice.chance(10) ? TStep{ServerName, {dice.text({"", "10.0.0.1", "касса"})}}
                            : TStep{Number, {}, which, values[which]};
 }
@@ -175,8 +239,8 @@ TStep TWords::linkStep(bool inside)
 
 TStep TWords::editJob()
 {
-    const int field = dice.pick<int>({jfStatus, jfStatus, jfStatus, jfStatusDevice, jfStatusDevice, jfStatusDevice,
-                                      jfDevice, jfRelay, jfIp, jfStart, jfFinish, jfFinish});
+    const int field = dice.pick<int>({jfStatus, jfStatus, jfStatus, jfStatusDevice, jfStatusDevice,
+                                      jfStatusDevice, jfDevice, jfRelay, jfIp, jfStart, jfFinish, jfFinish});
     const QString text = field <= jfStatusDevice ? state()
                          : field == jfDevice     ? device()
                          : field == jfRelay      ? relay()
@@ -211,13 +275,15 @@ TStep TWords::oddment()
                                    "RELAYONOFF", "STATUS", "STATUSSHORT", "CARDNUMBER", "ip", ""});
     const qint64 first = moment();
     const int seconds = dice.pick({0, 1, 2, 15, 60, -1});
-    const qint64 second = first + dice.pick({-1, 1}) * (seconds + dice.below(2)) * 1'000LL + dice.between(-1, 1);
+    const qint64 second =
+        first + dice.pick({-1, 1}) * (seconds + dice.below(2)) * 1'000LL + dice.between(-1, 1);
     const TStep parse{Parse, {dice.chance(50) ? line() : spoilt(line()), key}};
     const TStep between{Between, {}, first, qMax<qint64>(second, 0), seconds};
     const TStep compare{Compare, {}, first, dice.chance(30) ? first + kMsPerDay : moment()};
     const TStep show{Show, {"NAME", device(), relay(), state(), "ПУТЬ&!"}, dice.below(3)};
     return dice.pick({parse, parse, between, between, compare, show, TStep{AskConnected}, TStep{PingTime},
-                      TStep{ToMonitor}, TStep{NoEffect}, TStep{Send, {dice.text({"HW0.0.0.0:000A", "", "x"})}},
+                      TStep{ToMonitor}, TStep{NoEffect},
+                      TStep{Send, {dice.text({"HW0.0.0.0:000A", "", "x"})}},
                       TStep{Format, {}, dice.chance(30)}});
 }
 

@@ -18,7 +18,7 @@ TNV5_STEPS(Destroy, Assign,    // handler `b` of event `a`, 0 none
            NewLink,            // link `a` is destroyed, another one takes its place
            Line, ConnectorData, Parse, Find, CheckStatus, Sweep, Ask, Relay, StatusAll, Send, Compare,
            Between, Show, ToMonitor, Ping, PingFind, PingTime, NoEffect, AskConnected,
-           Fill)         // the tables, nearly
+           Fill) // the tables, nearly
 
 enum EEvent { evLog, evError, evStatus, evQuestion, evNewItem, kEvents };
 constexpr const char* kNumbers[] = {"pingdelay", "TimeDelayOpen", "TimeOut", "Port", "RemoutDevice"};
@@ -28,7 +28,8 @@ enum EJobField { jfStatus, jfStatusDevice, jfDevice, jfRelay, jfIp, jfStart, jfF
 struct TWords
 {
     TDice& dice;
-    qint64 now; ///< ms
+    qint64 now;        ///< ms
+    QStringList job{}; ///< board and relay of a job to speak of; none: any
 
     /// A step near what matters; `inside`: one that a handler may do.
     TStep any(bool inside, bool mayDestroy);
