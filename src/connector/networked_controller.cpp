@@ -59,7 +59,7 @@ QVariantList TNetworkedController::DeviceListValues() const
 {
     QVariantList values;
     for (int index = 0; index < FDeviceList.size(); ++index) {
-        const PDevicelist entry = FDeviceList.at(index);
+        const RDeviceList entry = FDeviceList.at(index);
         values << QVariantMap{{QStringLiteral("IP"), entry->IP},
                               {QStringLiteral("Device"), entry->Device},
                               {QStringLiteral("DeviceType"), entry->DeviceType},
@@ -89,10 +89,10 @@ bool TNetworkedController::takeLine(const QString& line)
     return false;
 }
 
-PDevicelist TNetworkedController::notePing(const QString& ip, const QString& device,
+RDeviceList TNetworkedController::notePing(const QString& ip, const QString& device,
                                            const QString& deviceType)
 {
-    const PDevicelist known = FDeviceList.at(FDeviceList.find(ip, device));
+    const RDeviceList known = FDeviceList.at(FDeviceList.find(ip, device));
     if (!known) {
         return FDeviceList.add(ip, device, deviceType);
     }
@@ -102,7 +102,7 @@ PDevicelist TNetworkedController::notePing(const QString& ip, const QString& dev
 
 void TNetworkedController::refreshPing(QStringView ip, QStringView device)
 {
-    if (const PDevicelist entry = FDeviceList.at(FDeviceList.find(ip, device))) {
+    if (const RDeviceList entry = FDeviceList.at(FDeviceList.find(ip, device))) {
         entry->Pingtime = platform::TimeOfDay();
     }
 }
@@ -113,7 +113,7 @@ void TNetworkedController::DevicePingTime(TComponent* Sender)
     Operation([this] {
         const int count = FDeviceList.size();
         for (int index = 0; index < count; ++index) {
-            const PDevicelist entry = FDeviceList.at(index);
+            const RDeviceList entry = FDeviceList.at(index);
             if (common::ElapsedMoreThan(entry->Pingtime, platform::TimeOfDay(), fpingdelay)) {
                 reportPing(*entry, kNoPing);
             }

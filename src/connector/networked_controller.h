@@ -56,7 +56,7 @@ protected:
     /// Reports a board of the liveness table with a word.
     virtual void reportPing(const TDevicelist& board, const QString& word) = 0;
     /// Notes a board that pings as alive, and as known. @return its entry
-    PDevicelist notePing(const QString& ip, const QString& device, const QString& deviceType);
+    RDeviceList notePing(const QString& ip, const QString& device, const QString& deviceType);
     /// Notes a known board as alive.
     void refreshPing(QStringView ip, QStringView device);
 

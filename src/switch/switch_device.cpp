@@ -35,7 +35,7 @@ TSwitchDevice::TSwitchDevice(QObject* AOwner)
     }
     CheckTime = std::make_unique<platform::TTimer>();
     CheckTime->SetInterval(kCheckIntervalMs);
-    CheckTime->OnTimer = [this](platform::TTimer*) { p_hw_CheckStatusAll(); };
+    CheckTime->OnTimer = [this](platform::TTimer* sender) { OnCheckTimer(sender); };
     CheckTime->SetEnabled(true);
 }
 
@@ -201,11 +201,17 @@ bool TSwitchDevice::p_hw_CheckStatusAll()
         }
         const int count = DeviceList().size();
         for (int index = 0; index < count; ++index) {
-            const connector::PDevicelist board = DeviceList().at(index);
+            const connector::RDeviceList board = DeviceList().at(index);
             SendCommandToConnector(QStringLiteral("HW") + board->IP + u':' + board->Device);
         }
     });
     return true;
+}
+
+void TSwitchDevice::OnCheckTimer(TComponent* Sender)
+{
+    Q_UNUSED(Sender)
+    p_hw_CheckStatusAll();
 }
 
 void TSwitchDevice::SendCommandToConnector(const QString& Cmd)

@@ -89,6 +89,8 @@ public:
     bool p_hw_SendComCommand(int yesnot);
     /// Asks every board that has pinged for the state of its relays. Always true.
     bool p_hw_CheckStatusAll();
+    /// The same, every two seconds.
+    void OnCheckTimer(TComponent* Sender);
     /// Sends a short command through the connector, if there is one.
     void SendCommandToConnector(const QString& Cmd);
 
