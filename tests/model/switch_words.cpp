@@ -16,7 +16,8 @@ QString TWords::device()
     if (!job.isEmpty()) {
         return job[0];
     }
-    return dice.text({"000A", "000A", "000A", "000B", "000B", "012A", "012G", "003I", "0ПИЯ", "00A"});
+    return dice.text(
+        {"000A", "000A", "000A", "000B", "000B", "012A", "012G", "003I", "0ПИЯ", "00A", "000AA", ""});
 }
 
 QString TWords::relay()

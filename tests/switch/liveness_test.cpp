@@ -83,6 +83,34 @@ TEST_F(Liveness, ASilentBoardIsReportedAtEveryTick)
     EXPECT_EQ(device->DeviceList().size(), 1);
 }
 
+TEST_F(Liveness, SilentIsMoreThanTheDelayInWholeSeconds)
+{
+    device->DevicePing(kLink, kBoard, "T");
+    for (const int delay : {0, 1, 15, 60}) {
+        device->Setpingdelay(delay);
+        device->DevicePing(kLink, kBoard, "T");
+        trace.take();
+        clock.jumpTo(clock.nowMs() + (delay + 1) * 1'000 - 1);
+        device->DevicePingTime(nullptr);
+        trace.expect({});
+        clock.jumpTo(clock.nowMs() + 1);
+        device->DevicePingTime(nullptr);
+        trace.expect({noted(kBoard, "NOPING")});
+    }
+}
+
+TEST_F(Liveness, OfEqualEntriesTheLastOneIsMeant)
+{
+    device->DevicePing(kLink, kBoard, "T");
+    device->DevicePing(kLink, "000B", "T");
+    device->DeviceList().at(1)->Device = kBoard;
+    EXPECT_EQ(device->DevicePingFind(kLink, kBoard), 1);
+    const double before = device->DeviceList().at(0)->Pingtime;
+    device->DevicePing(kLink, kBoard, "T");
+    EXPECT_EQ(device->DeviceList().at(0)->Pingtime, before);
+    EXPECT_DOUBLE_EQ(device->DeviceList().at(1)->Pingtime, 0.5);
+}
+
 TEST_F(Liveness, AFreshEntryIsSilentUntilItsSecondPing)
 {
     device->DevicePing(kLink, kBoard, "T");
