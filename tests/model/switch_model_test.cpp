@@ -54,7 +54,7 @@ public:
         for (std::size_t i = 0; i < kLinks; ++i) {
             makeLink(i);
         }
-        makeSwitch(FTemper.below(40) == 0);
+        makeSwitch(FTemper.below(40) == 0 && !FFilled);
     }
     ~TSwitchStage() override { setFormat(false); }
 
