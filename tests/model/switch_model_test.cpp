@@ -21,6 +21,16 @@ constexpr std::size_t kWithPort = 2; // the other links answer as the host says
 constexpr int kShownRecords = 30;
 constexpr int kFull = 16'384;
 constexpr quint64 kOneIsFilled = 400; // of so many scenarios, one begins with tables that are nearly full
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TNV5_SLOW // filling takes minutes there, and the unit tests do it
+#endif
+#endif
+#ifdef TNV5_SLOW
+constexpr bool kFills = false;
+#else
+constexpr bool kFills = true;
+#endif
 
 template <class World>
 class TSwitchStage final : public TStage
@@ -33,7 +43,7 @@ public:
     explicit TSwitchStage(quint64 seed)
         : TStage(seed, kStepNames),
           ground(*this, startMs(25, 60'000)),
-          FFilled(seed % kOneIsFilled == kOneIsFilled - 1)
+          FFilled(kFills && seed % kOneIsFilled == kOneIsFilled - 1)
     {
         FWild = {FTemper.pick({0, 0, 15, 50}), FTemper.pick({0, 0, 8, 25})};
         FSendsRaise = FTemper.below(3) == 0 ? 150 : 0;
@@ -432,10 +442,12 @@ private:
 
 TEST(SwitchModel, PlaysLikeTheComponent)
 {
-    compare<TSwitchStage>(
-        500, kOnlyWithPositions + QStringList{"link: *", "port: a splitter leaves during a read",
-                                              "port: an error that nobody takes", "splitter: packet too long",
-                                              "splitter: attaching throws half a packet away"});
+    const QStringList full{"job table full", "PING: table full"};
+    compare<TSwitchStage>(500,
+                          kOnlyWithPositions + (kFills ? QStringList() : full) +
+                              QStringList{"link: *", "port: a splitter leaves during a read",
+                                          "port: an error that nobody takes", "splitter: packet too long",
+                                          "splitter: attaching throws half a packet away"});
 }
 
 } // namespace tnv5::switching::model
