@@ -12,9 +12,9 @@ int TLivenessTable::find(QStringView ip, QStringView device) const
         [&](const TDevicelist& entry) { return Same(entry.Device, device) && Same(entry.IP, ip); });
 }
 
-PDevicelist TLivenessTable::add(const QString& ip, const QString& device, const QString& deviceType)
+RDeviceList TLivenessTable::add(const QString& ip, const QString& device, const QString& deviceType)
 {
-    PDevicelist entry = append();
+    RDeviceList entry = append();
     if (!entry) {
         entry = std::make_shared<TDevicelist>();
     }

@@ -18,7 +18,8 @@ struct TDevicelist
         0; ///< when it was last heard: full date and time at first, then time of day
 };
 
-using PDevicelist = std::shared_ptr<TDevicelist>;
+/// Shared, so that a host may keep one. The name is intended.
+using RDeviceList = std::shared_ptr<TDevicelist>;
 
 /// Boards that have pinged, in order of their first ping.
 class TLivenessTable : public common::TRecordTable<TDevicelist, 16'384>
@@ -30,7 +31,7 @@ public:
     /// Appends an entry that was heard now. Its time is a full date-time, unlike that of every later refresh,
     /// so that a board counts as silent from its first ping to its next line; intended. When the table is
     /// full, the entry stands alone, for this one ping.
-    PDevicelist add(const QString& ip, const QString& device, const QString& deviceType);
+    RDeviceList add(const QString& ip, const QString& device, const QString& deviceType);
 };
 
 } // namespace tnv5::connector

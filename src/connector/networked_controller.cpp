@@ -59,7 +59,7 @@ QVariantList TNetworkedController::DeviceListValues() const
 {
     QVariantList values;
     for (int index = 0; index < FDeviceList.size(); ++index) {
-        const PDevicelist entry = FDeviceList.at(index);
+        const RDeviceList entry = FDeviceList.at(index);
         values << QVariantMap{{QStringLiteral("IP"), entry->IP},
                               {QStringLiteral("Device"), entry->Device},
                               {QStringLiteral("DeviceType"), entry->DeviceType},
@@ -89,22 +89,20 @@ bool TNetworkedController::takeLine(const QString& line)
     return false;
 }
 
-void TNetworkedController::DevicePing(const QString& IP, const QString& Device, const QString& DeviceType)
+RDeviceList TNetworkedController::notePing(const QString& ip, const QString& device,
+                                           const QString& deviceType)
 {
-    Operation([&] {
-        PDevicelist entry = FDeviceList.at(FDeviceList.find(IP, Device));
-        if (entry) {
-            entry->Pingtime = platform::TimeOfDay();
-        } else {
-            entry = FDeviceList.add(IP, Device, DeviceType);
-        }
-        reportPing(*entry, kPing);
-    });
+    const RDeviceList known = FDeviceList.at(FDeviceList.find(ip, device));
+    if (!known) {
+        return FDeviceList.add(ip, device, deviceType);
+    }
+    known->Pingtime = platform::TimeOfDay();
+    return known;
 }
 
 void TNetworkedController::refreshPing(QStringView ip, QStringView device)
 {
-    if (const PDevicelist entry = FDeviceList.at(FDeviceList.find(ip, device))) {
+    if (const RDeviceList entry = FDeviceList.at(FDeviceList.find(ip, device))) {
         entry->Pingtime = platform::TimeOfDay();
     }
 }
@@ -115,7 +113,7 @@ void TNetworkedController::DevicePingTime(TComponent* Sender)
     Operation([this] {
         const int count = FDeviceList.size();
         for (int index = 0; index < count; ++index) {
-            const PDevicelist entry = FDeviceList.at(index);
+            const RDeviceList entry = FDeviceList.at(index);
             if (common::ElapsedMoreThan(entry->Pingtime, platform::TimeOfDay(), fpingdelay)) {
                 reportPing(*entry, kNoPing);
             }

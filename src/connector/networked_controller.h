@@ -35,7 +35,7 @@ public:
     void OnConnectorData(TComponent* Sender, const QString& AMess);
 
     /// A ping: notes the board as alive and reports "PING".
-    void DevicePing(const QString& IP, const QString& Device, const QString& DeviceType);
+    virtual void DevicePing(const QString& IP, const QString& Device, const QString& DeviceType) = 0;
     /// Index of a board in `DeviceList`, -1 when it is not there.
     int DevicePingFind(const QString& IP, const QString& Device) const
     {
@@ -55,6 +55,8 @@ protected:
     bool takeLine(const QString& line);
     /// Reports a board of the liveness table with a word.
     virtual void reportPing(const TDevicelist& board, const QString& word) = 0;
+    /// Notes a board that pings as alive, and as known. @return its entry
+    RDeviceList notePing(const QString& ip, const QString& device, const QString& deviceType);
     /// Notes a known board as alive.
     void refreshPing(QStringView ip, QStringView device);
 

@@ -223,6 +223,12 @@ int TTurnStylerDeviceD24::p_hw_FindDeviceByRelay(const QString& IP, const QStrin
                      -1);
 }
 
+// A known board is reported as its entry tells, not as the ping does; intended.
+void TTurnStylerDeviceD24::DevicePing(const QString& IP, const QString& Device, const QString& DeviceType)
+{
+    Operation([&] { reportPing(*notePing(IP, Device, DeviceType), connector::kPing); });
+}
+
 void TTurnStylerDeviceD24::reportPing(const connector::TDevicelist& board, const QString& word)
 {
     report(common::kStack, {board.IP, board.Device, board.DeviceType}, QString(), word, word);

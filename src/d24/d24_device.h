@@ -107,6 +107,7 @@ public:
     int p_hw_FindDeviceByRelay(const QString& IP, const QString& Device, const QString& DeviceType,
                                const QString& Relay);
 
+    void DevicePing(const QString& IP, const QString& Device, const QString& DeviceType) override;
     /// Notes a known controller as alive.
     void UpdatePing(const QString& IP, const QString& Device) { refreshPing(IP, Device); }
 

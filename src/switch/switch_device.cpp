@@ -35,7 +35,7 @@ TSwitchDevice::TSwitchDevice(QObject* AOwner)
     }
     CheckTime = std::make_unique<platform::TTimer>();
     CheckTime->SetInterval(kCheckIntervalMs);
-    CheckTime->OnTimer = [this](platform::TTimer*) { p_hw_CheckStatusAll(); };
+    CheckTime->OnTimer = [this](platform::TTimer* sender) { OnCheckTimer(sender); };
     CheckTime->SetEnabled(true);
 }
 
@@ -201,11 +201,17 @@ bool TSwitchDevice::p_hw_CheckStatusAll()
         }
         const int count = DeviceList().size();
         for (int index = 0; index < count; ++index) {
-            const connector::PDevicelist board = DeviceList().at(index);
+            const connector::RDeviceList board = DeviceList().at(index);
             SendCommandToConnector(QStringLiteral("HW") + board->IP + u':' + board->Device);
         }
     });
     return true;
+}
+
+void TSwitchDevice::OnCheckTimer(TComponent* Sender)
+{
+    Q_UNUSED(Sender)
+    p_hw_CheckStatusAll();
 }
 
 void TSwitchDevice::SendCommandToConnector(const QString& Cmd)
@@ -273,6 +279,15 @@ void TSwitchDevice::echoJob(const QString& name, const TRFidInfo& job)
     if (echoes()) {
         echo(common::StatusMessage({name, job.Device, job.Relay, job.Status, job.StatusDevice}));
     }
+}
+
+// A board is reported as its ping tells, whatever its entry says; intended.
+void TSwitchDevice::DevicePing(const QString& IP, const QString& Device, const QString& DeviceType)
+{
+    Operation([this, told = connector::TDevicelist{IP, Device, DeviceType}] {
+        notePing(told.IP, told.Device, told.DeviceType);
+        reportPing(told, connector::kPing);
+    });
 }
 
 void TSwitchDevice::reportPing(const connector::TDevicelist& board, const QString& word)

@@ -64,6 +64,7 @@ public:
     /// "RELAYONOFF", "STATUS", "STATUSSHORT" or "CARDNUMBER"; empty for any other key.
     static QString ParseMessage(const QString& AMess, const QString& AKey);
 
+    void DevicePing(const QString& IP, const QString& Device, const QString& DeviceType) override;
     /// Does nothing; kept for hosts that share code with the other controllers.
     void UpdatePing(const QString& IP, const QString& Device, const QString& DeviceType);
 
@@ -88,6 +89,8 @@ public:
     bool p_hw_SendComCommand(int yesnot);
     /// Asks every board that has pinged for the state of its relays. Always true.
     bool p_hw_CheckStatusAll();
+    /// The same, every two seconds.
+    void OnCheckTimer(TComponent* Sender);
     /// Sends a short command through the connector, if there is one.
     void SendCommandToConnector(const QString& Cmd);
 

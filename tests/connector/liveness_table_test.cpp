@@ -21,7 +21,7 @@ protected:
 
 TEST_F(LivenessTable, AnEntryIsHeardNowWithTheDate)
 {
-    const PDevicelist entry = boards.add("10.0.0.5", "001G", "G");
+    const RDeviceList entry = boards.add("10.0.0.5", "001G", "G");
     EXPECT_EQ(entry->IP, "10.0.0.5");
     EXPECT_EQ(entry->Device, "001G");
     EXPECT_EQ(entry->DeviceType, "G");
@@ -33,7 +33,7 @@ TEST_F(LivenessTable, IsBounded)
     for (std::size_t i = 0; i < TLivenessTable::kMaxRecords; ++i) {
         boards.add("1", QString::number(i), "T");
     }
-    const PDevicelist alone = boards.add("1", "one more", "G"); // for this ping only
+    const RDeviceList alone = boards.add("1", "one more", "G"); // for this ping only
     EXPECT_EQ(alone->IP, "1");
     EXPECT_EQ(alone->Device, "one more");
     EXPECT_EQ(alone->DeviceType, "G");

@@ -28,7 +28,7 @@ TEST_F(Liveness, TheFirstPingKeepsTheDate)
 {
     inject(kPing);
     ASSERT_EQ(gate->DeviceList().size(), 1);
-    const connector::PDevicelist entry = gate->DeviceList().at(0);
+    const connector::RDeviceList entry = gate->DeviceList().at(0);
     EXPECT_EQ(entry->IP, "10.0.0.5");
     EXPECT_EQ(entry->Device, "001T");
     EXPECT_EQ(entry->DeviceType, "T");

@@ -46,6 +46,16 @@ TEST_F(Liveness, ATypeThatIsNoneIsT)
     EXPECT_EQ(device->DeviceList().at(0)->DeviceType, "T");
 }
 
+TEST_F(Liveness, AReportTellsWhatThePingTold)
+{
+    device->DevicePing(kLink, kBoard, "G");
+    trace.take();
+    serve();
+    device->DevicePing(kLink, kBoard, "I");
+    EXPECT_EQ(device->DeviceList().at(0)->DeviceType, "G"); // the entry stays
+    trace.expect({noted(kBoard, "PING"), monitor("STATUS!STACK!0.0.0.0!000A!I!!PING!PING&")});
+}
+
 TEST_F(Liveness, LinkAndAddressTogetherAreABoard)
 {
     inject("#0.0.0.0:000APING5A");
@@ -71,6 +81,34 @@ TEST_F(Liveness, ASilentBoardIsReportedAtEveryTick)
     clock.advance(14'000);
     EXPECT_EQ(trace.take().filter("NOPING").size(), 0);
     EXPECT_EQ(device->DeviceList().size(), 1);
+}
+
+TEST_F(Liveness, SilentIsMoreThanTheDelayInWholeSeconds)
+{
+    device->DevicePing(kLink, kBoard, "T");
+    for (const int delay : {0, 1, 15, 60}) {
+        device->Setpingdelay(delay);
+        device->DevicePing(kLink, kBoard, "T");
+        trace.take();
+        clock.jumpTo(clock.nowMs() + (delay + 1) * 1'000 - 1);
+        device->DevicePingTime(nullptr);
+        trace.expect({});
+        clock.jumpTo(clock.nowMs() + 1);
+        device->DevicePingTime(nullptr);
+        trace.expect({noted(kBoard, "NOPING")});
+    }
+}
+
+TEST_F(Liveness, OfEqualEntriesTheLastOneIsMeant)
+{
+    device->DevicePing(kLink, kBoard, "T");
+    device->DevicePing(kLink, "000B", "T");
+    device->DeviceList().at(1)->Device = kBoard;
+    EXPECT_EQ(device->DevicePingFind(kLink, kBoard), 1);
+    const double before = device->DeviceList().at(0)->Pingtime;
+    device->DevicePing(kLink, kBoard, "T");
+    EXPECT_EQ(device->DeviceList().at(0)->Pingtime, before);
+    EXPECT_DOUBLE_EQ(device->DeviceList().at(1)->Pingtime, 0.5);
 }
 
 TEST_F(Liveness, AFreshEntryIsSilentUntilItsSecondPing)

@@ -73,6 +73,13 @@ TEST(Properties, EnumerationsHaveTheirNumbers)
     EXPECT_EQ(kinds.keyCount(), 3);
 }
 
+template <class Device>
+concept LetsHostsSetTheInterval = requires(Device& device)
+{
+    device.SetTimerInterval(1);
+};
+static_assert(!LetsHostsSetTheInterval<TSwitchDevice>, "the sweeps come every three seconds");
+
 class Designer : public TSwitchTest
 {
 protected:

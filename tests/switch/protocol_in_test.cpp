@@ -79,6 +79,7 @@ TEST_F(ProtocolIn, ABoardsReportOfARelayThatIsOffSetsTheWantedState)
 {
     inject("$0.0.0.0:000ASS3F");
     EXPECT_EQ(jobAt(0), "000A!3!OFF!NONE");
+    EXPECT_EQ(device->StackItem(0)->IP, kLink);
     makeJob("000A!3!ON!ON");
     inject("$0.0.0.0:000ASS3F5.1.2026 12:00:00");
     EXPECT_EQ(jobAt(0), "000A!3!OFF!ON");
@@ -90,6 +91,7 @@ TEST_F(ProtocolIn, ABoardsReportOfARelayThatIsOnSetsStateAndTime)
 {
     inject("$0.0.0.0:000ASS3N6.1.2026 13:30:00");
     EXPECT_EQ(jobAt(0), "000A!3!ON!NONE");
+    EXPECT_EQ(device->StackItem(0)->IP, kLink);
     EXPECT_DOUBLE_EQ(device->StackItem(0)->Finishtime, 46'028 + 13.5 / 24);
     trace.expect({read("$0.0.0.0:000ASS3N6.1.2026 13:30:00"), report("CHECK OLD", "000A!3!ON!NONE"),
                   "log 0 000A NONE"});
@@ -199,6 +201,19 @@ TEST(FindDevice, FindsOrMakes)
     EXPECT_EQ(fixture.device->StackItem(3), nullptr);
     EXPECT_EQ(fixture.device->StackItem(-1), nullptr);
     fixture.trace.expect({});
+}
+
+TEST(FindDevice, OfEqualJobsTheFirstOneIsMeant)
+{
+    TSwitchFixture fixture;
+    fixture.inject("x"); // the sweeps run: a line causes none
+    fixture.device->p_hw_FindDevice("1", "000A", "1");
+    fixture.device->p_hw_FindDevice("1", "000A", "2");
+    fixture.device->StackItem(1)->Relay = "1";
+    EXPECT_EQ(fixture.device->p_hw_FindDevice("1", "000A", "1"), 0);
+    fixture.inject("#0.0.0.0:000ARELAY1Y4F");
+    EXPECT_EQ(fixture.device->StackItem(0)->StatusDevice, "ON");
+    EXPECT_NE(fixture.device->StackItem(1)->StatusDevice, "ON");
 }
 
 TEST(FindDevice, AFullTableRefuses)

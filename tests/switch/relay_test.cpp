@@ -82,6 +82,8 @@ TEST_F(Poll, AsksEveryBoardInOrder)
     EXPECT_TRUE(device->p_hw_CheckStatusAll());
     trace.expect(kRequests);
     EXPECT_EQ(link->Reads, 1);
+    device->OnCheckTimer(nullptr);
+    trace.expect(kRequests);
 }
 
 TEST_F(Poll, NeedsAnOpenLink)
