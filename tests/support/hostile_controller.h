@@ -118,7 +118,7 @@ TYPED_TEST_P(HostileController, MayReplaceThemselves)
         typename TypeParam::Fixture fixture;
         fixture.trace.OnLine = [&](const QString&) { fixture.attach(); };
         play(fixture);
-        fixture.trace.expect(traceOf(play));
+        fixture.trace.expect(traceOf<typename TypeParam::Fixture>(play));
     }
 }
 
