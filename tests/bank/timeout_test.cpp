@@ -74,6 +74,16 @@ TEST_F(TimeOut, LimitIsReadAtTheTick)
     expectTimeOut();
 }
 
+TEST_F(TimeOut, CountsFromTheSendingOfTheAmount)
+{
+    trace.once("amount", [&] { clock.advance(600 * kSecond); }); // a host that takes its time
+    sendAmount();
+    clock.advance(kUnit);
+    expectSilence();
+    clock.advance(kSecond);
+    expectTimeOut();
+}
+
 TEST_F(TimeOut, EveryPacketRenewsIt)
 {
     for (const QByteArray& renewing :
