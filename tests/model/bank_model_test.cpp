@@ -28,6 +28,7 @@ public:
     explicit TBankStage(quint64 seed) : TStage(seed, kStepNames), ground(*this, startMs(30, 30'000))
     {
         FDesigning = FTemper.chance(3);
+        FRestless = FTemper.chance(15);
         FSettings = FTemper.pick({0, 5, 5, 30});
         FAccepted = FTemper.pick({50, 90});
         FWild = {FTemper.pick({0, 0, 2, 10, 60}), FTemper.pick({0, 0, 0, 0, 2, 40})};
@@ -58,7 +59,7 @@ public:
         if (FPos && !FPos->IsConnected() && d.chance(30)) {
             return {{SetComport, {}, 0}, {Connect, {}, 1}};
         }
-        return {any(d, false)};
+        return d.chance(2) ? slowAmount(d) : std::vector<TStep>{any(d, false)};
     }
 
     TStep any(TDice& d, bool inside) override
@@ -69,10 +70,12 @@ public:
         if (d.chance(FSettings)) {
             return setting(d);
         }
+        if (FRestless && d.chance(15)) {
+            return {SetType, {}, d.between(0, 3)};
+        }
         switch (d.weighted({600, 150, 60, 40, 60, 5, 60})) {
         case 0:
-            return fed(d, d.chance(95) ? 0 : 1,
-                       d.chance(15) ? sampleFrame(d) + sampleFrame(d) : sampleFrame(d));
+            return feed(d);
         case 1:
             return time(d, inside);
         case 2:
@@ -121,6 +124,18 @@ protected:
 private:
     // ---- vocabulary
 
+    TStep feed(TDice& d) const
+    {
+        QByteArray bytes = sampleFrame(d);
+        if (d.chance(15)) {
+            bytes += sampleFrame(d);
+        }
+        if (d.chance(FRestless ? 40 : 3)) {
+            bytes.truncate(d.below(int(bytes.size()) + 1)); // the rest may never come
+        }
+        return fed(d, d.chance(95) ? 0 : 1, bytes);
+    }
+
     static TStep time(TDice& d, bool inside)
     {
         if (d.chance(10)) {
@@ -130,6 +145,15 @@ private:
         const TStep shortly{Advance, {}, d.pick({1, 400, 999, 1'000, 1'001, 2'000})};
         const TStep days{Advance, {}, d.pick({7'200'000, 7'200'000, 90'000'000})};
         return d.chance(3) && !inside ? days : d.pick({silence, shortly, shortly});
+    }
+
+    /// The host takes its time until the amount is sent, and then nothing comes.
+    static std::vector<TStep> slowAmount(TDice& d)
+    {
+        TStep ask{Feed, {}, 0};
+        ask.bytes = "\x02\x05\x03\x06";
+        ask.first = {{Advance, {}, d.pick({0, 2'000, 900'000})}};
+        return {{TimeOut, {}, d.below(2)}, ask, {Advance, {}, 1'800'000}, {Advance, {}, 1'000}};
     }
 
     static TStep portStep(TDice& d)
@@ -268,8 +292,9 @@ private:
     TGround<World> ground;
     std::shared_ptr<TBank> FPos;
     bool FDesigning = false;
-    int FSettings = 0; // percent of the steps that set up something
-    int FAccepted = 0; // percent of what the host is asked
+    bool FRestless = false; // the version is changed between the pieces of a packet
+    int FSettings = 0;      // percent of the steps that set up something
+    int FAccepted = 0;      // percent of what the host is asked
 };
 
 } // namespace
