@@ -77,6 +77,7 @@ struct THostileTurnstile
     using Fixture = TTurnstileFixture;
     static constexpr char kBye[] = "#09ZBye";
 
+    static auto& component(Fixture& fixture) { return fixture.gate; }
     static std::span<const TPlay<Fixture>> plays() { return kPlays; }
     static QString read(const QString& line) { return tests::read(line); }
     static void dropLink(Fixture& fixture) { fixture.port.reset(); }
