@@ -59,10 +59,4 @@ TEST_F(Designer, NothingTouchesTheMissingParts)
     pos.reset();
 }
 
-TEST_F(Designer, IsInheritedFromTheOwner)
-{
-    TBankPos child(pos.get());
-    EXPECT_TRUE(child.Designing());
-}
-
 } // namespace

@@ -54,6 +54,7 @@ TEST_F(Port, SetUpKeepsWhatArrived)
 
 TEST_F(Port, IsConnectedAsThePortSays)
 {
+    EXPECT_FALSE(TBankPos().IsConnected());
     EXPECT_TRUE(pos->IsConnected());
     port->Close();
     EXPECT_FALSE(pos->IsConnected());

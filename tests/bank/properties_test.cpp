@@ -1,40 +1,33 @@
 #include "bank_fixture.h"
-#include "support/published.h"
+#include "support/published_suite.h"
 
 namespace {
 
 using namespace tnv5;
 using namespace tnv5::tests;
 
-const TPublishedTable kPublished = {
-    {"IDLang", 0},
-    {"PosType", 0},
-    {"ComPort", static_cast<platform::TComPort*>(nullptr)},
-    {"TimeOut", 0},
-    {"OnLog", platform::TLogEvent()},
-    {"OnError", platform::TLogEvent()},
-    {"OnRequestOperation", bank::TRequestOperation()},
-    {"OnRequestAmount", bank::TRequestAmount()},
-    {"CodeError", QString()},
-    {"CodeOk", QString()},
+struct TPublishedBank
+{
+    using Component = TBankPos;
+
+    static TPublishedTable table()
+    {
+        return {
+            {"IDLang", 0},
+            {"PosType", 0},
+            {"ComPort", static_cast<platform::TComPort*>(nullptr)},
+            {"TimeOut", 0},
+            {"OnLog", platform::TLogEvent()},
+            {"OnError", platform::TLogEvent()},
+            {"OnRequestOperation", bank::TRequestOperation()},
+            {"OnRequestAmount", bank::TRequestAmount()},
+            {"CodeError", QString()},
+            {"CodeOk", QString()},
+        };
+    }
 };
 
-TEST(Properties, ArePublishedInTheirOrder)
-{
-    expectPublished(TBankPos::staticMetaObject, kPublished);
-}
-
-TEST(Properties, HaveTheirTypes)
-{
-    expectTypes(TBankPos::staticMetaObject, kPublished);
-}
-
-TEST(Properties, BeginAsTheyMust)
-{
-    const TBankPos pos;
-    expectDefaults(pos, kPublished);
-    EXPECT_FALSE(pos.IsConnected());
-}
+INSTANTIATE_TYPED_TEST_SUITE_P(Bank, Published, TPublishedBank);
 
 TEST(Properties, WorkThroughReflection)
 {
@@ -75,17 +68,6 @@ TEST(Properties, AnyNumberIsStored)
         pos.SetIDLang(value);
         EXPECT_EQ(pos.IDLang(), value);
     }
-}
-
-TEST(Properties, OwnerFreesTheComponent)
-{
-    QPointer<TBankPos> pos;
-    {
-        QObject owner;
-        pos = new TBankPos(&owner);
-        EXPECT_EQ(pos->parent(), &owner);
-    }
-    EXPECT_FALSE(pos);
 }
 
 } // namespace

@@ -80,6 +80,7 @@ TEST_F(Port, ChoosingAFamilyKeepsWhatArrived)
 
 TEST_F(Port, IsConnectedAsThePortSays)
 {
+    EXPECT_FALSE(TScalesDevice().IsConnected());
     EXPECT_TRUE(scales->IsConnected());
     port->Close();
     EXPECT_FALSE(scales->IsConnected());
