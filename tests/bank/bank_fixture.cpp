@@ -2,15 +2,6 @@
 
 namespace tnv5::tests {
 
-QByteArray framed(const QByteArray& body)
-{
-    char check = 0x03;
-    for (const char byte : body) {
-        check = char(check ^ byte);
-    }
-    return "\x02" + body + "\x03" + check;
-}
-
 QByteArray fields(const QByteArrayList& list)
 {
     return list.join('\x1C');

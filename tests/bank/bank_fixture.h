@@ -10,8 +10,6 @@ namespace tnv5::tests {
 
 using bank::TBankPos;
 
-/// A frame around a body: STX, body, ETX and the XOR of everything between STX and the check byte.
-QByteArray framed(const QByteArray& body);
 /// Fields with FS between them.
 QByteArray fields(const QByteArrayList& list);
 
