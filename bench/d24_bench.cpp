@@ -2,10 +2,10 @@
 //
 //   d24_bench [options of Google Benchmark]
 
+#include "bench/benchmarks.h"
 #include "tnv5/d24/d24_device.h"
 
 #include <QCoreApplication>
-#include <benchmark/benchmark.h>
 
 namespace tnv5::bench {
 
@@ -75,11 +75,5 @@ BENCHMARK(StackPass)
 int main(int argc, char** argv)
 {
     const QCoreApplication app(argc, argv); // the component's timers need it
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return tnv5::bench::runBenchmarks(argc, argv);
 }

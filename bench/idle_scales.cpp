@@ -12,6 +12,7 @@
 // All figures are those of the process with the components, time in the kernel included. Prints one line of
 // JSON; fails when a request was not answered, an error was reported, or a weight is wrong in the end.
 
+#include "bench/program.h"
 #include "bench/scales_process.h"
 #include "tnv5/platform/serial_port.h"
 #include "tnv5/scales/scales_device.h"
@@ -275,10 +276,5 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    try {
-        return tnv5::bench::run(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "idle_scales: %s\n", error.what());
-        return 1;
-    }
+    return tnv5::bench::runProgram("idle_scales", [&] { return tnv5::bench::run(argc, argv); });
 }

@@ -9,6 +9,7 @@
 // must be refused; the times are those of the members. Prints one line of JSON a program.
 
 #include "bench/latency_peer.h"
+#include "bench/program.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -219,10 +220,5 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    try {
-        return tnv5::bench::run(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "latency: %s\n", error.what());
-        return 1;
-    }
+    return tnv5::bench::runProgram("latency", [&] { return tnv5::bench::run(argc, argv); });
 }

@@ -8,6 +8,7 @@
 // fails when a line was lost.
 
 #include "bench/line_feeder.h"
+#include "bench/program.h"
 #include "tnv5/platform/serial_port.h"
 #include "tnv5/turnstile/turnstile_device.h"
 
@@ -179,10 +180,5 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    try {
-        return tnv5::bench::run(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "many_ports: %s\n", error.what());
-        return 1;
-    }
+    return tnv5::bench::runProgram("many_ports", [&] { return tnv5::bench::run(argc, argv); });
 }

@@ -7,13 +7,13 @@
 // runs, and so the same in every run; a queue that allocates now and then makes it a fraction.
 
 #include "bench/allocations.h"
+#include "bench/benchmarks.h"
 #include "sim/scales_wire.h"
 #include "tnv5/scales/families.h"
 #include "tnv5/scales/scales_device.h"
 #include "tnv5/testing/manual_clock.h"
 #include "tnv5/testing/memory_port.h"
 
-#include <benchmark/benchmark.h>
 #include <cstdio>
 
 namespace tnv5::bench {
@@ -149,11 +149,5 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "scales_bench: allocations are not counted on this system\n");
         return 1;
     }
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return tnv5::bench::runBenchmarks(argc, argv);
 }

@@ -2,11 +2,11 @@
 //
 //   switch_bench [options of Google Benchmark]
 
+#include "bench/benchmarks.h"
 #include "tnv5/switch/switch_device.h"
 #include "tnv5/testing/memory_port.h"
 
 #include <QCoreApplication>
-#include <benchmark/benchmark.h>
 
 namespace tnv5::bench {
 
@@ -137,11 +137,5 @@ BENCHMARK(Answers)->ArgName("boards")->Arg(10)->Arg(100)->Arg(500);
 int main(int argc, char** argv)
 {
     const QCoreApplication app(argc, argv); // the component's timers need it
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return tnv5::bench::runBenchmarks(argc, argv);
 }

@@ -3,13 +3,13 @@
 //   turnstile_bench [options of Google Benchmark]
 //   turnstile_bench --write-reads READ_SIZE ADDRESSES FILE    saves the reads of CardLines for other programs
 
+#include "bench/benchmarks.h"
 #include "bench/card_reads.h"
 #include "tnv5/testing/manual_clock.h"
 #include "tnv5/testing/memory_port.h"
 #include "tnv5/turnstile/turnstile_device.h"
 
 #include <QSet>
-#include <benchmark/benchmark.h>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -197,11 +197,5 @@ int main(int argc, char** argv)
     if (argc == 5 && std::strcmp(argv[1], "--write-reads") == 0) {
         return tnv5::bench::writeReads(argv + 2);
     }
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return tnv5::bench::runBenchmarks(argc, argv);
 }

@@ -1,10 +1,10 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
+#include "apps/tnv5/open_port.h"
 #include "apps/tnv5/stop_signal.h"
 #include "tnv5/bank/terminal_version.h"
 #include "tnv5/host/club.h"
 #include "tnv5/host/payment_counter.h"
-#include "tnv5/host/port_diagnosis.h"
 #include "tnv5/platform/serial_port.h"
 
 #include <CLI/CLI.hpp>
@@ -100,14 +100,7 @@ public:
         FCounter.recover();
         FOrdered = FCounter.order(cents, discount);
         FPos.SetUpComport();
-        try {
-            FPort.Open();
-        } catch (const platform::EComPort&) {
-            for (const QString& line : host::explainPort(host::portFacts(FPort.Port()))) {
-                complain(line);
-            }
-            throw;
-        }
+        openPort(FPort);
         print(QStringLiteral("%1: waiting until the terminal asks for the amount")
                   .arg(host::amountText(cents)));
     }

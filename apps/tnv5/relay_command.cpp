@@ -1,9 +1,9 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
+#include "apps/tnv5/open_port.h"
 #include "apps/tnv5/stop_signal.h"
 #include "tnv5/connector/device_connector.h"
 #include "tnv5/connector/routed_line.h"
-#include "tnv5/host/port_diagnosis.h"
 #include "tnv5/platform/serial_port.h"
 #include "tnv5/switch/switch_line.h"
 
@@ -65,14 +65,7 @@ public:
     /// @throws platform::EComPort
     void start()
     {
-        try {
-            FPort.Open();
-        } catch (const platform::EComPort&) {
-            for (const QString& line : host::explainPort(host::portFacts(FPort.Port()))) {
-                complain(line);
-            }
-            throw;
-        }
+        openPort(FPort);
         ask();
         FTimer.SetEnabled(true);
     }

@@ -1,5 +1,6 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
+#include "apps/tnv5/open_port.h"
 #include "apps/tnv5/stop_signal.h"
 #include "tnv5/host/club_host.h"
 #include "tnv5/host/port_diagnosis.h"
@@ -21,13 +22,6 @@ struct TRunOptions
     int baudRate = 9600;
     bool wait = false;
 };
-
-void explain(const QString& port)
-{
-    for (const QString& line : host::explainPort(host::portFacts(port))) {
-        complain(line);
-    }
-}
 
 void setGates(host::TDatabase& club, const std::vector<std::string>& gates)
 {

@@ -1,7 +1,7 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
+#include "apps/tnv5/open_port.h"
 #include "apps/tnv5/stop_signal.h"
-#include "tnv5/host/port_diagnosis.h"
 #include "tnv5/platform/com_data_packet.h"
 #include "tnv5/platform/serial_port.h"
 #include "tnv5/platform/timer.h"
@@ -112,18 +112,6 @@ private:
     platform::TComDataPacket FBytes;
     platform::TTimer FPause;
 };
-
-void openPort(platform::TSerialPort& port)
-{
-    try {
-        port.Open();
-    } catch (const platform::EComPort&) {
-        for (const QString& line : host::explainPort(host::portFacts(port.Port()))) {
-            complain(line);
-        }
-        throw;
-    }
-}
 
 /// A scale's family sets the line up, and what was asked for by name goes before it.
 void setUp(platform::TSerialPort& port, const TWatchOptions& options)

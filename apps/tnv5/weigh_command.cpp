@@ -1,7 +1,7 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
+#include "apps/tnv5/open_port.h"
 #include "apps/tnv5/stop_signal.h"
-#include "tnv5/host/port_diagnosis.h"
 #include "tnv5/host/scale_reader.h"
 #include "tnv5/platform/serial_port.h"
 #include "tnv5/scales/families.h"
@@ -67,14 +67,7 @@ public:
     /// @throws platform::EComPort
     void start()
     {
-        try {
-            FPort.Open();
-        } catch (const platform::EComPort&) {
-            for (const QString& line : host::explainPort(host::portFacts(FPort.Port()))) {
-                complain(line);
-            }
-            throw;
-        }
+        openPort(FPort);
         FReader.start();
     }
 

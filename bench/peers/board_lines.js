@@ -7,7 +7,7 @@
 //
 // The reads of 4096 bytes are fed again and again from memory. Prints one line of JSON.
 
-const { DelimiterParser } = require('serialport');
+const { measure } = require('./rate.js');
 
 const READ_SIZE = 4096;
 const CHARACTERS = '0123456789CDFJKLMQ';
@@ -53,51 +53,20 @@ function reads(boards) {
 const chunks = reads(Number(process.argv[2]));
 const seconds = Number(process.argv[3]);
 const lastHeard = new Map();
-let lines = 0;
 let written = 0;
-const parser = new DelimiterParser({ delimiter: '\r' });
-parser.on('data', (bytes) => {
-  const line = bytes.toString('latin1');
+
+function answer(line) {
   const board = line.slice(1, 5);
   lastHeard.set(board, Date.now());
   if (line.includes('PING')) {
     written += Buffer.from(checked(`$${board}ECHO`), 'latin1').length;
     written += checked(`#0.0.0.0:${board}PING`).length;
   }
-  lines++;
-});
-
-// Writes until the parser asks to wait, as a port that reads faster than the program would.
-function feed(untilNs, done) {
-  let next = 0;
-  const turn = () => {
-    let room = true;
-    while (room) {
-      room = parser.write(chunks[next]);
-      next = (next + 1) % chunks.length;
-      if (next === 0 && process.hrtime.bigint() >= untilNs) {
-        setImmediate(done);
-        return;
-      }
-    }
-    parser.once('drain', turn);
-  };
-  turn();
 }
 
-function run(duration, done) {
-  const start = process.hrtime.bigint();
-  lines = 0;
-  feed(start + BigInt(Math.round(duration * 1e9)), () => {
-    done(lines / (Number(process.hrtime.bigint() - start) / 1e9));
-  });
-}
-
-run(0.5, () => {
-  run(seconds, (rate) => {
-    if (written === 0) {
-      throw new Error('no ping was answered');
-    }
-    console.log(JSON.stringify({ linesPerSecond: Math.round(rate) }));
-  });
+measure(chunks, seconds, answer, (rate) => {
+  if (written === 0) {
+    throw new Error('no ping was answered');
+  }
+  console.log(JSON.stringify({ linesPerSecond: Math.round(rate) }));
 });

@@ -8,10 +8,8 @@
 // from memory; every line becomes a command that a sink counts. Prints one line of JSON.
 
 const fs = require('fs');
-const { DelimiterParser } = require('serialport');
 const { answer } = require('./decision.js');
-
-const WARM_UP_SECONDS = 0.5;
+const { measure } = require('./rate.js');
 
 function load(path) {
   const file = fs.readFileSync(path);
@@ -31,48 +29,18 @@ for (let card = 12340000; card < 12345000; card++) {
   cards.add(String(card));
 }
 
-let lines = 0;
 let bytesWritten = 0;
-const parser = new DelimiterParser({ delimiter: '\r' });
-parser.on('data', (bytes) => {
-  lines++;
-  const command = answer(bytes.toString('latin1'), cards);
+
+function decide(line) {
+  const command = answer(line, cards);
   if (command !== undefined) {
     bytesWritten += command.length;
   }
-});
-
-// Writes until the parser asks to wait, as a port that reads faster than the program would.
-function feed(untilNs, done) {
-  let next = 0;
-  const turn = () => {
-    let room = true;
-    while (room) {
-      room = parser.write(chunks[next]);
-      next = (next + 1) % chunks.length;
-      if (next === 0 && process.hrtime.bigint() >= untilNs) {
-        setImmediate(done);
-        return;
-      }
-    }
-    parser.once('drain', turn);
-  };
-  turn();
 }
 
-function run(duration, done) {
-  const start = process.hrtime.bigint();
-  lines = 0;
-  feed(start + BigInt(Math.round(duration * 1e9)), () => {
-    done(lines / (Number(process.hrtime.bigint() - start) / 1e9));
-  });
-}
-
-run(WARM_UP_SECONDS, () => {
-  run(seconds, (rate) => {
-    if (bytesWritten === 0) {
-      throw new Error('no line was decided');
-    }
-    console.log(JSON.stringify({ linesPerSecond: rate }));
-  });
+measure(chunks, seconds, decide, (rate) => {
+  if (bytesWritten === 0) {
+    throw new Error('no line was decided');
+  }
+  console.log(JSON.stringify({ linesPerSecond: rate }));
 });

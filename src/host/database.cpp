@@ -284,12 +284,7 @@ std::optional<TGate> TDatabase::gateAt(const QString& address)
 
 QList<TGate> TDatabase::gates()
 {
-    QList<TGate> gates;
-    TRows rows = F->gates.run();
-    while (rows.next()) {
-        gates.append(gateFrom(rows));
-    }
-    return gates;
+    return F->gates.run().all(gateFrom);
 }
 
 void TDatabase::writePasses(const QList<PPass>& passes)
@@ -328,18 +323,12 @@ void TDatabase::writePass(const TPass& pass, qint64& id)
 
 QList<TPass> TDatabase::passesAfter(qint64 id, int limit)
 {
-    QList<TPass> passes;
-    TRows rows = F->passes.run({id, limit});
-    while (rows.next()) {
-        passes.append(passFrom(rows));
-    }
-    return passes;
+    return F->passes.run({id, limit}).all(passFrom);
 }
 
 qint64 TDatabase::lastPass()
 {
-    TRows rows = F->lastPass.run();
-    return rows.next() ? rows.value(0).toLongLong() : 0;
+    return F->lastPass.run().number();
 }
 
 void TDatabase::setProduct(const QString& name, qint64 centsPerKg)
@@ -367,18 +356,12 @@ void TDatabase::sell(TSale& sale)
 
 QList<TSale> TDatabase::salesAfter(qint64 id, int limit)
 {
-    QList<TSale> sales;
-    TRows rows = F->sales.run({id, limit});
-    while (rows.next()) {
-        sales.append(saleFrom(rows));
-    }
-    return sales;
+    return F->sales.run({id, limit}).all(saleFrom);
 }
 
 qint64 TDatabase::lastSale()
 {
-    TRows rows = F->lastSale.run();
-    return rows.next() ? rows.value(0).toLongLong() : 0;
+    return F->lastSale.run().number();
 }
 
 void TDatabase::writePayment(TPayment& payment)
@@ -397,28 +380,17 @@ void TDatabase::writePayment(TPayment& payment)
 
 QList<TPayment> TDatabase::paymentsAfter(qint64 id, int limit)
 {
-    QList<TPayment> payments;
-    TRows rows = F->payments.run({id, limit});
-    while (rows.next()) {
-        payments.append(paymentFrom(rows));
-    }
-    return payments;
+    return F->payments.run({id, limit}).all(paymentFrom);
 }
 
 QList<TPayment> TDatabase::paymentsUnderWay()
 {
-    QList<TPayment> payments;
-    TRows rows = F->paymentsUnderWay.run();
-    while (rows.next()) {
-        payments.append(paymentFrom(rows));
-    }
-    return payments;
+    return F->paymentsUnderWay.run().all(paymentFrom);
 }
 
 qint64 TDatabase::lastPayment()
 {
-    TRows rows = F->lastPayment.run();
-    return rows.next() ? rows.value(0).toLongLong() : 0;
+    return F->lastPayment.run().number();
 }
 
 const QSqlDatabase& TDatabase::connection() const

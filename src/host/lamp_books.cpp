@@ -22,13 +22,10 @@ TLampTime timeFrom(const TRows& row)
     return time;
 }
 
-QList<TLampTime> timesFrom(TRows rows)
+TLamp lampFrom(const TRows& row)
 {
-    QList<TLampTime> times;
-    while (rows.next()) {
-        times.append(timeFrom(rows));
-    }
-    return times;
+    return {row.value(0).toString(), row.value(1).toString(), row.value(2).toString(),
+            row.value(3).toLongLong()};
 }
 
 } // namespace
@@ -74,13 +71,7 @@ void TLampBooks::setLamp(const TLamp& lamp)
 
 QList<TLamp> TLampBooks::lamps()
 {
-    QList<TLamp> lamps;
-    TRows rows = F->lamps.run();
-    while (rows.next()) {
-        lamps.append({rows.value(0).toString(), rows.value(1).toString(), rows.value(2).toString(),
-                      rows.value(3).toLongLong()});
-    }
-    return lamps;
+    return F->lamps.run().all(lampFrom);
 }
 
 void TLampBooks::order(TLampTime& time)
@@ -113,12 +104,12 @@ void TLampBooks::end(TLampTime& time, platform::TDateTime now, TLampEnding endin
 
 QList<TLampTime> TLampBooks::open()
 {
-    return timesFrom(F->open.run());
+    return F->open.run().all(timeFrom);
 }
 
 QList<TLampTime> TLampBooks::timesAfter(qint64 id, int limit)
 {
-    return timesFrom(F->times.run({id, limit}));
+    return F->times.run({id, limit}).all(timeFrom);
 }
 
 } // namespace tnv5::host

@@ -120,8 +120,7 @@ const QStringList kVersion5 = {
 int versionOf(QSqlDatabase& database)
 {
     TStatement version(database, QStringLiteral("PRAGMA user_version"));
-    TRows rows = version.run();
-    return rows.next() ? rows.value(0).toInt() : 0;
+    return int(version.run().number());
 }
 
 } // namespace

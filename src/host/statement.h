@@ -27,6 +27,18 @@ public:
 
     bool next() { return FQuery->next(); }
     QVariant value(int column) const { return FQuery->value(column); }
+    /// What is made of each row that is left.
+    template <class Make>
+    auto all(const Make& make)
+    {
+        QList<decltype(make(*this))> things;
+        while (next()) {
+            things.append(make(*this));
+        }
+        return things;
+    }
+    /// The number in the next row; 0 when there is none.
+    qint64 number() { return next() ? value(0).toLongLong() : 0; }
     /// Row made by an INSERT.
     qint64 insertedId() const { return FQuery->lastInsertId().toLongLong(); }
 

@@ -1,8 +1,6 @@
 // A component in the form designer has no parts and hears nothing.
 
-#include "bank_bench.h"
-
-#include "support/text_printers.h"
+#include "bank_fixture.h"
 
 namespace {
 
@@ -18,7 +16,7 @@ protected:
         pos = std::make_unique<TBankPos>();
         pos->SetIDLang(2);
         pos->SetPosType(2);
-        trace.attach(*pos);
+        attach();
         pos->SetComport(port.get());
     }
 };
@@ -59,12 +57,6 @@ TEST_F(Designer, NothingTouchesTheMissingParts)
         feed(kAskAmount);
     }
     pos.reset();
-}
-
-TEST_F(Designer, IsInheritedFromTheOwner)
-{
-    TBankPos child(pos.get());
-    EXPECT_TRUE(child.Designing());
 }
 
 } // namespace

@@ -1,17 +1,13 @@
 // The dialogue as transcripts of bytes and events: three versions, each refusal, each status word.
 
-#include "bank_bench.h"
-
-#include "support/text_printers.h"
+#include "bank_fixture.h"
 
 namespace {
 
 using namespace tnv5;
 using namespace tnv5::tests;
 
-class Dialogue : public TBankTest
-{
-};
+using Dialogue = TBankTest;
 
 TEST_F(Dialogue, AWholePayment)
 {
@@ -58,7 +54,7 @@ TEST_F(Dialogue, DiscountFieldsThatAreMissing)
 
 TEST_F(Dialogue, DiscountIsSentUnderTheSameTagForAllVersions)
 {
-    trace.discount = 100;
+    discount = 100;
     for (const int type : {1, 2, 3}) {
         pos->SetPosType(type);
         feed(kAskAmount);
@@ -66,8 +62,8 @@ TEST_F(Dialogue, DiscountIsSentUnderTheSameTagForAllVersions)
                                          "05=000000001250\x1C"
                                          "41=000000000100\x03\x18"));
     }
-    for (const int discount : {0, -7}) {
-        trace.discount = discount;
+    for (const int none : {0, -7}) {
+        discount = none;
         feed(kAskAmount);
         EXPECT_EQ(trace.take()[5], wrote(kAmountMessage));
     }
@@ -85,7 +81,7 @@ TEST_F(Dialogue, AmountsAsTheyAreSentAndLogged)
                  {-5, "0000000000-5", "-5"},
                  {2'147'483'647, "002147483647", "2147483647"}};
     for (const auto& row : table) {
-        trace.amount = row.amount;
+        amount = row.amount;
         feed(kAskAmount);
         const QStringList lines = trace.take();
         EXPECT_EQ(lines[5], wrote(framed("05=" + row.sent)));
@@ -95,7 +91,7 @@ TEST_F(Dialogue, AmountsAsTheyAreSentAndLogged)
 
 TEST_F(Dialogue, RefusedAmount)
 {
-    trace.acceptAmount = false;
+    acceptAmount = false;
     feed(kAskAmount);
     trace.expect({packet(kAskAmount), bare("WAIT"), kLogRequest, kAck, "amount 0 0 apply=0", kNak, kLogCancel,
                   bare("CANCEL_1")});
@@ -103,7 +99,7 @@ TEST_F(Dialogue, RefusedAmount)
 
 TEST_F(Dialogue, RefusedCard)
 {
-    trace.acceptCard = false;
+    acceptCard = false;
     feed(framed(kCardBody));
     trace.expect({packet(framed(kCardBody)), told("START", kCardValues, false), kNak, kLogCancel,
                   told("CANCEL_3", kCardValues, false)});
@@ -111,7 +107,7 @@ TEST_F(Dialogue, RefusedCard)
 
 TEST_F(Dialogue, RefusedAnswer)
 {
-    trace.acceptAnswer = false;
+    acceptAnswer = false;
     feed(framed(kAnswerBody));
     trace.expect({packet(framed(kAnswerBody)), told("GET", kAnswerValues, false), kNak, kLogCancel,
                   told("CANCEL_2", kAnswerValues, false)});
@@ -161,7 +157,7 @@ TEST_F(Dialogue, AnEmptyListHasNoCode)
 
 TEST_F(Dialogue, ListsAreReadWhenTheyAreNeeded)
 {
-    trace.OnApply = [&](const QString& status, bool&) {
+    OnApply = [&](const QString& status, bool&) {
         if (status == "GET") {
             pos->SetCodeOk("99;");
         } else if (status == "OK") {
@@ -262,7 +258,7 @@ TEST_F(Dialogue, WithoutALogHandlerItIsTheSame)
 TEST_F(Dialogue, ApplySetAtTheFirstWaitSendsTheAmountZero)
 {
     pos->SetOnRequestAmount({});
-    trace.OnApply = [](const QString&, bool& apply) { apply = true; };
+    OnApply = [](const QString&, bool& apply) { apply = true; };
     feed(kAskAmount);
     trace.expect({packet(kAskAmount), bare("WAIT"), kLogRequest, kAck, wrote(framed("05=000000000000")),
                   "log [4] Payment amount has been sent 0", bare("WAIT", true), kLogWaiting});
@@ -270,8 +266,8 @@ TEST_F(Dialogue, ApplySetAtTheFirstWaitSendsTheAmountZero)
 
 TEST_F(Dialogue, ApplySetAtTheFirstWaitReachesTheAmountHandler)
 {
-    trace.acceptAmount = false;
-    trace.OnApply = [](const QString& status, bool& apply) { apply = apply || status == "WAIT"; };
+    acceptAmount = false;
+    OnApply = [](const QString& status, bool& apply) { apply = apply || status == "WAIT"; };
     feed(kAskAmount);
     trace.expect({packet(kAskAmount), bare("WAIT"), kLogRequest, kAck, "amount 0 0 apply=1", kNak, kLogCancel,
                   bare("CANCEL_1")});

@@ -2,8 +2,7 @@
 
 #include "tnv5/bank/bank_frame.h"
 
-#include "bank_bench.h"
-#include "support/text_printers.h"
+#include "bank_fixture.h"
 #include "tnv5/testing/wire.h"
 
 #include <limits>

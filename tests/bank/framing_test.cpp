@@ -1,8 +1,6 @@
 // Packets out of reads: pieces, repetitions, noise, and the corners of the frame.
 
-#include "bank_bench.h"
-
-#include "support/text_printers.h"
+#include "bank_fixture.h"
 
 namespace {
 

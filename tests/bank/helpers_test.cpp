@@ -1,7 +1,6 @@
 // The helpers that the component offers.
 
-#include "bank_bench.h"
-#include "support/text_printers.h"
+#include "bank_fixture.h"
 
 namespace {
 

@@ -1,12 +1,10 @@
 // The dialogues and frames of docs/bank-terminal.md, played line by line. In a block "```dialogue", a line
 // "terminal BYTES" is one read; a line behind two blanks is what the component then does.
 
-#include "bank_bench.h"
-
-#include "support/text_printers.h"
+#include "bank_fixture.h"
+#include "support/dialogue_page.h"
 #include "tnv5/bank/bank_frame.h"
 
-#include <QFile>
 #include <QRegularExpression>
 
 namespace {
@@ -16,51 +14,30 @@ using namespace tnv5::tests;
 
 QString page()
 {
-    QFile file(QStringLiteral(TNV5_DOCS "/bank-terminal.md"));
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-    return QString::fromUtf8(file.readAll());
-}
-
-QByteArray unescaped(const QString& text)
-{
-    QByteArray bytes;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (text[i] == u'\\') {
-            bytes += char(text.mid(i + 2, 2).toInt(nullptr, 16));
-            i += 3;
-        } else {
-            bytes += text[i].toLatin1();
-        }
-    }
-    return bytes;
+    return pageOf(QStringLiteral(TNV5_DOCS "/bank-terminal.md"));
 }
 
 TEST(Page, DialoguesArePlayedAsTheyStand)
 {
-    static const QRegularExpression block(QStringLiteral("^```dialogue\n(.*?)\n```$"),
-                                          QRegularExpression::MultilineOption |
-                                              QRegularExpression::DotMatchesEverythingOption);
     static const QRegularExpression applied(QStringLiteral(" apply=[01]$"));
-    const QString text = page();
-    int blocks = 0;
-    for (auto match = block.globalMatch(text); match.hasNext(); ++blocks) {
-        TBankBench bench;
+    const QList<QStringList> dialogues = dialoguesOf(page());
+    EXPECT_EQ(dialogues.size(), 3);
+    for (const QStringList& lines : dialogues) {
+        TBankFixture fixture;
         QStringList played;
-        const QStringList lines = match.next().captured(1).split(u'\n');
         for (const QString& line : lines) {
             if (!line.startsWith("terminal ")) {
                 continue;
             }
             played << line;
-            bench.feed(unescaped(line.mid(9)));
-            for (QString each : bench.trace.take()) {
+            fixture.feed(unescaped(line.mid(9)));
+            for (QString each : fixture.trace.take()) {
                 each.remove(applied);
                 played << "  " + (each.startsWith("amount") ? "amount" : each);
             }
         }
-        EXPECT_EQ(played.join(u'\n').toStdString(), lines.join(u'\n').toStdString());
+        EXPECT_EQ(normalised(played), normalised(lines));
     }
-    EXPECT_EQ(blocks, 3);
 }
 
 TEST(Page, FramesAreWhatTheComponentSendsAndHears)

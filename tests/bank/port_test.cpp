@@ -1,50 +1,25 @@
 // The port: linking, opening, closing, its settings.
 
-#include "bank_bench.h"
-
-#include "support/text_printers.h"
+#include "bank_fixture.h"
+#include "support/port_settings.h"
 
 namespace {
 
 using namespace tnv5;
 using namespace tnv5::tests;
-using platform::TParity;
-using platform::TStopBits;
+using Port = TBankTest;
 
-class Port : public TBankTest
-{
-protected:
-    void spoilSettings()
-    {
-        port->SetBaudRate(19'200);
-        port->SetDataBits(7);
-        port->SetParity(TParity::Odd);
-        port->SetStopBits(TStopBits::Two);
-        port->SetReadGap(77);
-    }
-
-    void expectSettings(int baudRate, int dataBits, TParity parity, TStopBits stopBits, int readGap) const
-    {
-        EXPECT_EQ(port->BaudRate(), baudRate);
-        EXPECT_EQ(port->DataBits(), dataBits);
-        EXPECT_EQ(port->Parity(), parity);
-        EXPECT_EQ(port->StopBits(), stopBits);
-        EXPECT_EQ(port->ReadGap(), readGap);
-    }
-    void expectOwnSettings() const { expectSettings(9600, 8, TParity::None, TStopBits::One, 0); }
-    void expectSpoilt() const { expectSettings(19'200, 7, TParity::Odd, TStopBits::Two, 77); }
-
-    const QString kWaitingCard = QStringLiteral("error [8] Waiting card...");
-};
+constexpr TPortSettings kOwn{9600, 8, platform::TParity::None, platform::TStopBits::One, 0};
+const QString kWaitingCard = QStringLiteral("error [8] Waiting card...");
 
 TEST_F(Port, SettingsOfEveryVersion)
 {
     for (const int type : {1, 2, 3}) {
-        spoilSettings();
+        spoilSettings(*port);
         pos->SetPosType(type);
-        expectSpoilt();
+        EXPECT_EQ(settingsOf(*port), kSpoilt);
         pos->SetUpComport();
-        expectOwnSettings();
+        EXPECT_EQ(settingsOf(*port), kOwn);
     }
     trace.expect({});
 }
@@ -52,10 +27,10 @@ TEST_F(Port, SettingsOfEveryVersion)
 TEST_F(Port, WithoutAVersionTheSettingsOfTheHostStay)
 {
     for (const int type : {0, 4, -1}) {
-        spoilSettings();
+        spoilSettings(*port);
         pos->SetPosType(type);
         pos->SetUpComport();
-        expectSpoilt();
+        EXPECT_EQ(settingsOf(*port), kSpoilt);
     }
 }
 
@@ -79,6 +54,7 @@ TEST_F(Port, SetUpKeepsWhatArrived)
 
 TEST_F(Port, IsConnectedAsThePortSays)
 {
+    EXPECT_FALSE(TBankPos().IsConnected());
     EXPECT_TRUE(pos->IsConnected());
     port->Close();
     EXPECT_FALSE(pos->IsConnected());
@@ -91,13 +67,13 @@ TEST_F(Port, IsConnectedAsThePortSays)
 TEST_F(Port, OpeningSetsUpOpensAndTellsTheErrorHandler)
 {
     port->Close();
-    spoilSettings();
+    spoilSettings(*port);
     bool settled = false;
-    port->OnOpening = [&] { settled = port->BaudRate() == 9600 && port->ReadGap() == 0; };
+    port->OnOpening = [&] { settled = settingsOf(*port) == kOwn; };
     EXPECT_TRUE(pos->SetConnection(true));
     EXPECT_TRUE(settled) << "before it is opened";
     EXPECT_TRUE(port->Connected());
-    expectOwnSettings();
+    EXPECT_EQ(settingsOf(*port), kOwn);
     trace.expect({kWaitingCard});
 }
 
@@ -112,7 +88,7 @@ TEST_F(Port, WaitingForTheCardNeedsBothHandlers)
     pos->SetOnLog({});
     EXPECT_TRUE(pos->SetConnection(true));
     trace.expect({});
-    trace.attach(*pos);
+    attach();
     pos->SetOnError({});
     EXPECT_TRUE(pos->SetConnection(true));
     trace.expect({});
@@ -120,11 +96,11 @@ TEST_F(Port, WaitingForTheCardNeedsBothHandlers)
 
 TEST_F(Port, ClosingSaysNothing)
 {
-    spoilSettings();
+    spoilSettings(*port);
     EXPECT_TRUE(pos->SetConnection(false));
     EXPECT_FALSE(port->Connected());
     EXPECT_TRUE(pos->SetConnection(false));
-    expectSpoilt();
+    EXPECT_EQ(settingsOf(*port), kSpoilt);
     trace.expect({});
 }
 
@@ -161,11 +137,11 @@ TEST_F(Port, WithoutAPortConnectionIsReported)
 TEST_F(Port, WithoutAVersionItOpensAllTheSame)
 {
     port->Close();
-    spoilSettings();
+    spoilSettings(*port);
     pos->SetPosType(0);
     EXPECT_TRUE(pos->SetConnection(true));
     EXPECT_TRUE(port->Connected());
-    expectSpoilt();
+    EXPECT_EQ(settingsOf(*port), kSpoilt);
     trace.expect({kWaitingCard});
 }
 

@@ -1,22 +1,18 @@
 // What handlers may change in the middle of a packet, and what it does.
 
-#include "bank_bench.h"
-
-#include "support/text_printers.h"
+#include "bank_fixture.h"
 
 namespace {
 
 using namespace tnv5;
 using namespace tnv5::tests;
 
-class InTheMiddle : public TBankTest
-{
-};
+using InTheMiddle = TBankTest;
 
 TEST_F(InTheMiddle, ACancelEventRevivesNothing)
 {
-    trace.acceptAmount = trace.acceptCard = trace.acceptAnswer = false;
-    trace.OnApply = [](const QString& status, bool& apply) { apply = status.startsWith("CANCEL"); };
+    acceptAmount = acceptCard = acceptAnswer = false;
+    OnApply = [](const QString& status, bool& apply) { apply = status.startsWith("CANCEL"); };
     feed(kAskAmount);
     trace.expect({packet(kAskAmount), bare("WAIT"), kLogRequest, kAck, "amount 0 0 apply=0", kNak, kLogCancel,
                   bare("CANCEL_1")});
@@ -33,7 +29,7 @@ TEST_F(InTheMiddle, ACancelEventRevivesNothing)
 TEST_F(InTheMiddle, ClearingApplyLaterStopsNothing)
 {
     pos->SetCodeError("00;");
-    trace.OnApply = [](const QString& status, bool& apply) {
+    OnApply = [](const QString& status, bool& apply) {
         if ((status == "WAIT" && apply) || status == "OK") {
             apply = false;
         }

@@ -1,7 +1,6 @@
 // Every text of the component, letter for letter.
 
-#include "bank_bench.h"
-#include "support/text_printers.h"
+#include "bank_fixture.h"
 #include "tnv5/bank/serial_bank_texts.h"
 #include "tnv5/bank/terminal_version.h"
 
@@ -125,7 +124,7 @@ TEST_P(Spoken, EveryMessageWhereItBelongs)
     feed(framed("01=1\x1C"
                 "06=05"));
     EXPECT_TRUE(trace.take().contains(logged(said(5))));
-    trace.acceptAnswer = false;
+    acceptAnswer = false;
     feed(framed(kAnswerBody));
     EXPECT_EQ(trace.take().filter("log ").last(), logged(said(2)));
     port->Close();

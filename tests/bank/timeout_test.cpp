@@ -1,8 +1,6 @@
 // The time-out, with the time in the test's hand.
 
-#include "bank_bench.h"
-
-#include "support/text_printers.h"
+#include "bank_fixture.h"
 
 #include <limits>
 
@@ -17,7 +15,7 @@ constexpr qint64 kUnit = 1800 * kSecond;
 class TimeOut : public TBankTest
 {
 protected:
-    explicit TimeOut(qint64 startMs = TManualClock::at(9, 0)) : TBankTest() { clock.jumpTo(startMs); }
+    TimeOut() { clock.jumpTo(TManualClock::at(9, 0)); }
 
     void expectTimeOut(TSourceLine where = TSourceLine::current()) { trace.expect({bare("TIMEOUT")}, where); }
     void expectSilence(TSourceLine where = TSourceLine::current()) { trace.expect({}, where); }
@@ -76,6 +74,16 @@ TEST_F(TimeOut, LimitIsReadAtTheTick)
     expectTimeOut();
 }
 
+TEST_F(TimeOut, CountsFromTheSendingOfTheAmount)
+{
+    trace.once("amount", [&] { clock.advance(600 * kSecond); }); // a host that takes its time
+    sendAmount();
+    clock.advance(kUnit);
+    expectSilence();
+    clock.advance(kSecond);
+    expectTimeOut();
+}
+
 TEST_F(TimeOut, EveryPacketRenewsIt)
 {
     for (const QByteArray& renewing :
@@ -119,7 +127,7 @@ TEST_F(TimeOut, NothingIsAwaitedBeforeTheAmount)
     trace.take();
     clock.advance(3 * kUnit);
     expectSilence();
-    trace.acceptAmount = false;
+    acceptAmount = false;
     feed(kAskAmount);
     trace.take();
     clock.advance(3 * kUnit);
@@ -129,7 +137,7 @@ TEST_F(TimeOut, NothingIsAwaitedBeforeTheAmount)
 TEST_F(TimeOut, TheAnswerEndsTheWaiting)
 {
     for (const bool accept : {true, false}) {
-        trace.acceptAnswer = accept;
+        acceptAnswer = accept;
         sendAmount();
         feed(framed(kAnswerBody));
         trace.take();
@@ -141,7 +149,7 @@ TEST_F(TimeOut, TheAnswerEndsTheWaiting)
 TEST_F(TimeOut, ARefusedAmountLeavesTheWaitingAsItWas)
 {
     sendAmount();
-    trace.acceptAmount = false;
+    acceptAmount = false;
     feed(kAskAmount);
     trace.take();
     clock.advance(kUnit + kSecond);
@@ -230,7 +238,7 @@ TEST_F(TimeOut, NeedsNoHandler)
     pos->SetOnRequestOperation({});
     sendAmount();
     clock.advance(2 * kUnit);
-    trace.attach(*pos);
+    attach();
     clock.advance(2 * kUnit);
     expectSilence();
 }
@@ -276,25 +284,25 @@ TEST_F(TimeOut, APacketAfterMidnightRenewsIt)
 TEST_F(TimeOut, HandlersOfItMayDoAnything)
 {
     for (const int what : {0, 1, 2, 3}) {
-        TBankBench bench;
-        bench.sendAmount();
-        bench.trace.once("TIMEOUT", [&, what] {
+        TBankFixture fixture;
+        fixture.sendAmount();
+        fixture.trace.once("TIMEOUT", [&, what] {
             if (what == 0) {
-                bench.pos.reset();
+                fixture.pos.reset();
             } else if (what == 1) {
-                bench.feed(kAskAmount); // re-enters
+                fixture.feed(kAskAmount); // re-enters
             } else if (what == 2) {
                 throw std::runtime_error("host trouble");
             } else {
-                bench.port.reset();
+                fixture.port.reset();
             }
         });
-        bench.clock.advance(kUnit + kSecond);
-        const QStringList lines = bench.trace.take();
+        fixture.clock.advance(kUnit + kSecond);
+        const QStringList lines = fixture.trace.take();
         EXPECT_EQ(lines.first(), bare("TIMEOUT"));
         EXPECT_EQ(lines.size(), what == 1 ? 10 : what == 2 ? 2 : 1);
-        bench.clock.advance(kUnit + kSecond);
-        bench.trace.expect(what == 1 ? QStringList{bare("TIMEOUT")} : QStringList{});
+        fixture.clock.advance(kUnit + kSecond);
+        fixture.trace.expect(what == 1 ? QStringList{bare("TIMEOUT")} : QStringList{});
     }
 }
 

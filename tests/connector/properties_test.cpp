@@ -1,5 +1,5 @@
 #include "connector_fixture.h"
-#include "support/published.h"
+#include "support/published_suite.h"
 
 #include <QMetaEnum>
 #include <QPointer>
@@ -10,33 +10,24 @@ using namespace tnv5;
 using namespace tnv5::tests;
 using namespace tnv5::connector;
 
-const TPublishedTable kPublished = {
-    {"ComPort", static_cast<platform::TComPort*>(nullptr)},
-    {"ConnectorType", podEmpty},
-    {"OnError", platform::TLogEvent()},
-    {"OnLog", platform::TLogEvent()},
-    {"OnGetData", platform::TLogEvent()},
-    {"IsConnected", false},
+struct TPublishedConnector
+{
+    using Component = TDeviceConnector;
+
+    static TPublishedTable table()
+    {
+        return {
+            {"ComPort", static_cast<platform::TComPort*>(nullptr)},
+            {"ConnectorType", podEmpty},
+            {"OnError", platform::TLogEvent()},
+            {"OnLog", platform::TLogEvent()},
+            {"OnGetData", platform::TLogEvent()},
+            {"IsConnected", false},
+        };
+    }
 };
 
-TEST(Properties, ArePublishedInTheirOrder)
-{
-    expectPublished(TDeviceConnector::staticMetaObject, kPublished);
-}
-
-TEST(Properties, HaveTheirTypes)
-{
-    expectTypes(TDeviceConnector::staticMetaObject, kPublished);
-}
-
-TEST(Properties, HaveTheirDefaults)
-{
-    TDeviceConnector bus;
-    expectDefaults(bus, kPublished);
-    EXPECT_EQ(bus.DeviceCount(), 0);
-    EXPECT_EQ(bus.DeviceItem(0), nullptr);
-    EXPECT_FALSE(bus.Designing());
-}
+INSTANTIATE_TYPED_TEST_SUITE_P(Connector, Published, TPublishedConnector);
 
 TEST(Properties, TypesHaveTheirNumbersAndNames)
 {
@@ -108,6 +99,8 @@ TEST(Properties, WorkWithoutAnyHandler)
 {
     TMemoryPort port;
     TDeviceConnector bus;
+    EXPECT_EQ(bus.DeviceCount(), 0);
+    EXPECT_EQ(bus.DeviceItem(0), nullptr);
     bus.SetComport(&port);
     bus.SetConnectorType(podComPort);
     bus.ProcessDataToDevice("0.0.0.0", "$000APING");
@@ -182,13 +175,6 @@ TEST_F(Designer, KeepsEveryProperty)
     EXPECT_TRUE(bus->OnLog());
     EXPECT_TRUE(bus->OnError());
     EXPECT_TRUE(bus->OnGetData());
-}
-
-TEST_F(Designer, IsInheritedFromTheOwner)
-{
-    const auto* child = new TDeviceConnector(bus.get());
-    EXPECT_TRUE(child->Designing());
-    EXPECT_FALSE(TDeviceConnector(port.get()).Designing());
 }
 
 TEST(Owner, FreesTheConnector)

@@ -117,6 +117,7 @@ struct THostileD24
     using Fixture = TD24Fixture;
     static constexpr char kBye[] = "bye";
 
+    static auto& component(Fixture& fixture) { return fixture.gate; }
     static std::span<const TPlay<Fixture>> plays() { return kRuns; }
     static QString read(const QString& line) { return tests::read(line); }
     static void dropLink(Fixture& fixture) { fixture.link.reset(); }

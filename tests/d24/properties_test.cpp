@@ -1,5 +1,5 @@
 #include "d24_fixture.h"
-#include "support/published.h"
+#include "support/published_suite.h"
 
 #include <QMetaEnum>
 
@@ -9,58 +9,41 @@ using namespace tnv5;
 using namespace tnv5::tests;
 using namespace tnv5::d24;
 
-QVariant property(const QObject& object, const char* name)
+struct TPublishedD24
 {
-    const QVariant value = object.property(name);
-    EXPECT_TRUE(value.isValid()) << name;
-    return value;
-}
+    using Component = TTurnStylerDeviceD24;
 
-const TPublishedTable kPublished = {
-    {"CheckCross", false},
-    {"pingdelay", 15},
-    {"CheckET", false},
-    {"DeviceList", QVariantList(), TPublished::ReadOnly},
-    {"Connector", static_cast<connector::TDeviceConnector*>(nullptr)},
-    {"RelayOpen", 1},
-    {"RelayClose", 0},
-    {"RelayOpenDoor", 3},
-    {"RelayCloseDoor", 0},
-    {"TimeDelayOpen", 2},
-    {"TimeOut", 5},
-    {"OnLog", platform::TLogEvent()},
-    {"OnError", platform::TLogEvent()},
-    {"OnCheckStatus", TCheckStatusDevice()},
-    {"OnCheckSQL", TCheckSQLDevice()},
-    {"OnGetImg", TGetImg()},
-    {"Server", QString()},
-    {"Port", 0},
-    {"RemoutDevice", podNone},
+    static TPublishedTable table()
+    {
+        return {
+            {"CheckCross", false},
+            {"pingdelay", 15},
+            {"CheckET", false},
+            {"DeviceList", QVariantList(), TPublished::ReadOnly},
+            {"Connector", static_cast<connector::TDeviceConnector*>(nullptr)},
+            {"RelayOpen", 1},
+            {"RelayClose", 0},
+            {"RelayOpenDoor", 3},
+            {"RelayCloseDoor", 0},
+            {"TimeDelayOpen", 2},
+            {"TimeOut", 5},
+            {"OnLog", platform::TLogEvent()},
+            {"OnError", platform::TLogEvent()},
+            {"OnCheckStatus", TCheckStatusDevice()},
+            {"OnCheckSQL", TCheckSQLDevice()},
+            {"OnGetImg", TGetImg()},
+            {"Server", QString()},
+            {"Port", 0},
+            {"RemoutDevice", podNone},
+        };
+    }
 };
 
-TEST(Properties, ArePublishedInTheirOrder)
-{
-    expectPublished(TTurnStylerDeviceD24::staticMetaObject, kPublished);
-}
+INSTANTIATE_TYPED_TEST_SUITE_P(D24, Published, TPublishedD24);
 
-TEST(Properties, HaveTheirTypes)
-{
-    expectTypes(TTurnStylerDeviceD24::staticMetaObject, kPublished);
-}
-
-TEST(Properties, HaveTheirDefaults)
-{
-    const TTurnStylerDeviceD24 gate;
-    expectDefaults(gate, kPublished);
-    EXPECT_EQ(gate.StackItemsCount(), 0);
-    EXPECT_EQ(gate.StackItem(0), nullptr);
-    EXPECT_FALSE(gate.Designing());
-}
-
-TEST(Properties, KeepWhatIsWrittenEachItsOwn)
+TEST(Properties, KeepWhatIsWritten)
 {
     TTurnStylerDeviceD24 gate;
-    expectKeepsNumbers(gate, kPublished);
     EXPECT_TRUE(gate.setProperty("CheckET", true));
     EXPECT_TRUE(gate.CheckET());
     EXPECT_FALSE(gate.CheckCross());
@@ -98,34 +81,16 @@ TEST(Properties, EventsCanBeWrittenAndRead)
 {
     const TManualClock clock;
     TTurnStylerDeviceD24 gate;
-    QStringList called;
-    const auto text = [&called](const char* name) {
-        return QVariant::fromValue<platform::TLogEvent>(
-            [&called, name](TComponent*, const QString&) { called << name; });
-    };
-    EXPECT_TRUE(gate.setProperty("OnLog", text("log")));
-    EXPECT_TRUE(gate.setProperty("OnError", text("error")));
-    EXPECT_TRUE(gate.setProperty("OnGetImg",
-                                 QVariant::fromValue<TGetImg>([&called](auto&&...) { called << "img"; })));
-    EXPECT_TRUE(gate.setProperty("OnCheckStatus", QVariant::fromValue<TCheckStatusDevice>(
-                                                      [&called](auto&&...) { called << "status"; })));
-    EXPECT_TRUE(gate.setProperty(
-        "OnCheckSQL", QVariant::fromValue<TCheckSQLDevice>([&called](auto&&...) { called << "check"; })));
-    gate.p_hw_ProtocolIn("$1:001TRQ7AB");
-    EXPECT_EQ(called.join(u' '), "log img status status status check");
-    called.clear();
-    property(gate, "OnError").value<platform::TLogEvent>()(&gate, "x");
-    property(gate, "OnLog").value<platform::TLogEvent>()(&gate, "x");
-    EXPECT_EQ(called.join(u' '), "error log");
-    EXPECT_TRUE(property(gate, "OnGetImg").value<TGetImg>());
-    EXPECT_TRUE(property(gate, "OnCheckStatus").value<TCheckStatusDevice>());
-    EXPECT_TRUE(property(gate, "OnCheckSQL").value<TCheckSQLDevice>());
+    expectEventsAsProperties<TCheckStatusDevice, TCheckSQLDevice, TGetImg>(
+        gate, [&] { gate.p_hw_ProtocolIn("$1:001TRQ7AB"); }, "log img status status status check");
 }
 
 TEST(Properties, AComponentWithoutHandlersWorks)
 {
     TManualClock clock;
     TTurnStylerDeviceD24 gate;
+    EXPECT_EQ(gate.StackItemsCount(), 0);
+    EXPECT_EQ(gate.StackItem(0), nullptr);
     for (const char* line : {"", "$", "#", "$1:001TRQ7AB", "#1:001TPING00", "#1:001TCROSS00", "#2:002TBTPH00",
                              "$1:001TPRxx", "$1:001TPR0AB"}) {
         gate.p_hw_ProtocolIn(line);
@@ -140,20 +105,12 @@ TEST(Properties, TheControllersAreShownToReflection)
     TTurnStylerDeviceD24 gate;
     gate.DevicePing("10.0.0.5", "001G", "G");
     gate.DevicePing("10.0.0.6", "002T", "T");
-    const QVariantList list = property(gate, "DeviceList").toList();
+    const QVariantList list = gate.property("DeviceList").toList();
     ASSERT_EQ(list.size(), 2);
     EXPECT_EQ(
         list[0].toMap(),
         QVariantMap({{"IP", "10.0.0.5"}, {"Device", "001G"}, {"DeviceType", "G"}, {"Pingtime", 46'027.25}}));
     EXPECT_EQ(list[1].toMap()["Device"], "002T");
-}
-
-TEST(Owner, FreesTheComponent)
-{
-    auto owner = std::make_unique<QObject>();
-    const QPointer<TTurnStylerDeviceD24> gate = new TTurnStylerDeviceD24(owner.get());
-    owner.reset();
-    EXPECT_TRUE(gate.isNull());
 }
 
 class Designer : public TD24Test
@@ -220,12 +177,6 @@ TEST_F(Designer, HasNoTimers)
     gate->p_hw_ProtocolIn("x");
     clock.advance(10'000);
     trace.expect({read("x")}); // no pass at once, none later, and no silent controller
-}
-
-TEST_F(Designer, IsInheritedFromTheOwner)
-{
-    const auto* child = new TTurnStylerDeviceD24(gate.get());
-    EXPECT_TRUE(child->Designing());
 }
 
 } // namespace

@@ -2,25 +2,18 @@
 // and what is checked is shown or refused. The first twenty bytes are the numbers, the rest is both the key
 // and the text.
 
+#include "fuzz_host.h"
 #include "tnv5/coffee/qr_text.h"
-#include "tnv5/testing/manual_clock.h"
 #include "tnv5/tools/coffee_check.h"
 
 #include <array>
-#include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 using namespace tnv5;
 
 namespace {
 
-void require(bool holds)
-{
-    if (!holds) {
-        std::abort();
-    }
-}
+using fuzz::require;
 
 void makeAndCheck(const std::array<int, 5>& numbers, const QString& key)
 {

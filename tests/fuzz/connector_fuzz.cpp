@@ -2,28 +2,16 @@
 // consumer hears do not depend on how the stream is cut. The first byte chooses the host's manners, the
 // second one the size of the pieces; the rest is both the stream and, line by line, the commands.
 
+#include "fuzz_host.h"
 #include "tnv5/connector/board_command.h"
 #include "tnv5/connector/device_connector.h"
 #include "tnv5/platform/code_page.h"
-#include "tnv5/testing/memory_port.h"
-
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <stdexcept>
 
 using namespace tnv5;
 using connector::TDeviceConnector;
 using platform::TComponent;
 
 namespace {
-
-void require(bool holds)
-{
-    if (!holds) {
-        std::abort();
-    }
-}
 
 /// Routed lines in no order: it is each splitter's own order that does not depend on the cuts.
 QStringList routedLines(const QByteArray& stream, qsizetype piece)
@@ -42,10 +30,10 @@ QStringList routedLines(const QByteArray& stream, qsizetype piece)
 }
 
 /// A host that misbehaves in every seventh call of its handlers.
-class THost
+class THost final : public fuzz::THostBase
 {
 public:
-    explicit THost(std::uint8_t manners) : FManners(manners)
+    explicit THost(std::uint8_t manners) : THostBase(manners, 7, 3)
     {
         FPort.KeepWrites = false;
         FBus->SetConnectorType((FManners & 8) == 0 ? connector::podComPort : connector::podNet);
@@ -75,23 +63,18 @@ private:
         const bool display = connector::isDisplayCommand(connector::parseCommand(text));
         const bool known = connector::boardLine(connector::parseCommand(text)).has_value();
         const QString result = FBus->SendCommand(text);
-        require(!FBus || result.size() == (known ? 2 : 0));
-        require(!(known && display));
+        fuzz::require(!FBus || result.size() == (known ? 2 : 0));
+        fuzz::require(!(known && display));
     }
 
-    void act()
+    void misbehave() override
     {
-        if (++FCalls % 7 != 0 || FDepth > 2) {
-            return;
-        }
-        ++FDepth;
         switch (FManners & 7) {
         case 1:
             FPort.feed("$000APING\r#000BHWGX=G20x4/GR=NYN/\r");
             break;
         case 2:
-            --FDepth;
-            throw std::runtime_error("host");
+            raise();
         case 3:
             FBus.reset();
             break;
@@ -111,14 +94,10 @@ private:
         default:
             break;
         }
-        --FDepth;
     }
 
     testkit::TMemoryPort FPort;
     std::unique_ptr<TDeviceConnector> FBus = std::make_unique<TDeviceConnector>();
-    std::uint8_t FManners;
-    int FCalls = 0;
-    int FDepth = 0;
 };
 
 } // namespace
@@ -130,7 +109,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const auto previous = platform::setExceptionHandler([](const QString&, const std::exception_ptr&) {});
     const QByteArray stream(reinterpret_cast<const char*>(data) + 2, static_cast<qsizetype>(size) - 2);
-    require(routedLines(stream, stream.size() + 1) == routedLines(stream, 1 + data[1] % 16));
+    fuzz::require(routedLines(stream, stream.size() + 1) == routedLines(stream, 1 + data[1] % 16));
     THost host(data[0]);
     for (const QByteArray& line : stream.split('\r')) {
         host.serve(line);

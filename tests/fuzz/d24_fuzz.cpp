@@ -2,14 +2,9 @@
 // component survives, and in the end every pass is retired. The first byte chooses the host's manners; in the
 // stream, a byte 0xF0 to 0xFF lets time pass, a carriage return ends a line.
 
+#include "fuzz_host.h"
 #include "tnv5/d24/d24_device.h"
 #include "tnv5/platform/code_page.h"
-#include "tnv5/testing/manual_clock.h"
-
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <stdexcept>
 
 using namespace tnv5;
 using d24::TComponent;
@@ -34,15 +29,17 @@ public:
     }
 };
 
-class THost
+class THost final : public fuzz::THostBase
 {
 public:
-    explicit THost(std::uint8_t manners) : FManners(manners)
+    static constexpr std::size_t kChoices = 1;
+
+    explicit THost(const std::uint8_t* choices) : THostBase(choices[0], 7, 3)
     {
         FLink->OnSend = [this] { act(); };
         FGate->SetConnector(FLink.get());
-        FGate->SetCheckET((manners & 1) != 0);
-        FGate->SetCheckCross((manners & 2) != 0);
+        FGate->SetCheckET((FManners & 1) != 0);
+        FGate->SetCheckCross((FManners & 2) != 0);
         FGate->SetOnLog([](TComponent*, const QString&) {});
         FGate->SetOnError([this](TComponent*, const QString&) { act(); });
         FGate->SetOnGetImg([this](TComponent*, const QString&, QImage&) { act(); });
@@ -53,7 +50,7 @@ public:
                                     const QVariant&, const QVariant&, QImage&, const QVariant&,
                                     QVariant& message, QVariant& result) {
             message = FCalls % 2 == 0 ? QVariant() : QVariant(QStringLiteral("|Hello||||L|"));
-            answer(result);
+            answer(result, FTired ? 1 : FCalls);
             act();
         });
     }
@@ -82,18 +79,15 @@ public:
         for (int left = FGate->StackItemsCount(); left > 0; --left) {
             FClock.advance(100);
         }
-        if (FGate->StackItemsCount() > 0) {
-            std::abort();
-        }
+        fuzz::require(FGate->StackItemsCount() == 0);
     }
 
 private:
-    void act()
+    void misbehave() override
     {
-        if (FTired || ++FCalls % 7 != 0 || FDepth > 2) {
+        if (FTired) {
             return;
         }
-        ++FDepth;
         switch (FManners >> 2 & 7) {
         case 1: // pumps messages
             if (FLink) {
@@ -101,8 +95,7 @@ private:
             }
             break;
         case 2:
-            FDepth = 0;
-            throw std::runtime_error("host");
+            raise();
         case 3:
             FGate.reset(); // destroys the component
             break;
@@ -123,34 +116,11 @@ private:
             FClock.advance(2'500);
             break;
         }
-        --FDepth;
     }
 
-    void answer(QVariant& result) const
-    {
-        switch (FTired ? 1 : FCalls % 5) {
-        case 0:
-            result = 0;
-            break;
-        case 1:
-        case 2:
-            result = 1;
-            break;
-        case 3:
-            result = QStringLiteral("not a number");
-            break;
-        default:
-            break;
-        }
-    }
-
-    testkit::TManualClock FClock;
     std::unique_ptr<TLink> FLink = std::make_unique<TLink>();
     std::unique_ptr<d24::TTurnStylerDeviceD24> FGate = std::make_unique<d24::TTurnStylerDeviceD24>();
     QByteArray FLine;
-    std::uint8_t FManners;
-    int FCalls = 0;
-    int FDepth = 0;
     bool FTired = false;
 };
 
@@ -158,14 +128,6 @@ private:
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const auto previous = platform::setExceptionHandler([](const QString&, const std::exception_ptr&) {});
-    if (size > 0) {
-        THost host(data[0]);
-        for (std::size_t i = 1; i < size; ++i) {
-            host.arrive(data[i]);
-        }
-        host.evening();
-    }
-    platform::setExceptionHandler(previous);
+    fuzz::play<THost>(data, size);
     return 0;
 }

@@ -38,27 +38,30 @@ protected:
     template <class Body>
     void whileLocked(Body&& body)
     {
-        {
-            QSqlDatabase other =
-                QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("other"));
-            other.setDatabaseName(FFile);
-            ASSERT_TRUE(other.open());
+        elsewhere([&](QSqlDatabase& other) {
             execute(other, QStringLiteral("BEGIN IMMEDIATE"));
             body();
             execute(other, QStringLiteral("ROLLBACK"));
-        }
-        QSqlDatabase::removeDatabase(QStringLiteral("other"));
+        });
     }
 
     /// Runs one statement as another program would.
     void elsewhere(const QString& sql)
+    {
+        elsewhere([&](QSqlDatabase& other) { execute(other, sql); });
+    }
+
+    /// Runs `body` with a connection such as another program has.
+    template <class Body>
+    requires std::is_invocable_v<Body, QSqlDatabase&>
+    void elsewhere(const Body& body)
     {
         {
             QSqlDatabase other =
                 QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("other"));
             other.setDatabaseName(FFile);
             ASSERT_TRUE(other.open());
-            execute(other, sql);
+            body(other);
         }
         QSqlDatabase::removeDatabase(QStringLiteral("other"));
     }

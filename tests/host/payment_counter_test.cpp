@@ -1,6 +1,7 @@
 #include "tnv5/host/payment_counter.h"
 
 #include "club_fixture.h"
+#include "support/bytes.h"
 #include "support/text_printers.h"
 #include "tnv5/testing/manual_clock.h"
 #include "tnv5/testing/memory_port.h"
@@ -8,14 +9,7 @@
 namespace tnv5::host {
 namespace {
 
-QByteArray framed(const QByteArray& body)
-{
-    char check = 0x03;
-    for (const char byte : body) {
-        check = static_cast<char>(check ^ byte);
-    }
-    return "\x02" + body + "\x03" + check;
-}
+using tests::framed;
 
 const QByteArray kRequest = "\x02\x05\x03\x06";
 const QByteArray kEnd = "\x02\x04\x03\x07";

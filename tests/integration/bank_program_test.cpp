@@ -80,6 +80,14 @@ protected:
         return code;
     }
 
+    /// The customer begins, and the amount goes to the terminal.
+    void sendAmount(TRun& run)
+    {
+        EXPECT_TRUE(run.says("waiting until"));
+        terminal.begin({});
+        EXPECT_TRUE(run.says("goes to the terminal"));
+    }
+
     QString outcome() const
     {
         host::TDatabase club(file);
@@ -139,9 +147,7 @@ TEST_F(BankProgram, ALostLineIsUnknown)
 {
     terminal.CardMs = 60'000;
     TRun run(pay());
-    EXPECT_TRUE(run.says("waiting until"));
-    terminal.begin({});
-    EXPECT_TRUE(run.says("goes to the terminal"));
+    sendAmount(run);
     pty.unplug();
     EXPECT_EQ(run.exitCode(), 5) << run.output().toStdString();
     EXPECT_EQ(outcome(), "unknown");
@@ -160,9 +166,7 @@ TEST_F(BankProgram, CtrlCAfterTheAmountRefusesTheCard)
 {
     terminal.CardMs = 1'500;
     TRun run(pay());
-    EXPECT_TRUE(run.says("waiting until"));
-    terminal.begin({});
-    EXPECT_TRUE(run.says("goes to the terminal"));
+    sendAmount(run);
     run.stop();
     EXPECT_EQ(run.exitCode(), 4) << run.output().toStdString();
     EXPECT_EQ(outcome(), "cancelled");
@@ -173,9 +177,7 @@ TEST_F(BankProgram, APaymentThatAKilledProgramLeftIsUnknown)
     terminal.CardMs = 60'000;
     {
         TRun run(pay());
-        EXPECT_TRUE(run.says("waiting until"));
-        terminal.begin({});
-        EXPECT_TRUE(run.says("goes to the terminal"));
+        sendAmount(run);
     }
     EXPECT_EQ(outcome(), "");
     terminal.restart();

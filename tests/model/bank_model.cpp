@@ -1,20 +1,19 @@
-#include "bank_model.h"
-
-#include <cstdlib>
+#include "model/bank_model.h"
 
 namespace tnv5::bank::model {
 
 namespace {
 
-constexpr std::int64_t kDay = 86'400'000;
+constexpr qint64 kUnitSeconds = 1800;
+const TModelBank::TFields kNothing{"", "", "", "", "", "", "", "0"};
 
-/// Length of the packet at the beginning of a buffer; 0: more must come.
-std::size_t packetLength(const std::string& buffer)
+/// Where the packet at the beginning of a buffer ends; 0: more must come.
+qsizetype packetLength(const QByteArray& buffer)
 {
-    std::size_t etxs = 0;
-    std::size_t afterEtx = 0; // index behind the last one
-    std::size_t afterEot = 0;
-    for (std::size_t i = 0; i < buffer.size(); ++i) {
+    int etxs = 0;
+    qsizetype afterEtx = 0; // index behind the last one
+    qsizetype afterEot = 0;
+    for (qsizetype i = 0; i < buffer.size(); ++i) {
         if (buffer[i] == 3) {
             ++etxs;
             afterEtx = i + 1;
@@ -22,56 +21,143 @@ std::size_t packetLength(const std::string& buffer)
             afterEot = i + 1;
         }
     }
-    if (afterEot > afterEtx) {
+    if (either<"end: EOT", "end: no EOT">(afterEot > afterEtx)) {
         return afterEot;
     }
-    if (etxs == 0) {
+    if (!either<"end: ETX", "end: none">(etxs > 0)) {
         return 0;
     }
-    if (afterEtx < buffer.size()) {
+    if (either<"end: check byte", "end: ETX is last">(afterEtx < buffer.size())) {
         return afterEtx + 1;
     }
-    return etxs > 1 ? afterEtx : 0;
+    return either<"end: check byte is ETX", "end: check byte awaited">(etxs > 1) ? afterEtx : 0;
 }
 
-bool has(const std::string& bytes, const char* part)
+QString valueIn(const QString& packet, const QString& tag)
 {
-    return bytes.find(part) != std::string::npos;
-}
-
-std::string valueIn(const std::string& bytes, const std::string& tag)
-{
-    const std::size_t at = tag.empty() ? std::string::npos : bytes.find(tag);
-    if (at == std::string::npos) {
+    const qsizetype at = position(tag, packet);
+    if (at == 0) {
+        hit<"value: no tag">();
         return {};
     }
-    std::string value;
-    for (std::size_t i = at + tag.size(); i < bytes.size() && value.size() < 1000; ++i) {
-        if (bytes[i] == 0x1C || bytes[i] == 3) {
-            break;
+    QString value;
+    for (qsizetype i = at - 1 + tag.size(); i < packet.size(); ++i) {
+        if (packet[i] == u'\x1C' || packet[i] == u'\x03') {
+            hit<"value: ended">();
+            return value;
         }
-        value += bytes[i];
+        if (value.size() == 1000) {
+            hit<"value: cut">();
+            return value;
+        }
+        value += packet[i];
     }
+    hit<"value: to the end">();
     return value;
 }
 
-QString text(const std::string& bytes)
+bool sound(const QString& packet)
 {
-    return QString::fromLatin1(bytes.data(), qsizetype(bytes.size()));
+    const qsizetype etx = position(QChar(3), packet);
+    int check = 0;
+    for (qsizetype i = 2; i <= etx; ++i) {
+        check ^= packet[i - 1].unicode();
+    }
+    return etx > 0 && rest(packet, etx + 1) == QString(QChar(check));
 }
 
-std::string twelve(int number)
+QByteArray twelve(int number)
 {
-    std::string digits = std::to_string(number);
+    QByteArray digits = QByteArray::number(number);
     while (digits.size() < 12) {
-        digits.insert(0, "0");
+        digits.prepend('0');
     }
     return digits;
 }
 
 } // namespace
 
-QString TModel::message(int number) const
+TModelBank::TModelBank(TModelWorld& world, bool designing)
+    : TModel(world, designing),
+      FLastAsk(world.clock.timeOfDay()),
+      FTimer(world, 1000, [this] { tick(); }),
+      FSplitter(world, [this](const QByteArray& bytes) { packet(textOf(bytes, false)); })
+{
+    FSplitter.Stop.clear();
+    FSplitter.OnStart = [this](const QByteArray& buffer, qsizetype& at) {
+        if (spoken()) {
+            at = buffer.lastIndexOf('\x02') + 1;
+        }
+    };
+    FSplitter.OnStop = [this](const QByteArray& buffer, qsizetype& at) {
+        if (spoken()) {
+            at = packetLength(buffer);
+        } else {
+            hit<"version taken away inside a packet">();
+        }
+    };
+}
+
+void TModelBank::die()
+{
+    FSplitter.attach(nullptr);
+    FTimer.setEnabled(false);
+    TModel::die();
+}
+
+void TModelBank::SetComport(TModelPort* port)
+{
+    FPort = port;
+    if (!FDesigning) {
+        FSplitter.attach(port);
+    }
+}
+
+bool TModelBank::connectPort(bool open)
+{
+    TModelPort* const port = ComPort();
+    if (port == nullptr) {
+        hit<"connection: no port">();
+        error(GetMessage(0));
+        return false;
+    }
+    bool done = true;
+    attempt(
+        [&] {
+            if (either<"connection: open", "connection: close">(open)) {
+                SetUpComport();
+                port->Open();
+            } else {
+                port->Close();
+            }
+        },
+        [&](const QString& failure) {
+            either<"connection: not opened", "connection: not closed">(open);
+            done = false;
+            error(failure);
+        });
+    if (done && open && either<"connection: waits for the card", "connection: nobody logs">(bool(FOnLog))) {
+        error(GetMessage(7));
+    }
+    return done;
+}
+
+void TModelBank::SetUpComport()
+{
+    TModelPort* const port = ComPort();
+    if (port != nullptr && spoken()) {
+        hit<"set up">();
+        port->SetBaudRate(9600);
+        port->SetDataBits(8);
+        port->SetParity(0);
+        port->SetStopBits(0);
+        port->SetReadGap(0);
+    } else {
+        either<"set up: no version", "set up: no port">(port != nullptr);
+    }
+}
+
+QString TModelBank::GetMessage(int index) const
 {
     static const char* const russian[] = {"Не найден компонент для чтения порта!",
                                           "Запрос суммы платежа от терминала...",
@@ -98,175 +184,83 @@ QString TModel::message(int number) const
                                           "Confirmed",
                                           "Waiting card..."};
     static const char* const* const languages[] = {russian, ukrainian, english};
-    return FLanguage < 0 || FLanguage > 2
+    return FLang < 0 || FLang > 2 || index < 0 || index > 7
                ? QString()
-               : QStringLiteral("[%1] ").arg(number) + QString::fromUtf8(languages[FLanguage][number - 1]);
+               : QStringLiteral("[%1] ").arg(index + 1) + QString::fromUtf8(languages[FLang][index]);
 }
 
-template <class Body>
-void TModel::guard(Body&& body)
+void TModelBank::GetPosList(QStringList& names)
 {
-    try {
-        body();
-    } catch (const TGone&) {
-        return;
-    } catch (const std::exception& error) {
-        FHost.note(QStringLiteral("raised ") + QString::fromUtf8(error.what()));
+    names = QStringList{"Не выбрано"};
+    for (const char* const version : {"3", "3+", "3.2"}) {
+        names << QStringLiteral("«Ingenico» ICT220 Ver. ") + version;
     }
 }
 
-/// The host's code: afterwards the component may be gone.
-void TModel::call(const std::function<void()>& body)
+QString TModelBank::CutValue(const QString& packet, const QString& tag) const
 {
-    body();
-    if (!FAlive) {
-        throw TGone();
-    }
+    return either<"cut", "cut: no version">(spoken()) ? valueIn(packet, tag) : QString();
 }
 
-void TModel::log(const QString& line)
+QString TModelBank::MakeStr(QChar character, int count)
 {
-    if (FHasLog) {
-        call([&] { FHost.event("log " + line); });
+    QString text;
+    for (; count > 0; --count) {
+        text += character;
     }
+    return text;
 }
 
-void TModel::operation(const QString& status, const TFields& fields, bool& apply)
-{
-    if (FHasOperation) {
-        call([&] { FHost.operation(status + u' ' + fields.values.join(u'|'), apply); });
-    }
-}
-
-void TModel::write(const std::string& bytes)
-{
-    if (!FLinked || !FOpen) {
-        return;
-    }
-    if (FFailing) {
-        throw std::runtime_error("line gone");
-    }
-    FHost.note("write " + text(bytes));
-}
-
-void TModel::link(bool link)
-{
-    FLinked = link;
-    FBuffer.clear();
-    FInside = false;
-}
-
-void TModel::setConnection(bool open)
-{
-    guard([&] {
-        if (!FLinked) {
-            if (FHasError) {
-                call([&] { FHost.event("error " + message(1)); });
-            }
-            FHost.note("connection 0");
-            return;
-        }
-        FOpen = open;
-        if (open && FHasLog && FHasError) {
-            call([&] { FHost.event("error " + message(8)); });
-        }
-        FHost.note("connection 1");
-    });
-}
-
-void TModel::feed(const QByteArray& bytes)
-{
-    if (!FLinked) {
-        return;
-    }
-    FBuffer.append(bytes.constData(), std::size_t(bytes.size()));
-    while (FAlive && !FBuffer.empty()) {
-        if (!FInside) {
-            const std::size_t start = spoken() ? FBuffer.rfind('\x02') : std::string::npos;
-            if (start == std::string::npos) {
-                FBuffer.clear();
-                return;
-            }
-            FBuffer.erase(0, start);
-            FInside = true;
-        }
-        const std::size_t length = spoken() ? packetLength(FBuffer) : 0;
-        if (length == 0) {
-            return;
-        }
-        const std::string whole = FBuffer.substr(0, length);
-        FBuffer.erase(0, length);
-        FInside = false;
-        guard([&] { packet(whole); });
-    }
-}
-
-TModel::TFields TModel::fieldsOf(const std::string& bytes)
+TModelBank::TFields TModelBank::fieldsOf(const QString& text) const
 {
     TFields fields;
-    fields.values.clear();
-    for (const char* tag : {"01=", "04=", "02=", "03=", "06=", "10="}) {
-        fields.values << text(valueIn(bytes, tag));
-    }
-    if (FType == 1) {
-        fields.values << "CT"
-                      << "0";
-    } else if (FType == 2) {
-        fields.values << text(valueIn(bytes, "41=")) << text(valueIn(bytes, "40="));
-    } else {
-        fields.values << text(valueIn(bytes, "42=")) << text(valueIn(bytes, "41="));
-    }
+    const char* const tags[] = {"01=", "04=", "02=", "03=", "06=", "10="};
+    std::transform(std::begin(tags), std::end(tags), fields.begin(),
+                   [&](const char* tag) { return valueIn(text, tag); });
+    way<"version 1", "version 2", "version 3">(FType - 1);
+    fields[6] = FType == 1 ? "CT" : valueIn(text, FType == 2 ? "41=" : "42=");
+    fields[7] = FType == 1 ? "0" : valueIn(text, FType == 2 ? "40=" : "41=");
     return fields;
 }
 
-void TModel::packet(const std::string& bytes)
+void TModelBank::packet(const QString& text)
 {
-    FLastAsk = FNow % kDay;
-    if (!spoken()) {
-        return;
-    }
-    const std::size_t etx = bytes.find('\x03');
-    int check = 0;
-    for (std::size_t i = 1; etx != std::string::npos && i <= etx; ++i) {
-        check ^= static_cast<unsigned char>(bytes[i]);
-    }
-    if (etx == std::string::npos || bytes.substr(etx + 1) != std::string(1, static_cast<char>(check))) {
+    FLastAsk = FWorld.clock.timeOfDay();
+    if (!either<"sound", "spoilt">(sound(text))) {
         write("!");
         return;
     }
-    const TFields fields = fieldsOf(bytes);
-    log("Operation " + text(bytes));
-    bool apply = false;
-    if (has(bytes, "\x02\x05\x03")) {
+    const TFields fields = fieldsOf(text);
+    log("Operation " + text);
+    if (holds(text, "\x02\x05\x03")) {
         amountRequest();
-    } else if (has(bytes, "01=") && has(bytes, "06=")) {
+    } else if (holds(text, "01=") && holds(text, "06=")) {
         answer(fields);
-    } else if (has(bytes, "01=") && has(bytes, "03=") && has(bytes, "10=")) {
+    } else if (holds(text, "01=") && holds(text, "03=") && holds(text, "10=")) {
         card(fields);
-    } else if (has(bytes, "\x04")) {
-        operation("FINISH", {}, apply);
+    } else if (either<"end of the dialogue", "unknown packet">(holds(text, "\x04"))) {
+        bool apply = false;
+        tell("FINISH", kNothing, apply);
     }
 }
 
-void TModel::amountRequest()
+void TModelBank::amountRequest()
 {
     bool apply = false;
-    operation("WAIT", {}, apply);
-    log(message(2));
+    tell("WAIT", kNothing, apply);
+    log(GetMessage(1));
     write("\x06");
     int amount = 0;
     int discount = 0;
-    if (FHasAmount) {
-        call([&] { FHost.amount("amount", amount, discount, apply); });
-    }
-    if (!apply) {
+    fire(FOnAmount, this, amount, discount, apply);
+    if (!either<"amount", "amount refused">(apply)) {
         write("!");
-        log(message(3));
-        operation("CANCEL_1", {}, apply);
+        log(GetMessage(2));
+        tell("CANCEL_1", kNothing, apply);
         return;
     }
-    std::string body = "05=" + twelve(amount);
-    if (discount > 0) {
+    QByteArray body = "05=" + twelve(amount);
+    if (either<"discount", "no discount">(discount > 0)) {
         body += "\x1C"
                 "41=" +
                 twelve(discount);
@@ -277,80 +271,77 @@ void TModel::amountRequest()
         check = char(check ^ byte);
     }
     write('\x02' + body + check);
-    log(message(4) + QString::fromStdString(std::to_string(amount)));
+    log(GetMessage(3) + QString::number(amount));
     FAwaiting = true;
-    FLastAsk = FNow % kDay;
-    if (!FTicking) {
-        FTicking = true;
-        FDue = FNow + 1000;
-    }
-    operation("WAIT", {}, apply);
-    log(message(5));
+    FLastAsk = FWorld.clock.timeOfDay();
+    either<"another amount is awaited", "an amount is awaited">(FTimer.enabled());
+    FTimer.setEnabled(true);
+    tell("WAIT", kNothing, apply);
+    log(GetMessage(4));
 }
 
-void TModel::answer(const TFields& fields)
+void TModelBank::answer(const TFields& fields)
 {
-    FTicking = false;
+    either<"answer to the amount", "answer to nothing">(FAwaiting);
+    FTimer.setEnabled(false);
     FAwaiting = false;
     bool apply = false;
-    operation("GET", fields, apply);
-    if (!apply) {
+    tell("GET", fields, apply);
+    if (!either<"answer", "answer refused">(apply)) {
         write("!");
-        log(message(3));
-        operation("CANCEL_2", fields, apply);
+        log(GetMessage(2));
+        tell("CANCEL_2", fields, apply);
         return;
     }
     write("\x06");
-    const QString code = fields.values[4] + ";";
-    if (FOk.indexOf(code) >= 0) {
-        log(message(7));
-        operation("OK", fields, apply);
+    const QString code = fields[4] + ";";
+    if (either<"code in the first list", "code not in the first list">(position(code, FCodeOk) > 0)) {
+        log(GetMessage(6));
+        tell("OK", fields, apply);
     }
-    if (FError.indexOf(code) >= 0) {
-        log(message(6));
-        operation("ERROR", fields, apply);
+    if (either<"code in the second list", "code not in the second list">(position(code, FCodeError) > 0)) {
+        log(GetMessage(5));
+        tell("ERROR", fields, apply);
     }
 }
 
-void TModel::card(const TFields& fields)
+void TModelBank::card(const TFields& fields)
 {
     bool apply = false;
-    operation("START", fields, apply);
-    if (apply) {
+    tell("START", fields, apply);
+    if (either<"card", "card refused">(apply)) {
         write("\x06");
         return;
     }
     write("!");
-    log(message(3));
-    operation("CANCEL_3", fields, apply);
+    log(GetMessage(2));
+    tell("CANCEL_3", fields, apply);
 }
 
-void TModel::advance(std::int64_t ms)
+void TModelBank::tick()
 {
-    const std::int64_t target = FNow + ms;
-    while (FAlive && FTicking && FDue <= target) {
-        FNow = FDue;
-        FDue += 1000;
-        guard([&] { tick(); });
-    }
-    FNow = target;
-}
-
-void TModel::tick()
-{
-    const std::int64_t seconds = std::abs(FNow % kDay - FLastAsk) / 1000;
-    if (FLinked && FOpen && FAwaiting && seconds > std::int64_t(FTimeOut) * 1800) {
+    if (!IsConnected()) {
+        hit<"tick: not connected">();
+    } else if (FAwaiting && either<"time out", "in time">(
+                                apart(FWorld.clock.timeOfDay(), FLastAsk, FTimeOut * kUnitSeconds))) {
         FAwaiting = false;
-        FTicking = false;
+        FTimer.setEnabled(false);
         bool apply = false;
-        operation("TIMEOUT", {}, apply);
+        tell("TIMEOUT", kNothing, apply);
     }
 }
 
-QString TModel::cut(const QString& packet, const QString& tag)
+void TModelBank::tell(const QString& status, const TFields& fields, bool& apply)
 {
-    return spoken() ? text(valueIn(packet.toLatin1().toStdString(), tag.toLatin1().toStdString()))
-                    : QString();
+    fire(FOnOperation, this, fields[0], fields[1], fields[2], fields[3], fields[4], fields[5], apply, status,
+         fields[6], fields[7]);
+}
+
+void TModelBank::write(const QByteArray& bytes)
+{
+    if (either<"written", "not connected">(IsConnected())) {
+        callOut([&] { ComPort()->Write(bytes); });
+    }
 }
 
 } // namespace tnv5::bank::model

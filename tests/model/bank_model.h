@@ -1,87 +1,85 @@
 #pragma once
 
-#include "bank_side.h"
+#include "model/kit/model_world.h"
+#include "model/kit/texts.h"
 
-#include <string>
+#include <QStringList>
+#include <array>
 
 namespace tnv5::bank::model {
 
-/// The rules of the bank terminal, written down once more; shares no code with the component.
-class TModel final : public TSide
+using namespace modelkit;
+
+/// What the bank terminal's component does, told once more. Its names are those of the component.
+class TModelBank final : public TModel
 {
 public:
-    TModel(THost& host, std::int64_t startMs) : FHost(host), FNow(startMs) {}
+    using TText = std::function<void(TModel*, const QString&)>;
+    using TOperation = std::function<void(TModel*, const QString&, const QString&, const QString&,
+                                          const QString&, const QString&, const QString&, bool&,
+                                          const QString&, const QString&, const QString&)>;
+    using TAmount = std::function<void(TModel*, int&, int&, bool&)>;
 
-    void feed(const QByteArray& bytes) override;
-    void advance(std::int64_t ms) override;
-    void setType(int type) override { FType = type; }
-    void setTimeOut(int units) override { FTimeOut = units; }
-    void setLanguage(int language) override { FLanguage = language; }
-    void setCodes(const QString& ok, const QString& error) override
+    TModelBank(TModelWorld& world, bool designing);
+    void die() override;
+
+    void SetOnLog(TText event) { FOnLog = std::move(event); }
+    void SetOnError(TText event) { FOnError = std::move(event); }
+    void SetOnRequestOperation(TOperation event) { FOnOperation = std::move(event); }
+    void SetOnRequestAmount(TAmount event) { FOnAmount = std::move(event); }
+    int IDLang() const { return FLang; }
+    void SetIDLang(int lang) { FLang = lang; }
+    int PosType() const { return FType; }
+    void SetPosType(int type) { FType = type; }
+    int TimeOut() const { return FTimeOut; }
+    void SetTimeOut(int units) { FTimeOut = units; }
+    QString CodeOk() const { return FCodeOk; }
+    void SetCodeOk(const QString& codes) { FCodeOk = codes; }
+    QString CodeError() const { return FCodeError; }
+    void SetCodeError(const QString& codes) { FCodeError = codes; }
+    TModelPort* ComPort() const { return living(FPort); }
+    void SetComport(TModelPort* port);
+
+    bool IsConnected() const { return ComPort() != nullptr && ComPort()->Connected(); }
+    bool SetConnection(bool open)
     {
-        FOk = ok;
-        FError = error;
+        return operation([&] { return connectPort(open); }, false);
     }
-    void setConnection(bool open) override;
-    void openPort(bool open) override { FOpen = open; }
-    void failWrites(bool fail) override { FFailing = fail; }
-    void link(bool link) override;
-    void assign(bool log, bool error, bool operation, bool amount) override
-    {
-        FHasLog = log;
-        FHasError = error;
-        FHasOperation = operation;
-        FHasAmount = amount;
-    }
-    QString cut(const QString& packet, const QString& tag) override;
-    void destroy() override { FAlive = false; }
-    bool alive() const override { return FAlive; }
+    void SetUpComport();
+    QString GetMessage(int index) const;
+    static void GetPosList(QStringList& names);
+    QString CutValue(const QString& packet, const QString& tag) const;
+    static QString MakeStr(QChar character, int count);
+
+    /// Card, card type, holder, operation, answer, bank type, discount type, discount.
+    using TFields = std::array<QString, 8>;
 
 private:
-    struct TGone
-    {
-    };
-    struct TFields
-    {
-        QStringList values = {"", "", "", "", "", "", "", "0"};
-    };
-
     bool spoken() const { return FType >= 1 && FType <= 3; }
-    template <class Body>
-    void guard(Body&& body);
-    void call(const std::function<void()>& body);
-    void packet(const std::string& bytes);
+    bool connectPort(bool open);
+    void packet(const QString& text);
+    TFields fieldsOf(const QString& text) const;
     void amountRequest();
     void answer(const TFields& fields);
     void card(const TFields& fields);
     void tick();
-    void log(const QString& text);
-    void operation(const QString& status, const TFields& fields, bool& apply);
-    void write(const std::string& bytes);
-    QString message(int number) const;
-    TFields fieldsOf(const std::string& bytes);
+    void log(const QString& text) { fire(FOnLog, this, text); }
+    void error(const QString& text) { fire(FOnError, this, text); }
+    void tell(const QString& status, const TFields& fields, bool& apply);
+    void write(const QByteArray& bytes);
 
-    THost& FHost;
-    std::int64_t FNow;
-    bool FAlive = true;
+    TText FOnLog, FOnError;
+    TOperation FOnOperation;
+    TAmount FOnAmount;
+    int FLang = 0;
     int FType = 0;
     int FTimeOut = 0;
-    int FLanguage = 0;
-    QString FOk;
-    QString FError;
-    bool FLinked = true;
-    bool FOpen = false;
-    bool FFailing = false;
-    bool FHasLog = true;
-    bool FHasError = true;
-    bool FHasOperation = true;
-    bool FHasAmount = true;
-    std::string FBuffer;
-    bool FInside = false;
+    QString FCodeOk, FCodeError;
     bool FAwaiting = false;
-    std::int64_t FLastAsk = 0; // of the day
-    bool FTicking = false;
-    std::int64_t FDue = 0;
+    qint64 FLastAsk; // time of day in ms
+    TModelPort* FPort = nullptr;
+    TModelTimer FTimer;
+    TModelSplitter FSplitter;
 };
 
 } // namespace tnv5::bank::model

@@ -1,333 +1,314 @@
-// Random scenarios, played to the component and to the model; every event and every byte is compared.
-// TNV5_SCENARIOS=20000 plays more than usual.
-
-#include "bank_model.h"
-
+#include "model/bank_model.h"
+#include "model/bank_words.h"
+#include "model/kit/play.h"
+#include "model/kit/real_world.h"
 #include "tnv5/bank/serial_bank_pos.h"
-#include "tnv5/testing/manual_clock.h"
-#include "tnv5/testing/memory_port.h"
 
 #include <gtest/gtest.h>
-#include <map>
-#include <memory>
-#include <random>
+#include <limits>
+
+// Random scenarios on a bank terminal's component and on a model of it: both must tell the same, step by
+// step.
 
 namespace tnv5::bank::model {
+
 namespace {
 
-using platform::TComponent;
+TNV5_STEPS(Create, Destroy, Handler, Lang, SetType, TimeOut, Codes, SetComport, SetUp, Connect, Cut, Helpers,
+           Spoil)
 
-class TComponentSide final : public TSide
+enum EEvent { evLog, evError, evOperation, evAmount, kEvents };
+
+template <class World>
+class TBankStage final : public TStage
 {
+    using TBank = std::conditional_t<World::isModel, TModelBank, TBankPos>;
+
 public:
-    TComponentSide(THost& host, std::int64_t startMs) : FHost(host), FClock(startMs)
+    explicit TBankStage(quint64 seed) : TStage(seed, kStepNames), ground(*this, startMs(30, 30'000))
     {
-        FPrevious = platform::setExceptionHandler([this](const QString& message, const std::exception_ptr&) {
-            FHost.note(QStringLiteral("raised ") + message);
-        });
-        FPort.OnWritten = [this](const QByteArray& bytes) {
-            FHost.note(QStringLiteral("write ") + QString::fromLatin1(bytes));
-        };
-        FPos->SetComport(&FPort);
-        doAssign(true, true, true, true);
+        FDesigning = FTemper.chance(3);
+        FRestless = FTemper.chance(15);
+        FSettings = FTemper.pick({0, 5, 5, 30});
+        FAccepted = FTemper.pick({50, 90});
+        FWild = {FTemper.pick({0, 0, 2, 10, 60}), FTemper.pick({0, 0, 0, 0, 2, 40})};
     }
-    ~TComponentSide() override { platform::setExceptionHandler(FPrevious); }
 
-    void feed(const QByteArray& bytes) override { FPort.feed(bytes); }
-    void advance(std::int64_t ms) override { FClock.advance(ms); }
-    void setType(int type) override { FPos->SetPosType(type); }
-    void setTimeOut(int units) override { FPos->SetTimeOut(units); }
-    void setLanguage(int language) override { FPos->SetIDLang(language); }
-    void setCodes(const QString& ok, const QString& error) override
+    std::vector<TStep> begin(TDice& d) override
     {
-        FPos->SetCodeOk(ok);
-        FPos->SetCodeError(error);
-    }
-    void setConnection(bool open) override
-    {
-        platform::guarded([&] {
-            const bool done = FPos->SetConnection(open);
-            if (FPos) { // else the result says nothing
-                FHost.note(done ? QStringLiteral("connection 1") : QStringLiteral("connection 0"));
+        std::vector<TStep> steps{{NewPort, {}, 0}, {NewPort, {}, 1}, {Create}};
+        const std::vector<TStep> more{
+            {Handler, {}, evLog, 1},          {Handler, {}, evError, 1}, {Handler, {}, evOperation, 1},
+            {Handler, {}, evAmount, 1},       {Lang, {}, d.below(3)},    {SetType, {}, d.between(1, 3)},
+            {Codes, {"00;10;", "05;51;00;"}}, {SetComport, {}, 0},       {Connect, {}, 1}};
+        for (const TStep& step : more) { // now and then one is missing
+            if (FDesigning || !d.chance(6)) {
+                steps.push_back(step);
             }
-        });
-    }
-    void openPort(bool open) override { FPort.SetConnected(open); }
-    void failWrites(bool fail) override
-    {
-        FPort.WriteFailure = fail ? std::optional(QStringLiteral("line gone")) : std::nullopt;
-    }
-    void link(bool link) override { FPos->SetComport(link ? &FPort : nullptr); }
-    void assign(bool log, bool error, bool operation, bool amount) override
-    {
-        doAssign(log, error, operation, amount);
-    }
-    QString cut(const QString& packet, const QString& tag) override { return FPos->CutValue(packet, tag); }
-    void destroy() override { FPos.reset(); }
-    bool alive() const override { return FPos != nullptr; }
-
-private:
-    void doAssign(bool log, bool error, bool operation, bool amount)
-    {
-        const auto line = [this](const char* kind) -> TLogEvent {
-            return [this, kind](TComponent*, const QString& text) {
-                FHost.event(QString::fromLatin1(kind) + text);
-            };
-        };
-        FPos->SetOnLog(log ? line("log ") : TLogEvent());
-        FPos->SetOnError(error ? line("error ") : TLogEvent());
-        FPos->SetOnRequestOperation({});
-        if (operation) {
-            FPos->SetOnRequestOperation(
-                [this](TComponent*, const QString& CardNo, const QString& CardType, const QString& CardHolder,
-                       const QString& Operation, const QString& Answer, const QString& BankType, bool& Apply,
-                       const QString& Status, const QString& DiscountType, const QString& Discount) {
-                    const QStringList values = {CardNo, CardType, CardHolder,   Operation,
-                                                Answer, BankType, DiscountType, Discount};
-                    FHost.operation(Status + u' ' + values.join(u'|'), Apply);
-                });
         }
-        FPos->SetOnRequestAmount({});
-        if (amount) {
-            FPos->SetOnRequestAmount([this](TComponent*, int& Amount, int& Discount, bool& Apply) {
-                EXPECT_EQ(Amount, 0);
-                EXPECT_EQ(Discount, 0);
-                FHost.amount(QStringLiteral("amount"), Amount, Discount, Apply);
-            });
+        return steps;
+    }
+
+    std::vector<TStep> more(TDice& d) override
+    {
+        for (int port = 0; port < 2; ++port) {
+            if (ground.port(port) == nullptr) {
+                return {{NewPort, {}, port}, {SetComport, {}, port}, {Connect, {}, 1}};
+            }
         }
-    }
-
-    THost& FHost;
-    testkit::TManualClock FClock;
-    testkit::TMemoryPort FPort;
-    std::unique_ptr<TBankPos> FPos = std::make_unique<TBankPos>();
-    platform::TExceptionHandler FPrevious;
-};
-
-using TStep = std::function<void(TSide&, THost&)>;
-
-class TScenario
-{
-public:
-    explicit TScenario(unsigned seed) : FRandom(seed)
-    {
-        hostile = below(3) == 0;
-        for (int i = 0; i < 40; ++i) {
-            script.push_back(reaction());
+        if (FPos && !FPos->IsConnected() && d.chance(30)) {
+            return {{SetComport, {}, 0}, {Connect, {}, 1}};
         }
-        startMs = testkit::TManualClock::at(below(24), below(60), below(60), below(1000));
-        steps.push_back([](TSide& side, THost&) {
-            side.setType(2);
-            side.setLanguage(2);
-            side.setCodes("00;10;", "05;51;00;");
-            side.openPort(true);
-        });
-        const int count = 5 + below(30);
-        for (int i = 0; i < count; ++i) {
-            step();
+        return d.chance(2) ? slowAmount(d) : std::vector<TStep>{any(d, false)};
+    }
+
+    TStep any(TDice& d, bool inside) override
+    {
+        if (!FPos && d.chance(50)) {
+            return {Create};
         }
-    }
-
-    bool hostile = false;
-    std::int64_t startMs = 0;
-    std::vector<TReaction> script;
-    std::vector<TStep> steps;
-
-private:
-    int below(int limit) { return int(FRandom() % unsigned(limit)); }
-    template <class T>
-    T pick(std::initializer_list<T> from)
-    {
-        return from.begin()[below(int(from.size()))];
-    }
-
-    TReaction reaction()
-    {
-        TReaction result;
-        result.apply = pick({0, 1, 1, 1, 2});
-        result.amount = pick({0, 5, 1250, -7, 2'147'483'647, below(1'000'000)});
-        result.discount = pick({0, 0, -3, below(10'000)});
-        if (hostile && below(6) == 0) {
-            result.deed = static_cast<TDeed>(below(int(TDeed::Destroy) + (below(5) == 0 ? 1 : 0)));
+        if (d.chance(FSettings)) {
+            return setting(d);
         }
-        return result;
-    }
-
-    QByteArray field(const char* tag)
-    {
-        const QByteArray value = pick<QByteArray>({"", "00", "05", "51", "1", "4111111111111111", "X",
-                                                   QByteArray(below(1100), 'z'), "01=", "06=", "\x02", "\x05",
-                                                   "\x04", "\xFF\x80", QByteArray(1, '\0')});
-        return QByteArray(tag) + value;
-    }
-
-    QByteArray body()
-    {
-        switch (below(8)) {
+        if (FRestless && d.chance(15)) {
+            return {SetType, {}, d.between(0, 3)};
+        }
+        switch (d.weighted({600, 150, 60, 40, 60, 5, 60})) {
         case 0:
+            return feed(d);
         case 1:
-            return "\x05";
+            return time(d, inside);
         case 2:
-            return "\x04";
-        case 3: {
-            QByteArrayList list = {field("01="), "02=A/B", "03=1", "04=V", "10=7"};
-            return list.join('\x1C');
-        }
-        case 4:
-        case 5: {
-            QByteArrayList list = {"01=4111",
-                                   "06=" + pick<QByteArray>({"00", "0", "10", "05", "51", "9", ""}), "40=3",
-                                   "41=4", "42=5"};
-            return list.join('\x1C');
-        }
-        default: {
-            QByteArrayList list;
-            for (int i = below(6); i >= 0; --i) {
-                list << field(pick({"01=", "02=", "03=", "04=", "06=", "10=", "40=", "41=", "42=", "99="}));
-            }
-            return list.join('\x1C');
-        }
-        }
-    }
-
-    QByteArray frame()
-    {
-        if (below(8) == 0) { // soup
-            QByteArray bytes;
-            for (int i = below(12); i >= 0; --i) {
-                bytes += pick({'\x02', '\x03', '\x04', '\x05', '\x06', '\x07', '\0', 'a', '!', '\x1C'});
-            }
-            return bytes;
-        }
-        const QByteArray inner = body() + '\x03';
-        char check = 0;
-        for (const char byte : inner) {
-            check = char(check ^ byte);
-        }
-        if (below(12) == 0) {
-            check = char(check ^ (1 << below(8)));
-        }
-        return '\x02' + inner + check;
-    }
-
-    void feed()
-    {
-        const QByteArray bytes = below(6) == 0 ? frame() + frame() : frame();
-        const qsizetype piece = below(3) == 0 ? 1 + below(int(bytes.size())) : bytes.size();
-        for (qsizetype at = 0; at < bytes.size(); at += piece) {
-            const QByteArray part = bytes.mid(at, piece);
-            steps.push_back([part](TSide& side, THost&) { side.feed(part); });
-        }
-    }
-
-    void step()
-    {
-        switch (below(16)) {
-        case 0: {
-            const std::int64_t ms =
-                pick({1, 400, 999, 1000, 1001, 2000, 900'000, 1'800'000, 1'801'000, 7'200'000, 90'000'000});
-            steps.push_back([ms](TSide& side, THost&) { side.advance(ms); });
-            break;
-        }
-        case 1:
-            property();
-            break;
-        case 2: {
-            const bool open = below(4) != 0;
-            steps.push_back([open](TSide& side, THost&) { side.setConnection(open); });
-            break;
-        }
-        case 3: {
-            const QString packet = QString::fromLatin1(frame());
-            const QString tag = pick<QString>({"01=", "06=", "41=", "=", "", packet.left(2)});
-            steps.push_back(
-                [packet, tag](TSide& side, THost& host) { host.note("cut " + side.cut(packet, tag)); });
-            break;
-        }
-        default:
-            feed();
-            break;
-        }
-    }
-
-    void property()
-    {
-        const int value = below(6);
-        switch (below(5)) {
-        case 0:
-            steps.push_back([value](TSide& side, THost&) { side.setType(value - 1); });
-            break;
-        case 1: {
-            const int units = pick({-1, 0, 1, 2, 47, 48, 2'000'000'000});
-            steps.push_back([units](TSide& side, THost&) { side.setTimeOut(units); });
-            break;
-        }
-        case 2:
-            steps.push_back([value](TSide& side, THost&) { side.setLanguage(value - 1); });
-            break;
+            return {Connect, {}, d.pick({0, 1, 1})};
         case 3:
-            steps.push_back([value](TSide& side, THost&) {
-                side.link(value != 0);
-                side.openPort(value != 1);
-            });
-            break;
+            return portStep(d);
+        case 4:
+            return helper(d);
+        case 5:
+            return {Destroy};
         default:
-            steps.push_back([value](TSide& side, THost&) {
-                side.assign(value != 0, value != 1, value != 2, value != 3);
-                side.failWrites(value == 4);
-            });
-            break;
+            return setting(d);
         }
     }
 
-    std::mt19937 FRandom;
-};
-
-template <class Side>
-QStringList play(const TScenario& scenario)
-{
-    TSide* target = nullptr;
-    THost host(scenario.script, target);
-    Side side(host, scenario.startMs);
-    target = &side;
-    for (std::size_t i = 0; i < scenario.steps.size() && side.alive(); ++i) {
-        host.note(QStringLiteral("-- %1").arg(i));
-        scenario.steps[i](side, host);
-    }
-    return host.trace;
-}
-
-TEST(BankModel, ComponentDoesWhatTheModelDoes)
-{
-    bool given = false;
-    const int wanted = qEnvironmentVariableIntValue("TNV5_SCENARIOS", &given);
-    const int scenarios = given ? wanted : 1'500;
-    std::map<QString, int> seen;
-    for (int seed = 1; seed <= scenarios; ++seed) {
-        const TScenario scenario{unsigned(seed)};
-        const QStringList component = play<TComponentSide>(scenario);
-        const QStringList model = play<TModel>(scenario);
-        for (const QString& line : component) {
-            ++seen[line.section(u' ', 0, 0)];
+protected:
+    void perform(const TStep& step) override
+    {
+        if (step.kind == Create && !FPos && depth() == 0) {
+            FPos = ground.world.template make<TBank>(FDesigning);
+        } else if (step.kind == Destroy && FPos) {
+            World::destroy(FPos);
+        } else if (step.kind == Spoil) {
+            spoil(ground.port(step.a));
+        } else if (FPos) {
+            call(step);
         }
-        if (component != model) {
-            qsizetype at = 0;
-            while (at < component.size() && at < model.size() && component[at] == model[at]) {
-                ++at;
+    }
+
+    void look() override
+    {
+        for (int i = 0; i < 2; ++i) {
+            if (const auto* const port = ground.port(i)) {
+                note("settings " + shown({port->BaudRate(), port->DataBits(), int(port->Parity()),
+                                          int(port->StopBits()), port->ReadGap()}));
             }
-            const qsizetype from = std::max<qsizetype>(0, at - 6);
-            FAIL() << "scenario " << seed << " after:\n"
-                   << component.mid(from, at - from).join(u'\n').toStdString()
-                   << "\ncomponent: " << component.value(at).toStdString()
-                   << "\nmodel:     " << model.value(at).toStdString();
+        }
+        if (FPos) {
+            note("type, time-out, language, port, connected " +
+                 shown({FPos->PosType(), FPos->TimeOut(), FPos->IDLang(), ground.indexOf(FPos->ComPort()),
+                        FPos->IsConnected()}));
+            note("codes " + FPos->CodeOk() + u' ' + FPos->CodeError());
         }
     }
-    for (const char* each :
-         {"WAIT", "START", "GET", "OK", "ERROR", "FINISH", "TIMEOUT", "CANCEL_1", "CANCEL_2", "CANCEL_3",
-          "amount", "log", "error", "write", "raised", "cut", "connection"}) {
-        EXPECT_GT(seen[each], scenarios / 50) << each;
+
+private:
+    // ---- vocabulary
+
+    TStep feed(TDice& d) const
+    {
+        QByteArray bytes = sampleFrame(d);
+        if (d.chance(15)) {
+            bytes += sampleFrame(d);
+        }
+        if (d.chance(FRestless ? 40 : 3)) {
+            bytes.truncate(d.below(int(bytes.size()) + 1)); // the rest may never come
+        }
+        return fed(d, d.chance(95) ? 0 : 1, bytes);
     }
-}
+
+    static TStep time(TDice& d, bool inside)
+    {
+        if (d.chance(10)) {
+            return {Jump, {}, 0, d.pick({0, 1, -1, 30}) * kMsPerDay + d.pick({-1, 1}) * d.below(7'200'000)};
+        }
+        const TStep silence{Advance, {}, d.pick({900'000, 1'799'999, 1'800'000, 1'801'000})};
+        const TStep shortly{Advance, {}, d.pick({1, 400, 999, 1'000, 1'001, 2'000})};
+        const TStep days{Advance, {}, d.pick({7'200'000, 7'200'000, 90'000'000})};
+        return d.chance(3) && !inside ? days : d.pick({silence, shortly, shortly});
+    }
+
+    /// The host takes its time until the amount is sent, and then nothing comes.
+    static std::vector<TStep> slowAmount(TDice& d)
+    {
+        TStep ask{Feed, {}, 0};
+        ask.bytes = "\x02\x05\x03\x06";
+        ask.first = {{Advance, {}, d.pick({0, 2'000, 900'000})}};
+        return {{TimeOut, {}, d.below(2)}, ask, {Advance, {}, 1'800'000}, {Advance, {}, 1'000}};
+    }
+
+    static TStep portStep(TDice& d)
+    {
+        const int port = d.chance(80) ? 0 : 1;
+        const TStep open{d.chance(50) ? OpenPort : ClosePort, {}, port};
+        const TStep fail{Fail, d.chance(40) ? QStringList{"trouble"} : QStringList(), port, d.below(3)};
+        return d.pick({open, open, fail, fail, TStep{Spoil, {}, port}, TStep{RenewPort, {}, port}});
+    }
+
+    static TStep helper(TDice& d)
+    {
+        if (d.chance(40)) {
+            return {Helpers, {}, d.between(-1, 8), d.between(-1, 14)};
+        }
+        const QString packet = QString::fromLatin1(sampleFrame(d));
+        return {Cut, {packet, d.pick<QString>({"01=", "06=", "41=", "=", "", packet.left(2)})}};
+    }
+
+    static TStep setting(TDice& d)
+    {
+        const TStep type{SetType, {}, d.chance(85) ? d.between(1, 3) : d.pick({0, 4, -1, 2'147'483'647})};
+        const TStep timeOut{TimeOut, {}, d.pick({-1, 0, 0, 1, 2, 47, 48, std::numeric_limits<int>::max()})};
+        const TStep lang{Lang, {}, d.pick({0, 1, 2, 2, 3, -1})};
+        const TStep codes{Codes, {d.text({"51;9;", "00;10;", ""}), d.text({"00;9;", "05;51;00;", ""})}};
+        const TStep handler{Handler, {}, d.below(kEvents), d.chance(70) ? d.between(1, 3) : 0};
+        const TStep port{SetComport, {}, d.pick({-1, 0, 0, 0, 1})};
+        return d.pick({type, type, timeOut, timeOut, lang, codes, handler, handler, port, TStep{SetUp}});
+    }
+
+    // ---- one telling for both sides
+
+    void call(const TStep& step)
+    {
+        const int a = int(step.a);
+        switch (step.kind) {
+        case Handler:
+            return assign(a, int(step.b));
+        case Lang:
+            return FPos->SetIDLang(a);
+        case SetType:
+            return FPos->SetPosType(a);
+        case TimeOut:
+            return FPos->SetTimeOut(a);
+        case Codes:
+            FPos->SetCodeOk(said(0, step.text[0]));
+            return FPos->SetCodeError(said(0, step.text[1]));
+        case SetComport:
+            return FPos->SetComport(ground.port(a));
+        case SetUp:
+            return FPos->SetUpComport();
+        case Connect:
+            return note(QStringLiteral("connection %1").arg(FPos->SetConnection(a != 0)));
+        case Cut:
+            return note("cut " + shown(FPos->CutValue(said(0, step.text[0]), said(1, step.text[1]))));
+        default: {
+            QStringList names{"to be replaced"};
+            FPos->GetPosList(names);
+            note(names.join(u'|') + FPos->GetMessage(a) + TBank::MakeStr(u'x', int(step.b)));
+        }
+        }
+    }
+
+    template <class Port>
+    static void spoil(Port* port)
+    {
+        if (port != nullptr) {
+            port->SetBaudRate(19'200);
+            port->SetDataBits(7);
+            port->SetParity(static_cast<decltype(port->Parity())>(1));
+            port->SetStopBits(static_cast<decltype(port->StopBits())>(2));
+            port->SetReadGap(77);
+        }
+    }
+
+    void assign(int event, int number)
+    {
+        TBank& pos = *FPos;
+        switch (event) {
+        case evLog:
+            return TStage::assign(pos, &TBank::SetOnLog, number, teller("log", number, FPos));
+        case evError:
+            return TStage::assign(pos, &TBank::SetOnError, number,
+                                  [this, number](auto* sender, const QString& text) {
+                                      disturb();
+                                      teller("error", number, FPos)(sender, text);
+                                  });
+        case evOperation:
+            return TStage::assign(
+                pos, &TBank::SetOnRequestOperation, number,
+                [this, number](auto* sender, const QString& CardNo, const QString& CardType,
+                               const QString& CardHolder, const QString& Operation, const QString& Answer,
+                               const QString& BankType, bool& Apply, const QString& Status,
+                               const QString& DiscountType, const QString& Discount) {
+                    const bool before = Apply;
+                    judge(Apply);
+                    disturb();
+                    teller("operation", number, FPos)(sender, Status, CardNo, CardType, CardHolder, Operation,
+                                                      Answer, BankType, DiscountType, Discount, before);
+                });
+        default:
+            return TStage::assign(pos, &TBank::SetOnRequestAmount, number,
+                                  [this, number](auto* sender, int& Amount, int& Discount, bool& Apply) {
+                                      const auto tell = teller("amount", number, FPos);
+                                      const int amount = std::exchange(Amount, anyAmount());
+                                      const int discount = std::exchange(Discount, anyDiscount());
+                                      const bool before = Apply;
+                                      judge(Apply);
+                                      tell(sender, amount, discount, before);
+                                  });
+        }
+    }
+
+    void disturb()
+    {
+        if (FWild.nested > 0 && depth() < 3 && FDice.chance(3)) {
+            nest({Destroy}, false);
+            if (FDice.chance(30)) {
+                raise();
+            }
+        }
+    }
+
+    void judge(bool& apply)
+    {
+        if (!FDice.chance(20)) {
+            apply = FDice.chance(FAccepted);
+        }
+    }
+    int anyAmount()
+    {
+        return FDice.pick({0, 5, 1250, -7, std::numeric_limits<int>::max(), FDice.below(1'000'000)});
+    }
+    int anyDiscount() { return FDice.pick({0, 0, -3, FDice.below(10'000)}); }
+
+    TGround<World> ground;
+    std::shared_ptr<TBank> FPos;
+    bool FDesigning = false;
+    bool FRestless = false; // the version is changed between the pieces of a packet
+    int FSettings = 0;      // percent of the steps that set up something
+    int FAccepted = 0;      // percent of what the host is asked
+};
 
 } // namespace
+
+TEST(BankModel, PlaysLikeTheComponent)
+{
+    // no handler runs inside a search, and positions are all that the splitter is given
+    compare<TBankStage>(300,
+                        {"splitter: a read in a search", "splitter: gone in a search",
+                         "splitter: attached in a search", "splitter: a search raises",
+                         "splitter: start string", "splitter: stop string*", "splitter: empty packet",
+                         "splitter: stop position behind a start string", "splitter: start inside a packet",
+                         "splitter: again in one read", "port: a splitter leaves during a read",
+                         "port: an error that nobody takes", "code page lacks a character", "remote: *"});
+}
+
 } // namespace tnv5::bank::model

@@ -1,5 +1,7 @@
 #include "model/coffee_model.h"
 
+#include "model/kit/branches.h"
+
 #include <cmath>
 #include <vector>
 
@@ -7,6 +9,7 @@ namespace tnv5::coffee::model {
 
 namespace {
 
+using namespace modelkit;
 using TBytes = std::array<std::uint8_t, 16>;
 
 const std::string kDigits = "0123456789ABCDEF";
@@ -50,10 +53,13 @@ std::string stampHex(std::int64_t clockMs)
     const double below = std::floor(seconds);
     const double rest = seconds - below;
     auto whole = static_cast<std::int64_t>(below);
-    if (rest > 0.5 || (rest == 0.5 && whole % 2 != 0)) {
+    if (rest == 0.5) {
+        whole += either<"half, up to even", "half, down to even">(whole % 2 != 0) ? 1 : 0;
+    } else if (either<"up", "down">(rest > 0.5)) {
         ++whole;
     }
     const std::int64_t stamps = 0x100000000;
+    way<"before 1970", "stamp", "stamp begins anew">(whole < 0 ? 0 : whole < stamps ? 1 : 2);
     return hexOf(static_cast<std::uint64_t>((whole % stamps + stamps) % stamps), 8);
 }
 
@@ -81,9 +87,10 @@ std::string crcHex(const std::vector<std::uint8_t>& bytes)
 std::optional<TBytes> keyOf(const std::u16string& text)
 {
     const std::u16string digits = u"0123456789abcdefABCDEF";
-    if (text.find_first_not_of(digits) != std::u16string::npos) {
+    if (!either<"key", "no key">(text.find_first_not_of(digits) == std::u16string::npos)) {
         return std::nullopt;
     }
+    way<"short key", "whole key", "long key">(text.size() < 32 ? 0 : text.size() == 32 ? 1 : 2);
     const std::vector<std::uint8_t> bytes = bytesOf(std::string(text.begin(), text.end()));
     TBytes key{};
     for (std::size_t i = 0; i < key.size() && i < bytes.size(); ++i) {
@@ -195,12 +202,13 @@ TBytes aes(const TBytes& block, const TBytes& key)
     return state;
 }
 
-std::optional<std::string> answer(const TCall& call)
+std::optional<std::string> answer(const std::array<std::int32_t, 5>& numbers, const std::u16string& keyHex,
+                                  std::int64_t clockMs)
 {
-    const auto& [part1, part2, part3, value1, value2] = call.numbers;
+    const auto& [part1, part2, part3, value1, value2] = numbers;
     std::string t = "83";
     t += hexFromBits(bitText(part1, 10) + bitText(part2, 6) + bitText(part3, 8));
-    t += stampHex(call.clockMs);
+    t += stampHex(clockMs);
     t += "01";
     t += hexFromBits(bitText(value1, 16));
     t += hexFromBits(bitText(value2, 16)) + "00";
@@ -208,7 +216,7 @@ std::optional<std::string> answer(const TCall& call)
     TBytes block{};
     const std::vector<std::uint8_t> plain = bytesOf(t);
     std::copy(plain.begin(), plain.end(), block.begin());
-    const std::optional<TBytes> key = keyOf(call.keyHex);
+    const std::optional<TBytes> key = keyOf(keyHex);
     if (!key) {
         return std::nullopt;
     }

@@ -9,13 +9,7 @@ namespace {
 using namespace tnv5;
 using namespace tnv5::tests;
 
-struct TNamedAction
-{
-    const char* name;
-    TPlay<TScalesFixture> action;
-};
-
-const TNamedAction kActions[] = {
+const TMischief<TScalesFixture> kMischiefs[] = {
     {"weighs again", [](TScalesFixture& b) { b.scales->GetWeight(true); }},
     {"weighs again and waits", [](TScalesFixture& b) { b.scales->GetWeight(false); }},
     {"resets", [](TScalesFixture& b) { b.scales->Reset(); }},
@@ -125,30 +119,9 @@ void expectWeighs(TScalesFixture& fixture, const TSample& sample)
 
 TEST_P(TEveryFamily, SurvivesEveryHandlerAtEveryEvent)
 {
-    int events = 1;
-    for (int at = 0; at < events; ++at) {
-        for (const TNamedAction& hostile : kActions) {
-            TScalesFixture fixture;
-            int event = 0;
-            QString where;
-            fixture.trace.OnLine = [&](const QString& line) {
-                if (event++ == at) {
-                    where = line;
-                    hostile.action(fixture);
-                }
-            };
-            playEverything(fixture, sample());
-            if (&hostile == kActions) {
-                events = std::max(events, event);
-            }
-            const ::testing::ScopedTrace trace_(__FILE__, __LINE__,
-                                                where.toStdString() + ": " + hostile.name);
-            expectWeighs(fixture, sample());
-        }
-        if (HasFatalFailure() || HasNonfatalFailure()) {
-            return;
-        }
-    }
+    const qsizetype events = surviveEach<TScalesFixture>(
+        kMischiefs, [this](TScalesFixture& fixture) { playEverything(fixture, sample()); },
+        [this](TScalesFixture& fixture) { expectWeighs(fixture, sample()); });
     EXPECT_GT(events, 20);
 }
 

@@ -14,10 +14,10 @@
 //     error TEXT      OnError
 //     raised          a conversion error reaches the host's exception handler
 
+#include "support/dialogue_page.h"
 #include "wire_samples.h"
 
 #include <QDir>
-#include <QRegularExpression>
 
 namespace {
 
@@ -25,39 +25,6 @@ using namespace tnv5;
 using namespace tnv5::tests;
 
 const QString kIndent = QStringLiteral("  ");
-
-QByteArray unescaped(const QString& text)
-{
-    QByteArray bytes;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const QChar next = text[i] == u'\\' && i + 1 < text.size() ? text[i + 1] : QChar();
-        if (next == u'x') {
-            bytes += char(text.mid(i + 2, 2).toInt(nullptr, 16));
-            i += 3;
-        } else if (!next.isNull()) {
-            bytes += next == u'r' ? '\r' : next == u'n' ? '\n' : '\\';
-            ++i;
-        } else {
-            bytes += text[i].toLatin1();
-        }
-    }
-    return bytes;
-}
-
-/// The blocks of a page, as lines.
-QList<QStringList> dialoguesOf(const QString& path)
-{
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
-    static const QRegularExpression block(QStringLiteral("^```dialogue\n(.*?)\n```$"),
-                                          QRegularExpression::MultilineOption |
-                                              QRegularExpression::DotMatchesEverythingOption);
-    QList<QStringList> result;
-    for (auto match = block.globalMatch(QString::fromUtf8(file.readAll())); match.hasNext();) {
-        result << match.next().captured(1).split(u'\n');
-    }
-    return result;
-}
 
 /// Plays one block and writes down what happens, in the words of the page.
 class TPlayed : private TScalesFixture
@@ -114,27 +81,13 @@ private:
     QStringList FLines;
 };
 
-/// The same bytes in one way of writing, without blanks at the end, which nobody sees on a page.
-std::string normalised(const QStringList& lines)
-{
-    QStringList result;
-    for (const QString& line : lines) {
-        QString text = shown(unescaped(line));
-        while (text.endsWith(u' ')) {
-            text.chop(1);
-        }
-        result << text;
-    }
-    return result.join(u'\n').toStdString();
-}
-
 TEST(Pages, EveryFamilyHasOneWithDialoguesThatAreTrue)
 {
     const QDir docs(QStringLiteral(TNV5_DOCS "/scales"));
     for (const TSample& sample : samples()) {
         const QStringList pages = docs.entryList({QStringLiteral("%1-*.md").arg(sample.type)});
         ASSERT_EQ(pages.size(), 1) << "family " << sample.type;
-        const QList<QStringList> dialogues = dialoguesOf(docs.filePath(pages.first()));
+        const QList<QStringList> dialogues = dialoguesOf(pageOf(docs.filePath(pages.first())));
         EXPECT_FALSE(dialogues.isEmpty()) << pages.first().toStdString();
         for (const QStringList& dialogue : dialogues) {
             EXPECT_EQ(normalised(dialogue), normalised(TPlayed(sample.type).play(dialogue)))

@@ -1,5 +1,6 @@
 // The port: settings, opening and closing, attaching, and a port that goes away.
 
+#include "support/port_settings.h"
 #include "wire_samples.h"
 
 namespace {
@@ -9,53 +10,12 @@ using namespace tnv5::tests;
 using platform::TParity;
 using platform::TStopBits;
 
-struct TExpectedSettings
-{
-    int baudRate;
-    int dataBits;
-    TParity parity;
-    TStopBits stopBits;
-    int readGap;
-};
-
-void expectSettings(const TMemoryPort& port, const TExpectedSettings& expected)
-{
-    EXPECT_EQ(port.BaudRate(), expected.baudRate);
-    EXPECT_EQ(port.DataBits(), expected.dataBits);
-    EXPECT_EQ(port.Parity(), expected.parity);
-    EXPECT_EQ(port.StopBits(), expected.stopBits);
-    EXPECT_EQ(port.ReadGap(), expected.readGap);
-}
-
-class Port : public TScalesTest
-{
-protected:
-    /// Settings that no family has.
-    void spoilSettings()
-    {
-        port->SetBaudRate(19'200);
-        port->SetDataBits(7);
-        port->SetParity(TParity::Odd);
-        port->SetStopBits(TStopBits::Two);
-        port->SetReadGap(77);
-    }
-
-    void expectAfterSetUp(int type, const TExpectedSettings& expected)
-    {
-        const ::testing::ScopedTrace where(__FILE__, __LINE__, type);
-        spoilSettings();
-        scales->SetScalesType(type);
-        expectSettings(*port,
-                       {19'200, 7, TParity::Odd, TStopBits::Two, 77}); // the type alone changes nothing
-        scales->SetUpComport();
-        expectSettings(*port, expected);
-    }
-};
+using Port = TScalesTest;
 
 TEST_F(Port, SettingsOfEveryFamily)
 {
     constexpr auto one = TStopBits::One;
-    const std::vector<TExpectedSettings> expected = {
+    const std::vector<TPortSettings> expected = {
         {4800, 8, TParity::Even, one, 10},             // 1
         {9600, 8, TParity::None, one, 10},             // 2
         {4800, 8, TParity::Even, one, 10},             // 3
@@ -67,7 +27,11 @@ TEST_F(Port, SettingsOfEveryFamily)
     };
     ASSERT_EQ(expected.size(), samples().size());
     for (const TSample& sample : samples()) {
-        expectAfterSetUp(sample.type, expected[size_t(sample.type - 1)]);
+        spoilSettings(*port);
+        scales->SetScalesType(sample.type);
+        EXPECT_EQ(settingsOf(*port), kSpoilt) << "the type alone changes nothing " << sample.type;
+        scales->SetUpComport();
+        EXPECT_EQ(settingsOf(*port), expected[size_t(sample.type - 1)]) << sample.type;
     }
     trace.expect({});
 }
@@ -75,13 +39,10 @@ TEST_F(Port, SettingsOfEveryFamily)
 TEST_F(Port, NoFamilyKeepsTheSettingsOfTheHost)
 {
     for (const int type : noFamilies()) {
-        spoilSettings();
+        spoilSettings(*port);
         scales->SetScalesType(type);
         scales->SetUpComport();
-        EXPECT_EQ(port->BaudRate(), 19'200) << type;
-        EXPECT_EQ(port->DataBits(), 7) << type;
-        EXPECT_EQ(port->Parity(), TParity::Odd) << type;
-        EXPECT_EQ(port->StopBits(), TStopBits::Two) << type;
+        EXPECT_EQ(settingsOf(*port), kSpoilt) << type;
     }
 }
 
@@ -119,6 +80,7 @@ TEST_F(Port, ChoosingAFamilyKeepsWhatArrived)
 
 TEST_F(Port, IsConnectedAsThePortSays)
 {
+    EXPECT_FALSE(TScalesDevice().IsConnected());
     EXPECT_TRUE(scales->IsConnected());
     port->Close();
     EXPECT_FALSE(scales->IsConnected());

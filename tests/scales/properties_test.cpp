@@ -1,38 +1,31 @@
 #include "scales_fixture.h"
-#include "support/published.h"
+#include "support/published_suite.h"
 
 namespace {
 
 using namespace tnv5;
 using namespace tnv5::tests;
 
-const TPublishedTable kPublished = {
-    {"LastWeight", 0},
-    {"IDLang", 0},
-    {"ScalesType", 0},
-    {"ComPort", static_cast<platform::TComPort*>(nullptr)},
-    {"SendInterval", -1},
-    {"OnLog", platform::TLogEvent()},
-    {"OnError", platform::TLogEvent()},
-    {"OnWeight", scales::TWeightEvent()},
+struct TPublishedScales
+{
+    using Component = TScalesDevice;
+
+    static TPublishedTable table()
+    {
+        return {
+            {"LastWeight", 0},
+            {"IDLang", 0},
+            {"ScalesType", 0},
+            {"ComPort", static_cast<platform::TComPort*>(nullptr)},
+            {"SendInterval", -1},
+            {"OnLog", platform::TLogEvent()},
+            {"OnError", platform::TLogEvent()},
+            {"OnWeight", scales::TWeightEvent()},
+        };
+    }
 };
 
-TEST(Properties, ArePublishedInTheirOrder)
-{
-    expectPublished(TScalesDevice::staticMetaObject, kPublished);
-}
-
-TEST(Properties, HaveTheirTypes)
-{
-    expectTypes(TScalesDevice::staticMetaObject, kPublished);
-}
-
-TEST(Properties, BeginAsTheyMust)
-{
-    const TScalesDevice device;
-    expectDefaults(device, kPublished);
-    EXPECT_FALSE(device.IsConnected());
-}
+INSTANTIATE_TYPED_TEST_SUITE_P(Scales, Published, TPublishedScales);
 
 TEST(Properties, WorkThroughReflection)
 {
@@ -67,15 +60,6 @@ TEST(Properties, OutOfRangeTypesAreStored)
         device.SetScalesType(type);
         EXPECT_EQ(device.ScalesType(), type);
     }
-}
-
-TEST(Properties, OwnerFreesTheComponent)
-{
-    QObject owner;
-    const QPointer<TScalesDevice> device = new TScalesDevice(&owner);
-    EXPECT_EQ(device->parent(), &owner);
-    delete device;
-    EXPECT_TRUE(owner.children().isEmpty());
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/bytes.h"
 #include "support/fixture.h"
 #include "tnv5/scales/scales_device.h"
 
@@ -9,12 +10,6 @@
 namespace tnv5::tests {
 
 using scales::TScalesDevice;
-
-/// Bytes with zeroes in them.
-inline QByteArray operator""_b(const char* bytes, size_t size)
-{
-    return {bytes, qsizetype(size)};
-}
 
 // The lines of a transcript.
 

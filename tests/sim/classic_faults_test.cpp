@@ -1,4 +1,4 @@
-#include "classic_rig.h"
+#include "classic_fixture.h"
 #include "sim/line_faults.h"
 
 #include <random>
@@ -6,7 +6,7 @@
 namespace tnv5::sim {
 namespace {
 
-using ClassicFaults = TClassicRig;
+using ClassicFaults = TClassicFixture;
 
 TEST_F(ClassicFaults, ASilentControllerObeysButAnswersNothing)
 {

@@ -1,10 +1,10 @@
-#include "classic_rig.h"
+#include "classic_fixture.h"
 #include "tnv5/platform/errors.h"
 
 namespace tnv5::sim {
 namespace {
 
-using ClassicLine = TClassicRig;
+using ClassicLine = TClassicFixture;
 
 TEST_F(ClassicLine, TakesControllersWithProperAddressesOnce)
 {

@@ -1,9 +1,9 @@
-#include "classic_rig.h"
+#include "classic_fixture.h"
 
 namespace tnv5::sim {
 namespace {
 
-using ClassicPeople = TClassicRig;
+using ClassicPeople = TClassicFixture;
 
 TEST_F(ClassicPeople, OneWhoGivesUpIsReportedWhileTheGateIsOpen)
 {

@@ -1,4 +1,4 @@
-#include "classic_rig.h"
+#include "classic_fixture.h"
 #include "program.h"
 #include "sim/line_faults.h"
 #include "sim/pty.h"

@@ -4,6 +4,7 @@
 #include "sim/line_faults.h"
 #include "sim/memory_stream.h"
 #include "sim/pty.h"
+#include "support/bytes.h"
 #include "support/text_printers.h"
 #include "support/wait.h"
 #include "tnv5/platform/errors.h"
@@ -15,10 +16,7 @@
 namespace tnv5::sim {
 namespace {
 
-QByteArray operator""_b(const char* bytes, std::size_t size)
-{
-    return {bytes, static_cast<qsizetype>(size)};
-}
+using tests::operator""_b;
 
 const QByteArray kAskThree = "\x00\x00\x03"_b;
 const QByteArray kAskFour = "\x00\x00\x03\x00\x00\x00\x00\x00"_b;

@@ -8,7 +8,8 @@ namespace tnv5::tests {
 
 /// What the handlers of every controller may do, each at each event of whole runs. A room gives a struct:
 ///
-///     using Fixture = ...;                       // with gate, trace, clock, inject() and attach()
+///     using Fixture = ...;                       // with trace, clock, inject() and attach()
+///     static auto& component(Fixture&);          // a std::unique_ptr
 ///     static std::span<const TPlay<Fixture>> plays();
 ///     static constexpr char kBye[] = "...";      // a line that is logged before anything else
 ///     static QString read(const QString& line);  // how it is logged
@@ -46,7 +47,7 @@ TYPED_TEST_SUITE_P(HostileController);
 
 TYPED_TEST_P(HostileController, MayDestroyTheComponent)
 {
-    this->each([](auto& fixture) { fixture.gate.reset(); },
+    this->each([](auto& fixture) { TypeParam::component(fixture).reset(); },
                [](auto& fixture, const QStringList& before) {
                    fixture.trace.expect(before); // and not a word more
                    fixture.inject(TypeParam::kBye);
@@ -59,7 +60,7 @@ TYPED_TEST_P(HostileController, MayDestroyTheComponentAndRaise)
 {
     this->each(
         [](auto& fixture) {
-            fixture.gate.reset();
+            TypeParam::component(fixture).reset();
             throw std::runtime_error("host trouble");
         },
         [](auto& fixture, const QStringList& before) {
@@ -73,8 +74,9 @@ TYPED_TEST_P(HostileController, MayDestroyTheComponentInAPumpedLine)
 {
     this->each(
         [](auto& fixture) {
-            fixture.trace.each(TypeParam::read(TypeParam::kBye), [&fixture] { fixture.gate.reset(); });
-            fixture.gate->p_hw_ProtocolIn(TypeParam::kBye);
+            fixture.trace.each(TypeParam::read(TypeParam::kBye),
+                               [&fixture] { TypeParam::component(fixture).reset(); });
+            TypeParam::component(fixture)->p_hw_ProtocolIn(TypeParam::kBye);
         },
         [](auto& fixture, const QStringList& before) {
             fixture.trace.expect(before + QStringList(TypeParam::read(TypeParam::kBye)));
@@ -87,12 +89,12 @@ TYPED_TEST_P(HostileController, MayDestroyBoth)
     this->each(
         [](auto& fixture) {
             TypeParam::dropLink(fixture);
-            fixture.gate.reset();
+            TypeParam::component(fixture).reset();
         },
         expectTheEnd);
     this->each(
         [](auto& fixture) {
-            fixture.gate.reset();
+            TypeParam::component(fixture).reset();
             TypeParam::dropLink(fixture);
         },
         expectTheEnd);
@@ -118,7 +120,7 @@ TYPED_TEST_P(HostileController, MayReplaceThemselves)
         typename TypeParam::Fixture fixture;
         fixture.trace.OnLine = [&](const QString&) { fixture.attach(); };
         play(fixture);
-        fixture.trace.expect(traceOf(play));
+        fixture.trace.expect(traceOf<typename TypeParam::Fixture>(play));
     }
 }
 
@@ -142,7 +144,7 @@ TYPED_TEST_P(HostileController, MayLetTimePass)
 
 TYPED_TEST_P(HostileController, MayRunThePassThemselves)
 {
-    this->expectHarmless([](auto& fixture) { fixture.gate->p_hw_CallStackArray(); });
+    this->expectHarmless([](auto& fixture) { TypeParam::component(fixture)->p_hw_CallStackArray(); });
 }
 
 REGISTER_TYPED_TEST_SUITE_P(HostileController, MayDestroyTheComponent, MayDestroyTheComponentAndRaise,

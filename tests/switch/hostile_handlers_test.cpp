@@ -1,6 +1,6 @@
 // Handlers that destroy what they are called by, replace themselves, or feed lines, inside each event.
 
-#include "support/hostile.h"
+#include "support/hostile_controller.h"
 #include "switch_fixture.h"
 
 namespace {
@@ -63,6 +63,36 @@ void disturbEach(const std::function<void(TSwitchFixture&)>& disturb,
 {
     tests::disturbEach<TSwitchFixture>(kRuns, disturb, verify);
 }
+
+struct THostileSwitch
+{
+    using Fixture = TSwitchFixture;
+    static constexpr char kBye[] = "bye";
+
+    static auto& component(Fixture& fixture) { return fixture.device; }
+    static std::span<const TPlay<Fixture>> plays() { return kRuns; }
+    static QString read(const QString& line) { return tests::read(line); }
+    static void dropLink(Fixture& fixture) { fixture.link.reset(); }
+    static void clear(Fixture& fixture)
+    {
+        fixture.device->SetOnLog({});
+        fixture.device->SetOnError({});
+        fixture.device->SetOnCheckStatus({});
+        fixture.device->SetOnCheckSQL({});
+        fixture.device->SetOnNewItem({});
+        fixture.device->SetRemoutDevice(switching::podNone);
+    }
+    static bool isSent(const QString& line) { return line.startsWith("send"); }
+    static void expectAlive(Fixture& fixture)
+    {
+        fixture.trace.take();
+        fixture.makeJob("008A!1!OFF!OFF");
+        fixture.sweep();
+        EXPECT_EQ(fixture.trace.countOf(reached("008A!1!OFF!OFF")), 1);
+    }
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Switch, HostileController, THostileSwitch);
 
 TEST(HostileHandlers, TheRunsReachEveryEvent)
 {

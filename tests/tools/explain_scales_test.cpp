@@ -1,5 +1,6 @@
 #include "tnv5/tools/explain_scales.h"
 
+#include "support/bytes.h"
 #include "support/text_printers.h"
 #include "tnv5/tools/line_cutter.h"
 
@@ -8,10 +9,7 @@
 namespace tnv5::tools {
 namespace {
 
-QByteArray operator""_b(const char* bytes, std::size_t size)
-{
-    return {bytes, static_cast<qsizetype>(size)};
-}
+using tests::operator""_b;
 
 /// Direction and meaning.
 QString told(int family, const QByteArray& piece)

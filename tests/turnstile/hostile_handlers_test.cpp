@@ -77,6 +77,7 @@ struct THostileTurnstile
     using Fixture = TTurnstileFixture;
     static constexpr char kBye[] = "#09ZBye";
 
+    static auto& component(Fixture& fixture) { return fixture.gate; }
     static std::span<const TPlay<Fixture>> plays() { return kPlays; }
     static QString read(const QString& line) { return tests::read(line); }
     static void dropLink(Fixture& fixture) { fixture.port.reset(); }
@@ -103,7 +104,7 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Turnstile, HostileController, THostileTurnstile);
 TEST(HostileHandlers, TheRunReachesEveryEvent)
 {
     for (const auto play : kPlays) {
-        const QStringList lines = traceOf(play);
+        const QStringList lines = traceOf<TTurnstileFixture>(play);
         for (const QString beginning : {"log %Считано", "log %Отправлено", "error [02]", "img",
                                         "status CHECK", "status COME", "status STACK", "write"}) {
             EXPECT_FALSE(lines.filter(beginning).isEmpty()) << beginning.toStdString();

@@ -1,4 +1,4 @@
-#include "support/published.h"
+#include "support/published_suite.h"
 #include "turnstile_fixture.h"
 
 namespace {
@@ -7,55 +7,39 @@ using namespace tnv5;
 using namespace tnv5::tests;
 using namespace tnv5::turnstile;
 
-QVariant property(const QObject& object, const char* name)
+struct TPublishedTurnstile
 {
-    const QVariant value = object.property(name);
-    EXPECT_TRUE(value.isValid()) << name;
-    return value;
-}
+    using Component = TTurnStylerDevice;
 
-const TPublishedTable kPublished = {
-    {"DeviceList", QStringList()},
-    {"ComPort", static_cast<platform::TComPort*>(nullptr)},
-    {"RelayOpen", 1},
-    {"RelayClose", 0},
-    {"RelayOpenDoor", 3},
-    {"RelayCloseDoor", 0},
-    {"TimeDelayOpen", 2},
-    {"TimeOut", 5},
-    {"DoorIndex", QStringLiteral("D")},
-    {"Server", QString()},
-    {"Port", 0},
-    {"RemoutDevice", podNone},
-    {"OnLog", platform::TLogEvent()},
-    {"OnError", platform::TLogEvent()},
-    {"OnCheckStatus", TCheckStatusDevice()},
-    {"OnCheckSQL", TCheckSQLDevice()},
-    {"OnGetImg", TGetImg()},
+    static TPublishedTable table()
+    {
+        return {
+            {"DeviceList", QStringList()},
+            {"ComPort", static_cast<platform::TComPort*>(nullptr)},
+            {"RelayOpen", 1},
+            {"RelayClose", 0},
+            {"RelayOpenDoor", 3},
+            {"RelayCloseDoor", 0},
+            {"TimeDelayOpen", 2},
+            {"TimeOut", 5},
+            {"DoorIndex", QStringLiteral("D")},
+            {"Server", QString()},
+            {"Port", 0},
+            {"RemoutDevice", podNone},
+            {"OnLog", platform::TLogEvent()},
+            {"OnError", platform::TLogEvent()},
+            {"OnCheckStatus", TCheckStatusDevice()},
+            {"OnCheckSQL", TCheckSQLDevice()},
+            {"OnGetImg", TGetImg()},
+        };
+    }
 };
 
-TEST(Properties, ArePublishedInTheirOrder)
-{
-    expectPublished(TTurnStylerDevice::staticMetaObject, kPublished);
-}
+INSTANTIATE_TYPED_TEST_SUITE_P(Turnstile, Published, TPublishedTurnstile);
 
-TEST(Properties, HaveTheirTypes)
-{
-    expectTypes(TTurnStylerDevice::staticMetaObject, kPublished);
-}
-
-TEST(Properties, HaveTheirDefaults)
-{
-    const TTurnStylerDevice gate;
-    expectDefaults(gate, kPublished);
-    EXPECT_EQ(gate.StackItemsCount(), 0);
-    EXPECT_FALSE(gate.Designing());
-}
-
-TEST(Properties, KeepWhatIsWrittenEachItsOwn)
+TEST(Properties, KeepWhatIsWritten)
 {
     TTurnStylerDevice gate;
-    expectKeepsNumbers(gate, kPublished);
     EXPECT_TRUE(gate.setProperty("DeviceList", QStringList({"01A", "02D"})));
     EXPECT_EQ(gate.DeviceList(), QStringList({"01A", "02D"}));
     EXPECT_TRUE(gate.setProperty("DoorIndex", "E"));
@@ -83,29 +67,8 @@ TEST(Properties, EventsCanBeWrittenAndRead)
     port.Open();
     TTurnStylerDevice gate;
     gate.SetComport(&port);
-    QStringList called;
-    const auto text = [&called](const char* name) {
-        return QVariant::fromValue<platform::TLogEvent>(
-            [&called, name](TComponent*, const QString&) { called << name; });
-    };
-    EXPECT_TRUE(gate.setProperty("OnLog", text("log")));
-    EXPECT_TRUE(gate.setProperty("OnError", text("error")));
-    EXPECT_TRUE(gate.setProperty("OnGetImg",
-                                 QVariant::fromValue<TGetImg>([&called](auto&&...) { called << "img"; })));
-    EXPECT_TRUE(gate.setProperty("OnCheckStatus", QVariant::fromValue<TCheckStatusDevice>(
-                                                      [&called](auto&&...) { called << "status"; })));
-    EXPECT_TRUE(gate.setProperty(
-        "OnCheckSQL", QVariant::fromValue<TCheckSQLDevice>([&called](auto&&...) { called << "check"; })));
-    port.feed("$01AR1\r");
-    EXPECT_EQ(called.join(u' '), "log error img status status status check");
-
-    called.clear();
-    property(gate, "OnError").value<platform::TLogEvent>()(&gate, "x");
-    property(gate, "OnLog").value<platform::TLogEvent>()(&gate, "x");
-    EXPECT_EQ(called.join(u' '), "error log");
-    EXPECT_TRUE(property(gate, "OnGetImg").value<TGetImg>());
-    EXPECT_TRUE(property(gate, "OnCheckStatus").value<TCheckStatusDevice>());
-    EXPECT_TRUE(property(gate, "OnCheckSQL").value<TCheckSQLDevice>());
+    expectEventsAsProperties<TCheckStatusDevice, TCheckSQLDevice, TGetImg>(
+        gate, [&] { port.feed("$01AR1\r"); }, "log error img status status status check");
 }
 
 TEST(Properties, ThePortCanBeWritten)
@@ -291,26 +254,12 @@ TEST_F(Designer, HasNoTimer)
     trace.expect({read("x")}); // no pass at once, none later
 }
 
-TEST_F(Designer, IsInheritedFromTheOwner)
-{
-    const auto* child = new TTurnStylerDevice(gate.get());
-    EXPECT_TRUE(child->Designing());
-    EXPECT_FALSE(TTurnStylerDevice(port.get()).Designing());
-}
-
-TEST(Owner, FreesTheComponent)
-{
-    auto owner = std::make_unique<QObject>();
-    const QPointer<TTurnStylerDevice> gate = new TTurnStylerDevice(owner.get());
-    owner.reset();
-    EXPECT_TRUE(gate.isNull());
-}
-
 TEST(Owner, ComponentWithoutPortDoesNothing)
 {
     TManualClock clock;
     QStringList lines;
     TTurnStylerDevice gate;
+    EXPECT_EQ(gate.StackItemsCount(), 0);
     gate.SetOnLog([&](TComponent*, const QString& line) { lines << line; });
     clock.advance(60'000);
     EXPECT_TRUE(lines.isEmpty());

@@ -23,10 +23,10 @@ inline const QString kDoor = QStringLiteral("02D");
 inline const QString kCard = QStringLiteral("12345678");
 
 /// A turnstile and a door on a line in memory, with a diary of what the hooks told.
-class TClassicRig : public ::testing::Test
+class TClassicFixture : public ::testing::Test
 {
 protected:
-    TClassicRig()
+    TClassicFixture()
     {
         line->addController(kTurnstile);
         line->addController(kDoor);

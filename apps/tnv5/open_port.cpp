@@ -1,0 +1,25 @@
+#include "apps/tnv5/open_port.h"
+
+#include "apps/tnv5/console.h"
+#include "tnv5/host/port_diagnosis.h"
+
+namespace tnv5::cli {
+
+void explain(const QString& port)
+{
+    for (const QString& line : host::explainPort(host::portFacts(port))) {
+        complain(line);
+    }
+}
+
+void openPort(platform::TComPort& port)
+{
+    try {
+        port.Open();
+    } catch (const platform::EComPort&) {
+        explain(port.Port());
+        throw;
+    }
+}
+
+} // namespace tnv5::cli
