@@ -41,19 +41,23 @@ inline bool IsPseudoCard(const QString& card)
 }
 
 // messages of the monitor stream
+inline const QString kLogTag = QStringLiteral("LOG!");
+inline const QString kErrorTag = QStringLiteral("ERROR!");
+inline const QString kStatusTag = QStringLiteral("STATUS!");
+
 inline QString LogMessage(const QString& text)
 {
-    return QStringLiteral("LOG!") + text + u'&';
+    return kLogTag + text + u'&';
 }
 
 inline QString ErrorMessage(const QString& codeAndText)
 {
-    return QStringLiteral("ERROR!") + codeAndText + u'&';
+    return kErrorTag + codeAndText + u'&';
 }
 
 inline QString StatusMessage(const QStringList& fields)
 {
-    return QStringLiteral("STATUS!") + fields.join(u'!') + u'&';
+    return kStatusTag + fields.join(u'!') + u'&';
 }
 
 } // namespace tnv5::common

@@ -3,14 +3,22 @@
 #include "tnv5/common/messages.h"
 #include "tnv5/common/text.h"
 #include "tnv5/controller/controller_texts.h"
+#include "tnv5/controller/monitor_stream.h"
 #include "tnv5/platform/code_page.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace tnv5::controller {
 
-using platform::PServerConnection;
 using platform::TTimer;
+
+namespace {
+
+constexpr double kRefusedEveryMs = 1000;
+
+} // namespace
 
 TControllerDevice::TControllerDevice(QObject* AOwner, const TRemoteFamily& family, int sweepIntervalMs)
     : TComponent(AOwner), FFamily(family)
@@ -31,6 +39,114 @@ void TControllerDevice::makeSockets()
     auto& network = platform::TNetwork::current();
     DeviceServer = network.makeServer();
     DeviceClient = network.makeClient();
+    listenTo(*DeviceServer);
+    listenTo(*DeviceClient);
+}
+
+void TControllerDevice::listenTo(platform::TServerSocket& server)
+{
+    using platform::TServerConnection;
+    server.OnClientRead = [this](TServerConnection&, const QByteArray& bytes) { ServerRead(bytes); };
+    server.OnClientError = [this](TServerConnection&, platform::TSocketFailure& failure) {
+        ClientSocketError(failure);
+    };
+    server.OnSendFailure = [this](TServerConnection&, const QString& message) {
+        Operation([&] { reportError(kErrorSendToClient, message); });
+    };
+    server.OnRefused = [this](const QString& address, const QString& reason) {
+        Operation([&] { reportRefused(address, reason); });
+    };
+    if (FFamily.logsVisitors) {
+        server.OnClientConnect = [this](TServerConnection& visitor) {
+            logVisitor(kClientConnected, visitor);
+        };
+        server.OnClientDisconnect = [this](TServerConnection& visitor) {
+            logVisitor(kClientDisconnected, visitor);
+        };
+    }
+}
+
+void TControllerDevice::listenTo(platform::TClientSocket& client)
+{
+    client.OnRead = [this](const QByteArray& bytes) { ClientRead(bytes); };
+    client.OnError = [this](platform::TSocketFailure& failure) { ClientSocketError(failure); };
+}
+
+// All that has come is one line, also when the network has joined two; intended.
+void TControllerDevice::ServerRead(const QByteArray& bytes)
+{
+    p_hw_ProtocolIn(platform::fromWire(bytes));
+}
+
+void TControllerDevice::ClientRead(const QByteArray& bytes)
+{
+    Operation([&] {
+        for (const TMonitorText& text : monitorTexts(platform::fromWire(bytes), FFamily.stream)) {
+            if (text.kind == TMonitorText::Status) {
+                showServerStatus(text.fields);
+            } else {
+                Fire(FLogEvent, text.line); // the server's errors, too; intended
+            }
+        }
+    });
+}
+
+// Without an error handler it stays the socket's own error.
+void TControllerDevice::ClientSocketError(platform::TSocketFailure& failure)
+{
+    if (!FFamily.reportsLinkErrors) {
+        failure.code = 0;
+    } else if (FErrorEvent) {
+        const int code = std::exchange(failure.code, 0);
+        Operation([&] { reportError(kErrorLink, kLinkErrorCode + QString::number(code)); });
+    }
+}
+
+void TControllerDevice::logVisitor(const QString& text, const platform::TServerConnection& visitor)
+{
+    Operation([&] { Fire(FLogEvent, text + visitor.RemoteAddress()); });
+}
+
+// A stranger who knocks all the time fills no log: one line in a second, with the number of the others.
+void TControllerDevice::reportRefused(const QString& address, const QString& reason)
+{
+    const platform::TDateTime now = platform::Now();
+    if (std::abs(now - FRefusedTold) * static_cast<double>(platform::kMsPerDay) < kRefusedEveryMs) {
+        ++FRefusedUntold;
+        return;
+    }
+    FRefusedTold = now;
+    QString text = kRefused + address + QStringLiteral(": ") + reason;
+    if (const int untold = std::exchange(FRefusedUntold, 0)) {
+        text += QStringLiteral(" (%1 more before)").arg(untold);
+    }
+    reportError(kErrorRefused, text);
+}
+
+void TControllerDevice::SetServerAccess(const platform::TServerAccess& Value)
+{
+    if (DeviceServer) {
+        DeviceServer->SetAccess(Value);
+        DeviceServer->Close();
+    }
+}
+
+void TControllerDevice::SetClientTls(const std::optional<platform::TTlsFiles>& Value)
+{
+    if (DeviceClient) {
+        DeviceClient->SetTls(Value);
+        DeviceClient->Close();
+    }
+}
+
+int TControllerDevice::ListeningPort() const
+{
+    return DeviceServer ? DeviceServer->ListeningPort() : 0;
+}
+
+int TControllerDevice::Watchers() const
+{
+    return DeviceServer ? static_cast<int>(DeviceServer->Connections().size()) : 0;
 }
 
 void TControllerDevice::SetServer(const QString& Value)
@@ -102,24 +218,10 @@ void TControllerDevice::sendToMonitor(const QByteArray& text)
 {
     if (role() == podServer) {
         if (ready()) {
-            sendToClients(text);
+            CallOut([&] { DeviceServer->SendToAll(text, FFamily.newestFirst); });
         }
     } else if (role() == PodClient && FFamily.clientSendsTexts) {
         sendToServer(text);
-    }
-}
-
-void TControllerDevice::sendToClients(const QByteArray& text)
-{
-    QList<PServerConnection> clients = DeviceServer->Connections();
-    if (FFamily.newestFirst) {
-        std::reverse(clients.begin(), clients.end());
-    }
-    for (const PServerConnection& client : clients) {
-        if (client->Active()) { // what the host is told of one may close the others
-            Attempt([&] { client->Send(text); },
-                    [&](const QString& message) { reportError(kErrorSendToClient, message); });
-        }
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tnv5/controller/remote_role.h"
+#include "tnv5/platform/clock.h"
 #include "tnv5/platform/component.h"
 #include "tnv5/platform/sockets.h"
 #include "tnv5/platform/timer.h"
@@ -8,6 +9,7 @@
 #include <QVariant>
 #include <array>
 #include <memory>
+#include <optional>
 
 namespace tnv5::controller {
 
@@ -43,6 +45,17 @@ public:
     TConState RemoutDevice() const { return FRemoutDevice; }
     void SetRemoutDevice(TConState Value);
 
+    /// Whom the server lets in; as it is, every program of this machine. Closes the server's socket.
+    /// @throws EConvertError for an address or a network that is none
+    void SetServerAccess(const platform::TServerAccess& Value);
+    /// Files of a protected link to the server; as it is, the link is plain. Closes the client's socket.
+    void SetClientTls(const std::optional<platform::TTlsFiles>& Value);
+    /// The port that the server listens on, which the system has chosen when `Port` is 0; 0 while it does
+    /// not.
+    int ListeningPort() const;
+    /// Workstations that are connected to this server.
+    int Watchers() const;
+
     /// Readiness of the mode in use. Asking opens what the mode needs: the server's socket ("[06] " when it
     /// cannot be opened), or the client's ("[01] "), which is not ready before it is connected.
     bool Connected();
@@ -64,6 +77,9 @@ protected:
 
     /// The mode as it acts: numbers that are no mode count as `podNone`.
     TConState role() const;
+    /// A client shows a status of its server; the fields of its family. A family whose clients drop them has
+    /// none.
+    virtual void showServerStatus(const QStringList& fields) { Q_UNUSED(fields) }
     /// Whether the line to the controllers is open; may open it.
     virtual bool lineReady() = 0;
 
@@ -125,9 +141,15 @@ protected:
 
 private:
     void makeSockets();
+    void listenTo(platform::TServerSocket& server);
+    void listenTo(platform::TClientSocket& client);
+    void ServerRead(const QByteArray& bytes);
+    void ClientRead(const QByteArray& bytes);
+    void ClientSocketError(platform::TSocketFailure& failure);
+    void logVisitor(const QString& text, const platform::TServerConnection& visitor);
+    void reportRefused(const QString& address, const QString& reason);
     bool ready();
     void echoStatus(const QVariant* fields, std::size_t count);
-    void sendToClients(const QByteArray& text);
 
     const TRemoteFamily& FFamily;
     std::unique_ptr<platform::TTimer> StackTime;
@@ -136,6 +158,8 @@ private:
     QString FServer;
     int Fport = 0;
     TConState FRemoutDevice = podNone;
+    platform::TDateTime FRefusedTold = 0;
+    int FRefusedUntold = 0;
 };
 
 } // namespace tnv5::controller

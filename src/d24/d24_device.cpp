@@ -254,6 +254,11 @@ void TTurnStylerDeviceD24::ShowinternalStatus(TComponent* Sender, const QString&
     });
 }
 
+void TTurnStylerDeviceD24::showServerStatus(const QStringList& fields)
+{
+    ShowinternalStatus(this, fields[0], fields[1], fields[2], fields[3], fields[4], fields[5], fields[6]);
+}
+
 void TTurnStylerDeviceD24::report(const QString& name, const TFields& from, const QString& card,
                                   const QString& status1, const QString& status2)
 {

@@ -140,6 +140,7 @@ public:
     PRFidInfo StackItem(int AIndex) const { return StackArray.at(AIndex); }
 
 protected:
+    void showServerStatus(const QStringList& fields) override;
     void reportPing(const connector::TDevicelist& board, const QString& word) override;
 
 private:

@@ -1,42 +1,14 @@
 #include "tnv5/platform/sockets.h"
 
+#include "tnv5/platform/machine_network.h"
+
 #include <utility>
 
 namespace tnv5::platform {
 
 namespace {
 
-const QString kNoNetwork = QStringLiteral("This machine's sockets cannot be used yet");
-
-class TNoServer final : public TServerSocket
-{
-public:
-    bool Active() const override { return false; }
-    QList<PServerConnection> Connections() const override { return {}; }
-
-protected:
-    void doOpen() override { throw ESocketError(kNoNetwork); }
-    void doClose() override {}
-};
-
-class TNoClient final : public TClientSocket
-{
-public:
-    bool Active() const override { return false; }
-    void Send(const QByteArray& /*bytes*/) override { throw ESocketError(kNoNetwork); }
-
-protected:
-    bool connecting() const override { return false; }
-    void doOpen() override { throw ESocketError(kNoNetwork); }
-    void doClose() override {}
-};
-
-class TNoNetwork final : public TNetwork
-{
-public:
-    std::unique_ptr<TServerSocket> makeServer() override { return std::make_unique<TNoServer>(); }
-    std::unique_ptr<TClientSocket> makeClient() override { return std::make_unique<TNoClient>(); }
-};
+const QString kOnlyWatches = QStringLiteral("it only watches and tried to send lines");
 
 TNetwork* installed = nullptr;
 
@@ -62,6 +34,12 @@ void callWithFailure(TSocketFailure& failure, Call&& call)
 
 } // namespace
 
+void TServerSocket::SetAccess(const TServerAccess& Value)
+{
+    check(Value);
+    FAccess = Value;
+}
+
 void TServerSocket::Open()
 {
     if (!Active()) {
@@ -81,9 +59,33 @@ void TServerSocket::fire(const std::function<void(TServerConnection&)>& event, T
     callFromLoop(event, connection);
 }
 
+bool TServerSocket::admit(TServerConnection& connection)
+{
+    const TAdmission allowed = admission(FAccess, connection.RemoteAddress());
+    connection.FMayFeed = allowed == TAdmission::Feeds;
+    if (allowed == TAdmission::Refused) {
+        fireRefused(connection.RemoteAddress(), kNotOnList);
+    }
+    return allowed != TAdmission::Refused;
+}
+
+void TServerSocket::fireSendFailure(TServerConnection& connection, const QString& message)
+{
+    callFromLoop(OnSendFailure, connection, message);
+}
+
+void TServerSocket::fireRefused(const QString& address, const QString& reason)
+{
+    callFromLoop(OnRefused, address, reason);
+}
+
 void TServerSocket::fireRead(TServerConnection& connection, const QByteArray& bytes)
 {
-    callFromLoop(OnClientRead, connection, bytes);
+    if (connection.MayFeed()) {
+        callFromLoop(OnClientRead, connection, bytes);
+    } else if (!std::exchange(connection.FToldOf, true)) {
+        fireRefused(connection.RemoteAddress(), kOnlyWatches);
+    }
 }
 
 void TServerSocket::fireError(TServerConnection& connection, TSocketFailure failure)
@@ -137,7 +139,7 @@ void TClientSocket::fireError(TSocketFailure failure)
 
 TNetwork& TNetwork::current()
 {
-    static TNoNetwork own;
+    static TMachineNetwork own;
     return installed != nullptr ? *installed : own;
 }
 

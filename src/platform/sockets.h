@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tnv5/platform/errors.h"
+#include "tnv5/platform/socket_access.h"
 
 #include <QByteArray>
 #include <QList>
@@ -11,7 +12,12 @@
 /// Stream sockets of the monitor stream. A component asks `TNetwork::current()` for its sockets, so that a
 /// test can put a network in memory under it (`testkit::TMemoryNetwork`). Nothing blocks; events come on the
 /// main thread, and what their handlers raise goes to the exception handler.
+///
+/// Limits of each connection: 1 MiB waiting to be sent, and 1 MiB waiting to be handed on. Beyond it is
+/// dropped.
 namespace tnv5::platform {
+
+constexpr qint64 kMaxSocketQueue = 1'048'576;
 
 /// One client of a server socket.
 class TServerConnection
@@ -26,8 +32,14 @@ public:
     virtual QString RemoteAddress() const = 0;
     /// False once it has left or the server has closed.
     virtual bool Active() const = 0;
-    /// Sends bytes, as they are, without waiting. @throws ESocketError
-    virtual void Send(const QByteArray& bytes) = 0;
+
+    /// Whether it may send lines, or only watches.
+    bool MayFeed() const { return FMayFeed; }
+
+private:
+    friend class TServerSocket;
+    bool FMayFeed = true;
+    bool FToldOf = false; // it is only watching and tried to send
 };
 
 /// Shared, so that a connection stays valid for code that holds it while it closes.
@@ -54,7 +66,13 @@ public:
     int Port() const { return FPort; }
     void SetPort(int Value) { FPort = Value; }
 
+    /// Whom it lets in; used when it is next opened. @throws EConvertError for an address that is none
+    const TServerAccess& Access() const { return FAccess; }
+    void SetAccess(const TServerAccess& Value);
+
     virtual bool Active() const = 0;
+    /// The port it listens on, which the system has chosen when `Port` is 0; 0 while it does not listen.
+    virtual int ListeningPort() const = 0;
     /// Listens; opening an open socket does nothing. @throws ESocketError
     void Open();
     /// Drops every connection, without an event, and listens no more.
@@ -63,23 +81,38 @@ public:
     /// The active connections, in order of arrival.
     virtual QList<PServerConnection> Connections() const = 0;
 
+    /// Sends bytes, as they are, to every connection, without waiting. One that cannot take them is told of
+    /// through `OnSendFailure`, at once or later, and does not keep the others from being served.
+    /// @param newestFirst from the last connection to the first, else the other way round
+    virtual void SendToAll(const QByteArray& bytes, bool newestFirst) = 0;
+
     std::function<void(TServerConnection& Socket)> OnClientConnect;
     std::function<void(TServerConnection& Socket)> OnClientDisconnect;
     /// Everything that was there to read.
     std::function<void(TServerConnection& Socket, const QByteArray& bytes)> OnClientRead;
     std::function<void(TServerConnection& Socket, TSocketFailure& failure)> OnClientError;
+    /// Something was not sent to a client.
+    std::function<void(TServerConnection& Socket, const QString& message)> OnSendFailure;
+    /// Someone was not let in, or only watches and tried to feed; what it sent is dropped.
+    std::function<void(const QString& address, const QString& reason)> OnRefused;
 
 protected:
     virtual void doOpen() = 0;
     virtual void doClose() = 0;
 
+    /// For implementations: a client is there. @return false when it must not come in, which has been told
+    bool admit(TServerConnection& connection);
+
     /// For implementations: call the handlers; they may destroy the socket.
     static void fire(const std::function<void(TServerConnection&)>& event, TServerConnection& connection);
+    void fireSendFailure(TServerConnection& connection, const QString& message);
+    void fireRefused(const QString& address, const QString& reason);
     void fireRead(TServerConnection& connection, const QByteArray& bytes);
     void fireError(TServerConnection& connection, TSocketFailure failure);
 
 private:
     int FPort = 0;
+    TServerAccess FAccess;
 };
 
 /// A socket that connects to a server.
@@ -97,6 +130,9 @@ public:
     /// @param resolve whether `Host` may be a name; else it is an address, taken as it is written
     void SetServer(const QString& Host, int Port, bool resolve);
     bool ResolvesNames() const { return FResolve; }
+    /// Files of a protected link; used when it is next opened.
+    const std::optional<TTlsFiles>& Tls() const { return FTls; }
+    void SetTls(const std::optional<TTlsFiles>& Value) { FTls = Value; }
 
     /// Connected to the server; false while that is still under way.
     virtual bool Active() const = 0;
@@ -129,6 +165,7 @@ private:
     QString FHost;
     int FPort = 0;
     bool FResolve = false;
+    std::optional<TTlsFiles> FTls;
 };
 
 /// Where sockets come from.

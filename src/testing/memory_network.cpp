@@ -28,11 +28,8 @@ public:
 
     QString RemoteAddress() const override { return FAddress; }
     bool Active() const override { return active; }
-    void Send(const QByteArray& bytes) override
+    void send(const QByteArray& bytes)
     {
-        if (!active) {
-            throw ESocketError(QStringLiteral("The client has left"));
-        }
         if (failure) {
             throw ESocketError(*failure);
         }
@@ -76,6 +73,32 @@ QList<platform::PServerConnection> TMemoryServer::Connections() const
     return active;
 }
 
+// The hook and the handler may close the server, or destroy it.
+void TMemoryServer::SendToAll(const QByteArray& bytes, bool newestFirst)
+{
+    auto clients = FClients;
+    if (newestFirst) {
+        std::reverse(clients.begin(), clients.end());
+    }
+    const std::weak_ptr<bool> alive = FAlive;
+    for (const auto& client : clients) {
+        if (!client->active) {
+            continue;
+        }
+        try {
+            client->send(bytes);
+        } catch (...) {
+            if (alive.expired()) {
+                throw;
+            }
+            const auto handler = OnSendFailure;
+            if (handler) {
+                handler(*client, platform::exceptionMessage());
+            }
+        }
+    }
+}
+
 std::shared_ptr<TMemoryServer::TConnection> TMemoryServer::at(int client) const
 {
     return FClients.at(static_cast<std::size_t>(client));
@@ -88,7 +111,10 @@ int TMemoryServer::join(const QString& address)
     }
     const int number = static_cast<int>(FClients.size());
     const auto client = FClients.emplace_back(std::make_shared<TConnection>(*this, number, address));
-    fire(OnClientConnect, *client);
+    client->active = admit(*client);
+    if (client->active) {
+        fire(OnClientConnect, *client);
+    }
     return number;
 }
 

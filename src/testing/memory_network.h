@@ -26,9 +26,11 @@ public:
     ~TMemoryServer() override;
 
     bool Active() const override { return FActive; }
+    int ListeningPort() const override { return FActive ? Port() : 0; }
     QList<platform::PServerConnection> Connections() const override;
+    void SendToAll(const QByteArray& bytes, bool newestFirst) override;
 
-    /// A client connects. @return its number
+    /// A client connects. @return its number, also of one that is not let in
     int join(const QString& address = QStringLiteral("127.0.0.1"));
     /// A client sends bytes; they arrive as one read.
     void feed(int client, const QByteArray& bytes);
@@ -65,6 +67,7 @@ private:
     TMemoryNetwork* FNetwork;
     bool FActive = false;
     std::vector<std::shared_ptr<TConnection>> FClients;
+    std::shared_ptr<bool> FAlive = std::make_shared<bool>(true);
 };
 
 /// A client socket in memory; the test plays the server.

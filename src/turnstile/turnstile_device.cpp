@@ -237,6 +237,11 @@ void TTurnStylerDevice::ShowinternalStatus(TComponent* Sender, const QString& AN
     });
 }
 
+void TTurnStylerDevice::showServerStatus(const QStringList& fields)
+{
+    ShowinternalStatus(this, fields[0], fields[1], fields[2], fields[3], fields[4]);
+}
+
 void TTurnStylerDevice::ServerEcho(const QString& AMess)
 {
     Operation([this, text = AMess] { echo(text); });

@@ -151,6 +151,7 @@ public:
 
 protected:
     bool lineReady() override;
+    void showServerStatus(const QStringList& fields) override;
 
 private:
     // the way in

@@ -15,7 +15,10 @@ inline void serve(testkit::TMemoryNetwork& network, controller::TControllerDevic
 {
     controller.SetRemoutDevice(controller::podServer);
     controller.Connected(); // opens the socket
+    const platform::TLogEvent log = controller.OnLog();
+    controller.SetOnLog(nullptr); // the arrival is in no transcript
     network.server(0).join();
+    controller.SetOnLog(log);
     network.server(0).OnSent = [&trace, word](int, const QByteArray& bytes) {
         trace.add(word + platform::fromWire(bytes));
     };

@@ -1,0 +1,219 @@
+#include "tnv5/platform/server_worker.h"
+
+#include "tnv5/platform/socket_failure.h"
+
+#include <QHostAddress>
+#include <QSslSocket>
+#include <QTimer>
+#include <utility>
+
+namespace tnv5::platform {
+
+namespace {
+
+constexpr int kHandshakeMs = 10'000;
+constexpr int kAcceptAgainMs = 100;
+constexpr int kBacklog = 1'024;
+
+QString peerAddress(const QTcpSocket& socket)
+{
+    return PlainAddress(socket.peerAddress()).toString();
+}
+
+qint64 unsent(const QTcpSocket& socket)
+{
+    const auto* const tls = qobject_cast<const QSslSocket*>(&socket);
+    return socket.bytesToWrite() + (tls != nullptr ? tls->encryptedBytesToWrite() : 0);
+}
+
+} // namespace
+
+TServerWorker::TServerWorker(TEvents events, TServerAccess access, std::optional<QSslConfiguration> tls)
+    : FEvents(std::move(events)), FAccess(std::move(access)), FTls(std::move(tls))
+{
+    setListenBacklogSize(kBacklog);
+    setMaxPendingConnections(kMaxLinks);
+    // without this a machine that has run out of descriptors would never let anyone in again
+    connect(this, &QTcpServer::acceptError, this,
+            [this] { QTimer::singleShot(kAcceptAgainMs, this, [this] { setHeld(FHeld); }); });
+}
+
+// The clients' sockets are its children; nothing is told of their end.
+TServerWorker::~TServerWorker()
+{
+    for (QTcpSocket* const socket : findChildren<QTcpSocket*>()) {
+        socket->disconnect(this);
+        socket->flush(); // what was sent shall arrive
+    }
+}
+
+void TServerWorker::setHeld(bool held)
+{
+    FHeld = held;
+    if (held) {
+        pauseAccepting();
+    } else {
+        resumeAccepting();
+    }
+}
+
+void TServerWorker::incomingConnection(qintptr descriptor)
+{
+    QTcpSocket* const socket = FTls ? new QSslSocket(this) : new QTcpSocket(this);
+    if (!socket->setSocketDescriptor(descriptor)) {
+        delete socket;
+        return;
+    }
+    ++FSockets;
+    if (admission(FAccess, peerAddress(*socket)) == TAdmission::Refused) {
+        refuse(socket, kNotOnList);
+        return;
+    }
+    if (FSockets > kMaxLinks) {
+        refuse(socket, QStringLiteral("there are too many clients"));
+        return;
+    }
+    watchLink(*socket);
+    connect(socket, &QTcpSocket::errorOccurred, this, [this, socket](auto error) { onError(socket, error); });
+    connect(socket, &QTcpSocket::disconnected, this, [this, socket] { onDisconnected(socket); });
+    if (FTls) {
+        startTls(static_cast<QSslSocket*>(socket));
+    } else {
+        enter(socket);
+    }
+}
+
+// The handshake has its time; nobody holds a place by saying nothing.
+void TServerWorker::startTls(QSslSocket* socket)
+{
+    connect(socket, &QSslSocket::encrypted, this, [this, socket] { enter(socket); });
+    QTimer::singleShot(kHandshakeMs, socket, [this, socket] {
+        if (!FLinks.contains(socket)) {
+            refuse(socket, QStringLiteral("it did not begin an encrypted link"));
+        }
+    });
+    socket->setSslConfiguration(*FTls);
+    socket->startServerEncryption();
+}
+
+void TServerWorker::enter(QTcpSocket* socket)
+{
+    const auto link = std::make_shared<TServerLink>(peerAddress(*socket));
+    FLinks.insert(socket, link);
+    FEvents.joined(link);
+    connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(socket); });
+    if (socket->bytesAvailable() > 0) {
+        read(socket);
+    }
+}
+
+void TServerWorker::read(QTcpSocket* socket)
+{
+    const PServerLink link = FLinks.value(socket);
+    bool first = false;
+    if (!link) {
+        return;
+    }
+    if (!link->keep(socket->readAll(), first)) {
+        drop(socket);
+        FEvents.failed(link, tooMuchUnread());
+        FEvents.left(link);
+    } else if (first) {
+        FEvents.hasRead(link);
+    }
+}
+
+// An orderly end is no error.
+void TServerWorker::onError(QTcpSocket* socket, QAbstractSocket::SocketError error)
+{
+    const PServerLink link = FLinks.value(socket);
+    if (!link) {
+        refuse(socket, socket->errorString());
+    } else if (error != QAbstractSocket::RemoteHostClosedError) {
+        const TSocketFailure failure = socketFailure(error, socket->errorString());
+        drop(socket);
+        FEvents.failed(link, failure);
+        FEvents.left(link);
+    }
+}
+
+void TServerWorker::onDisconnected(QTcpSocket* socket)
+{
+    const PServerLink link = FLinks.value(socket);
+    drop(socket);
+    if (link) {
+        FEvents.left(link);
+    }
+}
+
+void TServerWorker::drop(QTcpSocket* socket)
+{
+    FLinks.remove(socket);
+    --FSockets;
+    socket->disconnect(this);
+    socket->abort();
+    socket->deleteLater();
+}
+
+void TServerWorker::refuse(QTcpSocket* socket, const QString& reason)
+{
+    const QString address = peerAddress(*socket);
+    drop(socket);
+    FEvents.refused(address, reason);
+}
+
+void TServerWorker::post(const QByteArray& bytes)
+{
+    const QMutexLocker locked(&FLock);
+    const bool first = FPosted.isEmpty();
+    if (FPosted.size() + bytes.size() > kMaxPosted) {
+        FTooMuchPosted = true;
+    } else {
+        FPosted += bytes;
+    }
+    if (first) {
+        QMetaObject::invokeMethod(this, &TServerWorker::sendPosted, Qt::QueuedConnection);
+    }
+}
+
+void TServerWorker::sendPosted()
+{
+    QByteArray bytes;
+    bool tooMuch = false;
+    {
+        const QMutexLocker locked(&FLock);
+        bytes = std::exchange(FPosted, {});
+        tooMuch = std::exchange(FTooMuchPosted, false);
+    }
+    const QList<QTcpSocket*> sockets = FLinks.keys();
+    for (QTcpSocket* const socket : sockets) {
+        if (!FLinks.contains(socket)) {
+            continue; // it left while others were served
+        }
+        if (tooMuch) {
+            dropUnsent(socket);
+        } else {
+            send(socket, bytes);
+        }
+    }
+}
+
+// Many links share the bytes; none copies them.
+void TServerWorker::send(QTcpSocket* socket, const QByteArray& bytes)
+{
+    socket->write(bytes);
+    socket->flush();
+    if (FLinks.contains(socket) && unsent(*socket) > kMaxSocketQueue) {
+        dropUnsent(socket);
+    }
+}
+
+void TServerWorker::dropUnsent(QTcpSocket* socket)
+{
+    const PServerLink link = FLinks.value(socket);
+    drop(socket);
+    FEvents.notSent(link, QStringLiteral("The client does not read"));
+    FEvents.left(link);
+}
+
+} // namespace tnv5::platform
