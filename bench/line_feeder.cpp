@@ -5,6 +5,7 @@
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <thread>
@@ -117,6 +118,7 @@ TLineFeeder::TLineFeeder(const std::vector<TPseudoTerminal>& lines, int seconds)
         throw std::system_error(errno, std::generic_category(), "fork");
     }
     if (FProcess == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL); // whatever ends the other process
         close(startEnds[1]);
         std::vector<TFeed> feeds;
         for (std::size_t i = 0; i < lines.size(); ++i) {

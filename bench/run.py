@@ -13,6 +13,7 @@ import subprocess
 import sys
 import tempfile
 
+SYSTEM_PATH = os.pathsep.join((os.environ.get("PATH", ""), "/usr/sbin"))
 BENCH = pathlib.Path(__file__).resolve().parent
 DOCS = BENCH.parent / "docs" / "performance.md"
 
@@ -45,6 +46,7 @@ class Runner:
         self.has_npm = peers and shutil.which("node") is not None and (self.modules / "serialport").is_dir()
         self.has_pyserial = peers and subprocess.run(["/usr/bin/python3", "-c", "import serial"], check=False,
                                                      stderr=subprocess.DEVNULL).returncode == 0
+        self.has_mosquitto = peers and shutil.which("mosquitto", path=SYSTEM_PATH) is not None
         self.has_modbus = peers and (self.bin / "modbus_frames").exists()
 
     def amount(self, smoke, quick, full):
@@ -54,12 +56,12 @@ class Runner:
     def missing(self):
         """Names of the peers that are not there to be compared with."""
         peers = (("npm serialport", self.has_npm), ("pyserial", self.has_pyserial),
-                 ("libmodbus", self.has_modbus))
+                 ("libmodbus", self.has_modbus), ("mosquitto", self.has_mosquitto))
         return [name for name, there in peers if not there]
 
     def lines(self, *command):
         """Output of a program, line by line; its failure ends the run."""
-        environment = dict(os.environ, NODE_PATH=str(self.modules))
+        environment = dict(os.environ, NODE_PATH=str(self.modules), PATH=SYSTEM_PATH)
         done = subprocess.run([str(part) for part in command], stdout=subprocess.PIPE, text=True,
                               env=environment, check=False)
         if done.returncode != 0:
@@ -78,6 +80,37 @@ class Runner:
             programs.append(f"serialport=node {BENCH / 'peers' / 'serialport_gate.js'}")
         output = self.lines(self.bin / "latency", cards, *programs)
         return {row["name"]: row for row in map(json.loads, output.splitlines())}
+
+    def watched_latency(self):
+        """A quiet gate, and one with watchers, a journal and other lines: each alone, taking turns."""
+        cards, rounds = self.amount((5, 1), (300, 2), (1000, 5))
+        lines, watchers, deaf = self.amount((2, 10, 1), (199, 1000, 100), (199, 1000, 100))
+        load = f"{self.bin / 'latency_watched_gate'} {lines} {watchers} {deaf}"
+        found = {}
+        for number in range(rounds):
+            progress(f"card to command with {watchers} watchers and {lines} other lines, "
+                     f"round {number + 1} of {rounds}")
+            for program in (f"quiet={self.bin / 'latency_gate'}", f"watched={load}"):
+                row = json.loads(self.lines(self.bin / "latency", cards, program))
+                for key in ("median_us", "p99_us"):
+                    found.setdefault((row["name"], key), []).append(row[key])
+        return medians(found), f"{lines} other lines, {watchers} watchers of which {deaf} do not read, journal"
+
+    def fanout(self):
+        """Texts to many clients; the servers take turns."""
+        programs = [f"component={self.bin / 'fanout_gate'}"]
+        if self.has_mosquitto:
+            programs.append(f"mosquitto=/usr/bin/python3 {BENCH / 'peers' / 'mosquitto_fanout.py'}")
+        rounds, seconds = self.amount((1, 1), (1, 2), (3, 3))
+        found = {}
+        for number in range(rounds):
+            for clients in self.amount((1, 10), (1, 10, 100, 1000), (1, 10, 100, 1000)):
+                progress(f"one text to {clients} clients, round {number + 1} of {rounds}")
+                for line in self.lines(self.bin / "fanout", clients, seconds, *programs).splitlines():
+                    row = json.loads(line)
+                    for key in ("texts_per_s", "cpu_us_per_delivery", "median_us", "p99_us"):
+                        found.setdefault((clients, row["name"], key), []).append(row[key])
+        return medians(found)
 
     def google(self, pattern, seconds, program="turnstile_bench"):
         output = self.lines(self.bin / program, f"--benchmark_filter={pattern}",
@@ -221,6 +254,35 @@ def rate_table(results):
     return text
 
 
+def watched_table(times, load):
+    keys = ("median_us", "p99_us")
+    rows = [[name, *(f"{times[name, key]:.0f} µs" for key in keys),
+             *(f"{times[name, key] / times['quiet', key]:.2f}" for key in keys)] for name in ("quiet", "watched")]
+    text = table(["Card to open command", "median", "99th percentile", "median / quiet", "99th / quiet"], rows)
+    within = [times["watched", key] <= limit * times["quiet", key] for key, limit in zip(keys, (1.5, 3))]
+    return (text + f"\n\n*Watched*: {load}. Aim: median at most 1.5 × quiet: {met(within[0])}; "
+            f"99th percentile at most 3 × quiet: {met(within[1])}.")
+
+
+def fanout_table(found):
+    names = [name for name in ("component", "mosquitto") if any(key[1] == name for key in found)]
+    sizes = sorted({key[0] for key in found})
+    rows = [[f"{name}, {clients:,} clients", f"{found[clients, name, 'texts_per_s']:,.0f}",
+             f"{found[clients, name, 'cpu_us_per_delivery']:.2f} µs",
+             f"{found[clients, name, 'median_us']:,.0f} µs", f"{found[clients, name, 'p99_us']:,.0f} µs"]
+            for clients in sizes for name in names]
+    text = table(["One text to all clients", "texts/s", "processor a delivery", "delay, median", "99th percentile"],
+                 rows)
+    if len(names) == 2:
+        rate = all(found[size, "component", "texts_per_s"] >= found[size, "mosquitto", "texts_per_s"]
+                   for size in sizes)
+        most = sizes[-1]
+        delay = found[most, "component", "p99_us"] <= found[most, "mosquitto", "p99_us"]
+        text += (f"\n\nAim: at least mosquitto's rate: {met(rate)}; with {most:,} clients a 99th percentile no worse "
+                 f"than its: {met(delay)}.")
+    return text
+
+
 def pass_table(title, columns, costs):
     sizes = sorted({entries for _, entries in costs})
     rows = [[f"{entries:,}"] + [f"{costs[idle, entries]:.0f} ns" for idle in range(len(columns))]
@@ -324,6 +386,8 @@ def main():
     report = "\n\n".join([
         f"Measured on {machine}." + (f" Not installed: {', '.join(missing)}." if missing else ""),
         latency_table(runner.latency()),
+        watched_table(*runner.watched_latency()),
+        fanout_table(runner.fanout()),
         rate_table([(title, runner.rates(read, addresses)) for read, addresses, title in READS]),
         pass_table("Entries in the table, cost of each", IDLE, runner.passes()),
         pass_table("Networked gates: entries in the table, cost of each", IDLE_NETWORKED,

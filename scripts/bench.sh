@@ -1,8 +1,8 @@
 #!/bin/sh
 # Builds and runs all benchmarks and prints one table; docs/performance.md explains it.
 #
-#   scripts/bench.sh                 a full run, about six minutes
-#   scripts/bench.sh --quick         a rough figure in a minute and a half
+#   scripts/bench.sh                 a full run, about ten minutes
+#   scripts/bench.sh --quick         a rough figure in two minutes
 #   scripts/bench.sh --update-docs   a full run whose table goes into docs/performance.md
 #
 # The table is also written to build/bench/results.txt.
@@ -18,6 +18,7 @@ missing=""
 [ -e /usr/include/benchmark/benchmark.h ] || missing="$missing libbenchmark-dev"
 command -v node >/dev/null || missing="$missing nodejs"
 command -v npm >/dev/null || missing="$missing npm"
+command -v mosquitto >/dev/null || [ -x /usr/sbin/mosquitto ] || missing="$missing mosquitto"
 if [ -n "$missing" ]; then
     say "installing$missing"
     as_root=""

@@ -60,7 +60,9 @@ void TServerWorker::setHeld(bool held)
 void TServerWorker::incomingConnection(qintptr descriptor)
 {
     QTcpSocket* const socket = FTls ? new QSslSocket(this) : new QTcpSocket(this);
-    if (!socket->setSocketDescriptor(descriptor)) {
+    // what one write can take leaves at once, without the socket's own queue
+    const QIODevice::OpenMode mode = QIODevice::ReadWrite | QIODevice::Unbuffered;
+    if (!socket->setSocketDescriptor(descriptor, QAbstractSocket::ConnectedState, mode)) {
         delete socket;
         return;
     }
