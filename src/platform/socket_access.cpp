@@ -12,9 +12,10 @@ namespace {
 std::pair<QHostAddress, int> parseNetwork(const QString& text)
 {
     const std::pair<QHostAddress, int> network = QHostAddress::parseSubnet(text);
-    // parseSubnet takes "10" and "10.1" for networks, too
+    // parseSubnet takes "10" and "10.0.0." for networks, too
     const QString address = text.section(u'/', 0, 0);
-    if (network.second < 0 || (!address.contains(u':') && address.count(u'.') != 3)) {
+    const bool whole = address.contains(u':') || address.count(u'.') == 3;
+    if (network.second < 0 || !whole || QHostAddress(address).isNull()) {
         throw EConvertError(u'\'' + text + QStringLiteral("' is not an address or a network"));
     }
     return network;
