@@ -28,13 +28,8 @@ TModelGate::TModelGate(TModelWorld& world, bool designing)
       FPingTimer(world, 2000, [this] { DevicePingTime(this); })
 {
     FPingTimer.setEnabled(!designing);
-    FProperties = {{"CheckCross", false},
-                   {"CheckET", false},
-                   {"pingdelay", 15},
-                   {"TimeOut", 5},
-                   {"Port", 0},
-                   {"Server", ""},
-                   {"RemoutDevice", Alone}};
+    FProperties = {{"CheckCross", false}, {"CheckET", false}, {"pingdelay", 15},      {"TimeOut", 5},
+                   {"Port", 0},           {"Server", ""},     {"RemoutDevice", Alone}};
 }
 
 void TModelGate::die()

@@ -42,12 +42,15 @@ public:
             answer("dials " + where, {0, 100});
             return FLinksAtOnce;
         };
-        far.toClient = [this, answer](int client, const QByteArray& bytes) {
-            answer(QStringLiteral("monitor %1 ").arg(client) + shown(bytes),
-                   FDice.below(4) == 0 ? FWild : TTemper{});
+        far.toClient = [this](int client, const QByteArray& bytes) {
+            note(QStringLiteral("monitor %1 ").arg(client) + shown(bytes));
+            if (FWild.nested > 0 && FDice.below(12) == 0) {
+                nest({Leave, {}, FDice.below(ground.farEnd.clients)}, false);
+            }
+            react(FDice.below(4) == 0 ? FWild : TTemper{});
         };
         far.toServer = [this, answer](const QByteArray& bytes) {
-            answer("forwards " + shown(bytes), FDice.below(4) == 0 ? FWild : TTemper{});
+            answer("forwards " + shown(bytes), {FWild.nested, FWild.raising > 0 ? 100 : 0});
         };
         FLinksAtOnce = FTemper.below(5) != 0;
         ground.perform({NewPort, {}, 0});
@@ -148,12 +151,8 @@ private:
         if (client && !linked && d.below(2) == 0) {
             return {AskConnected};
         }
-        return TRemoteWords{d,
-                            [&d] { return aLine(d); },
-                            server->Active(),
-                            linked,
-                            ground.farEnd.clients,
-                            int(server->Connections().size())}
+        return TRemoteWords{d,      [&d] { return aLine(d); }, server->Active(),
+                            linked, ground.farEnd.clients,     int(server->Connections().size())}
             .any();
     }
 

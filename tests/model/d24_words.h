@@ -6,8 +6,8 @@ namespace tnv5::d24::model {
 
 using namespace modelkit;
 
-TNV5_STEPS(Destroy, Assign,    // handler `b` of event `a`, 0 none
-           Number,             // property `a` gets `b`
+TNV5_STEPS(Destroy, Assign, // handler `b` of event `a`, 0 none
+           Number,          // property `a` gets `b`
            ServerName,
            Connect,            // link `a`; -1 none
            Interval, EditPass, // pass `a`, field `b`, text or moment `c`

@@ -57,8 +57,11 @@ public:
             return FLinksAtOnce;
         };
         far.toClient = [this](int client, const QByteArray& bytes) {
-            answer(QStringLiteral("monitor %1 ").arg(client) + shown(bytes),
-                   FDice.below(4) == 0 ? FWild : TTemper{});
+            note(QStringLiteral("monitor %1 ").arg(client) + shown(bytes));
+            if (FWild.nested > 0 && FDice.below(12) == 0) {
+                nest({Leave, {}, FDice.below(ground.farEnd.clients)}, false);
+            }
+            react(FDice.below(4) == 0 ? FWild : TTemper{});
         };
         far.toServer = [this](const QByteArray& bytes) {
             answer("forwards " + shown(bytes), {FWild.nested, FWild.raising > 0 ? 100 : 0});
@@ -85,7 +88,7 @@ public:
         if (d.below(10) != 0) {
             steps.push_back({Connect, {}, d.pick({0, 0, 1, 2})});
         }
-        if (d.below(3) == 0) {
+        if (d.below(2) == 0) {
             steps.push_back({Number, {}, 4, d.pick({1, 1, 2})});
         }
         return steps;
@@ -191,12 +194,8 @@ private:
         if (client && !linked && d.below(2) == 0) {
             return {AskConnected};
         }
-        return TRemoteWords{d,
-                            [&] { return words(d).line(); },
-                            server->Active(),
-                            linked,
-                            ground.farEnd.clients,
-                            int(server->Connections().size())}
+        return TRemoteWords{d,      [&] { return words(d).line(); }, server->Active(),
+                            linked, ground.farEnd.clients,           int(server->Connections().size())}
             .any();
     }
 
@@ -445,11 +444,11 @@ private:
 TEST(SwitchModel, PlaysLikeTheComponent)
 {
     const QStringList full{"job table full", "PING: table full"};
-    compare<TSwitchStage>(500,
-                          kOnlyWithPositions + (kFills ? QStringList() : full) +
-                              QStringList{"link: *", "port: a splitter leaves during a read",
-                                          "port: an error that nobody takes", "splitter: packet too long",
-                                          "splitter: attaching throws half a packet away"});
+    compare<TSwitchStage>(
+        500, kOnlyWithPositions + (kFills ? QStringList() : full) +
+                 QStringList{"link: *", "remote: socket error*", "port: a splitter leaves during a read",
+                             "port: an error that nobody takes", "splitter: packet too long",
+                             "splitter: attaching throws half a packet away"});
 }
 
 } // namespace tnv5::switching::model

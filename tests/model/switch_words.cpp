@@ -266,8 +266,8 @@ TStep TWords::call()
                           dice.below(3),
                           dice.below(4),
                           dice.chance(50) ? now % kMsPerDay : moment()};
-    return dice.pick(
-        {check, check, check, check, find, change, ping, ping, pingFind, ask, editBoard, TStep{StatusAll}});
+    return dice.pick({check, check, check, check, find, change, ping, ping, pingFind, ask, editBoard,
+                      editBoard, editBoard, TStep{StatusAll}});
 }
 
 TStep TWords::oddment()

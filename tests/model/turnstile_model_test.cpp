@@ -14,9 +14,9 @@ namespace tnv5::turnstile::model {
 
 namespace {
 
-TNV5_STEPS(Create, Destroy, AssignPort, Handler, Number, Door, Devices, Mode, ServerName, Interval, Line, Sweep, Find,
-           FindByRelay, CheckStatus, SendCom, Relay, Poll, Ask, TimedOut, Checksum, Show, Echo, AskConnected,
-           EditStart, EditCard, EditDevice, EditHard, EditStatus)
+TNV5_STEPS(Create, Destroy, AssignPort, Handler, Number, Door, Devices, Mode, ServerName, Interval, Line,
+           Sweep, Find, FindByRelay, CheckStatus, SendCom, Relay, Poll, Ask, TimedOut, Checksum, Show, Echo,
+           AskConnected, EditStart, EditCard, EditDevice, EditHard, EditStatus)
 
 constexpr int kEvents = 5;
 constexpr const char* kNumbers[] = {"RelayOpen",     "RelayClose", "RelayOpenDoor", "RelayCloseDoor",
@@ -159,12 +159,8 @@ private:
         if (client && !linked && d.chance(60)) {
             return {AskConnected};
         }
-        return TRemoteWords{d,
-                            [&] { return words(d).line(); },
-                            server->Active(),
-                            linked,
-                            ground.farEnd.clients,
-                            int(server->Connections().size())}
+        return TRemoteWords{d,      [&] { return words(d).line(); }, server->Active(),
+                            linked, ground.farEnd.clients,           int(server->Connections().size())}
             .any();
     }
 

@@ -8,12 +8,12 @@ namespace tnv5::modelkit {
 /// In what the remote roles of a family of controllers differ, apart from how a client reads.
 struct TManners
 {
-    bool lastFirst;     ///< a server serves its clients from the last to the first
-    bool clientSends;   ///< a client's own texts go to its server
-    bool settersClose;  ///< address, port and mode close sockets
-    bool names;         ///< the server may be a name
-    bool logsVisitors;  ///< they come and go in the log
-    bool tellsErrors;   ///< those of sockets, "[12] "
+    bool lastFirst;    ///< a server serves its clients from the last to the first
+    bool clientSends;  ///< a client's own texts go to its server
+    bool settersClose; ///< address, port and mode close sockets
+    bool names;        ///< the server may be a name
+    bool logsVisitors; ///< they come and go in the log
+    bool tellsErrors;  ///< those of sockets, "[12] "
 };
 
 /// The remote roles of a controller: what is ready, what is sent where, what is said when that fails, and who

@@ -35,7 +35,7 @@ public:
 
     std::function<void()> OnOpening, OnOpened;
     std::function<void(int client, const QByteArray& bytes)> OnSent;
-    std::function<void(const QString& address)> OnClientConnect, OnClientDisconnect;
+    std::function<void(const QString&address)> OnClientConnect, OnClientDisconnect;
     std::function<void(const QByteArray& bytes)> OnClientRead;
     std::function<void(int& code)> OnClientError;
 

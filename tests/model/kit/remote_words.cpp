@@ -85,10 +85,9 @@ QString TRemoteWords::text()
     const QString tag = dice.text({"LOG!", "LOG!", "ERROR!", "STATUS!", "STATUS!"});
     const QString end = dice.text({"&", "&", "&", "&", "&", "&", "&", "&", "&", "&", "&", "", "&&"});
     return tag +
-           (tag == "STATUS!"
-                ? status()
-                : dice.text({"", "abc", "abc", "x", "[04] порт", "%Считано с порта% $01AR1", "a!b", "ERROR",
-                             "LOG!", "\r\n"})) +
+           (tag == "STATUS!" ? status()
+                             : dice.text({"", "abc", "abc", "x", "[04] порт", "%Считано с порта% $01AR1",
+                                          "a!b", "ERROR", "LOG!", "\r\n"})) +
            end;
 }
 

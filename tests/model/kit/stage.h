@@ -194,8 +194,8 @@ public:
             }
         }
         if (const auto* const server = world.server()) {
-            FStage.note("sockets " +
-                        shown({server->Active(), qint64(server->Connections().size()), world.client()->Active()}));
+            FStage.note("sockets " + shown({server->Active(), qint64(server->Connections().size()),
+                                            world.client()->Active()}));
         }
     }
     void raise(ERaise kind, const QString& text) override { World::raise(kind, text); }
