@@ -214,12 +214,11 @@ bool TControllerDevice::ready()
     }
 }
 
+// The mode is asked for again when the server is not ready: a handler may have changed it meanwhile.
 void TControllerDevice::sendToMonitor(const QByteArray& text)
 {
-    if (role() == podServer) {
-        if (ready()) {
-            CallOut([&] { DeviceServer->SendToAll(text, FFamily.newestFirst); });
-        }
+    if (role() == podServer && ready()) {
+        CallOut([&] { DeviceServer->SendToAll(text, FFamily.newestFirst); });
     } else if (role() == PodClient && FFamily.clientSendsTexts) {
         sendToServer(text);
     }

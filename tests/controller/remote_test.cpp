@@ -185,6 +185,25 @@ TEST(ClientRead, MayEndTheComponent)
     EXPECT_EQ(gates.network.clientCount(), 0);
 }
 
+// The mode counts when the text is sent: a handler may have changed it while the server was not ready.
+template <class Fixture>
+class Sending : public ::testing::Test
+{
+};
+using Forwarding = ::testing::Types<TD24, TRelays>;
+TYPED_TEST_SUITE(Sending, Forwarding);
+
+TYPED_TEST(Sending, ModeChangedWhileItWasNotReady)
+{
+    TypeParam fixture;
+    fixture.network.server(0).OpenFailure = QStringLiteral("in use");
+    fixture.device->SetRemoutDevice(podServer);
+    fixture.trace.once("error [06] in use", [&] { fixture.device->SetRemoutDevice(PodClient); });
+    fixture.device->p_hw_ProtocolIn(QStringLiteral("x"));
+    EXPECT_EQ(fixture.network.client(0).takeSent(),
+              (QByteArrayList{platform::toWire("LOG!" + kRead + "x&"), "x"}));
+}
+
 template <class Fixture>
 class SocketErrors : public ::testing::Test
 {

@@ -15,17 +15,21 @@ const QString kNoPort = "Порт не открыт или не назначен
 
 } // namespace
 
-TModelGate::TModelGate(TModelWorld& world, bool designing, TFarEnd& farEnd)
-    : TModelController(world, designing, farEnd, true),
+constexpr TManners kManners{.lastFirst = false,
+                            .clientSends = true,
+                            .settersClose = true,
+                            .names = true,
+                            .logsVisitors = true,
+                            .tellsErrors = true};
+
+TModelGate::TModelGate(TModelWorld& world, bool designing)
+    : TModelController(world, designing, kManners),
       FStackTimer(world, 10, [this] { p_hw_CallStackArray(); }),
       FPingTimer(world, 2000, [this] { DevicePingTime(this); })
 {
     FPingTimer.setEnabled(!designing);
-    FProperties = {{"CheckCross", false},
-                   {"CheckET", false},
-                   {"pingdelay", 15},
-                   {"TimeOut", 5},
-                   {"RemoutDevice", Alone}};
+    FProperties = {{"CheckCross", false}, {"CheckET", false}, {"pingdelay", 15},      {"TimeOut", 5},
+                   {"Port", 0},           {"Server", ""},     {"RemoutDevice", Alone}};
 }
 
 void TModelGate::die()
@@ -35,7 +39,7 @@ void TModelGate::die()
     }
     FStackTimer.setEnabled(false);
     FPingTimer.setEnabled(false);
-    TModel::die();
+    TModelController::die();
 }
 
 // ---- to the outside
@@ -92,6 +96,60 @@ bool TModelGate::portReady()
         monitor("ERROR!" + text + u'&');
     }
     return ready;
+}
+
+// ---- a client
+
+// Each part is one step of the reading; false ends it.
+void TModelGate::clientRead(QString buffer)
+{
+    const auto first = [&](const char* what) { return position(what, buffer); };
+    const auto unfinished = [&] {
+        if (first("&") > 0) {
+            return false;
+        }
+        hit<"read: a tag without end">();
+        return true;
+    };
+    while (first("LOG!") > 0 || first("ERROR!") > 0 || first("STATUS!") > 0) {
+        if (const qsizetype p = first("LOG!"); p > 0) {
+            if (unfinished()) {
+                return;
+            }
+            const qsizetype q = first("&");
+            either<"read: log before its end", "read: log behind an end">(p < q);
+            log(part(buffer, p + 4, q - 5));
+            buffer = part(buffer, q + 1, 2000);
+        }
+        if (const qsizetype p = first("ERROR!"); p > 0) {
+            if (unfinished()) {
+                return;
+            }
+            const qsizetype q = first("&");
+            either<"read: error before its end", "read: error behind an end">(p < q);
+            log(part(buffer, p + 6, q - 6));
+            buffer = rest(buffer, q + 1);
+        }
+        if (const qsizetype p = first("STATUS!"); p > 0) {
+            if (unfinished()) {
+                return;
+            }
+            QString left = part(buffer, p + 7, 1000);
+            QStringList fields;
+            while (fields.size() < 6) {
+                const qsizetype at = position("!", left);
+                if (either<"read: a field", "read: a field is missing">(at > 0)) {
+                    fields += part(left, 1, at - 1);
+                    left = rest(left, at + 1);
+                } else {
+                    fields += QString();
+                }
+            }
+            fields += part(left, 1, position("&", left) - 1);
+            show(this, fields);
+            buffer = rest(buffer, first("&") + 1);
+        }
+    }
 }
 
 // ---- lines

@@ -42,7 +42,7 @@ public:
                                          int mode, QVariant& mess, QVariant& result)>;
     using TPicture = std::function<void(TModel*, const QString& device, QImage& img)>;
 
-    TModelGate(TModelWorld& world, bool designing, TFarEnd& farEnd);
+    TModelGate(TModelWorld& world, bool designing);
     void die() override;
 
     TModelConnector* Connector() const { return living(FLink); }
@@ -58,7 +58,7 @@ public:
     const std::vector<std::shared_ptr<TController>>& DeviceList() const { return FControllers; }
     static QString ParseMessage(const QString& name, const QString& text);
     void OnConnectorData(TModel*, const QString& text) { p_hw_ProtocolIn(text); }
-    void p_hw_ProtocolIn(const QString& text)
+    void p_hw_ProtocolIn(QString text) override
     {
         operation([&] { line(text); });
     }
@@ -115,6 +115,9 @@ private:
 
     void log(const QString& text) { fire(FOnLog, this, text); }
     void error(const QString& text) override { fire(FOnError, this, text); }
+    void tell(const QString& text) override { log(text); }
+    bool hearsErrors() const override { return bool(FOnError); }
+    void clientRead(QString buffer) override;
     bool lineOpen() override;
     void monitor(const QString& text) { toMonitor(bytesOf(text)); }
     void show(TModel* sender, const QStringList& fields);

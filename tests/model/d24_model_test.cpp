@@ -3,6 +3,7 @@
 #include "model/d24_words.h"
 #include "model/kit/play.h"
 #include "model/kit/real_world.h"
+#include "model/kit/remote_words.h"
 #include "tnv5/d24/d24_device.h"
 
 #include <cmath>
@@ -35,15 +36,22 @@ public:
             note(what);
             react(how);
         };
-        FFarEnd.listen = [answer] { answer("listens", {0, 100}); };
-        FFarEnd.dial = [this, answer] {
-            answer("dials", {0, 100});
+        TFarEnd& far = ground.farEnd;
+        far.listen = [answer](const QString& where) { answer("listens " + where, {0, 100}); };
+        far.dial = [this, answer](const QString& where) {
+            answer("dials " + where, {0, 100});
             return FLinksAtOnce;
         };
-        FFarEnd.toClient = [this, answer](const QByteArray& bytes) {
-            answer("monitor " + shown(bytes), FDice.below(4) == 0 ? FWild : TTemper{});
+        far.toClient = [this](int client, const QByteArray& bytes) {
+            note(QStringLiteral("monitor %1 ").arg(client) + shown(bytes));
+            if (FWild.nested > 0 && FDice.below(12) == 0) {
+                nest({Leave, {}, FDice.below(ground.farEnd.clients)}, false);
+            }
+            react(FDice.below(4) == 0 ? FWild : TTemper{});
         };
-        FFarEnd.toServer = FFarEnd.toClient;
+        far.toServer = [this, answer](const QByteArray& bytes) {
+            answer("forwards " + shown(bytes), {FWild.nested, FWild.raising > 0 ? 100 : 0});
+        };
         FLinksAtOnce = FTemper.below(5) != 0;
         ground.perform({NewPort, {}, 0});
         for (std::size_t i = 0; i < kLinks; ++i) {
@@ -66,10 +74,16 @@ public:
         if (d.below(2) == 0) {
             steps.push_back({Number, {}, 1, 1});
         }
+        if (d.below(2) == 0) {
+            steps.push_back({Number, {}, 4, d.pick({1, 1, 2})});
+        }
         return steps;
     }
 
-    TStep any(TDice& d, bool inside) override { return anyStep(d, inside, FMayDestroy); }
+    TStep any(TDice& d, bool inside) override
+    {
+        return d.below(7) == 0 ? remote(d) : anyStep(d, inside, FMayDestroy);
+    }
 
 protected:
     void perform(const TStep& step) override
@@ -126,6 +140,22 @@ protected:
     }
 
 private:
+    TStep remote(TDice& d)
+    {
+        const auto* const server = ground.world.server();
+        if (server == nullptr || !FGate) {
+            return anyStep(d, true, false);
+        }
+        const bool linked = ground.world.client()->Active();
+        const bool client = FGate->property("RemoutDevice").toInt() == TModelGate::Client;
+        if (client && !linked && d.below(2) == 0) {
+            return {AskConnected};
+        }
+        return TRemoteWords{d,      [&d] { return aLine(d); }, server->Active(),
+                            linked, ground.farEnd.clients,     int(server->Connections().size())}
+            .any();
+    }
+
     static QString inMs(double days) { return QString::number(std::llround(days * kMsPerDay)); }
 
     // ---- links
@@ -174,6 +204,8 @@ private:
             return assign(int(step.a), int(step.b));
         case Number:
             return void(FGate->setProperty(kNumbers[step.a], int(step.b)));
+        case ServerName:
+            return void(FGate->setProperty("Server", step.text[0]));
         case Connect:
             return FGate->SetConnector(step.a < 0 ? nullptr : FLinks[std::size_t(step.a)].get());
         case Interval:
@@ -302,16 +334,11 @@ private:
 
     void makeGate(bool designing)
     {
-        if constexpr (World::isModel) {
-            FGate = ground.world.template make<TGate>(designing, FFarEnd);
-        } else {
-            FGate = ground.world.template make<TGate>(designing);
-            ground.world.attachFarEnd(FFarEnd);
-        }
+        FGate = ground.world.template make<TGate>(designing);
+        ground.farEnd.attach(ground.world);
     }
 
     TGround<World> ground;
-    TFarEnd FFarEnd;
     bool FLinksAtOnce = true;
     std::array<std::shared_ptr<TLink>, kLinks> FLinks;
     std::array<bool, kWithPort> FUp{true, true};

@@ -76,20 +76,6 @@ QString spoilt(TDice& d, QString line)
     }
 }
 
-QString aLine(TDice& d)
-{
-    if (d.below(12) == 0) {
-        return d.text({"#10.0.0.5:001TPING00", "#0.0.0.0:002GPING00", "#10.0.0.7:001TCROSS00",
-                       "$10.0.0.5:002GRQ12345678AB", "$10.0.0.5:002GET00"});
-    }
-    const bool event = d.below(3) != 0;
-    const QString body = event ? eventWord(d) : stateWord(d);
-    const QString ip = anIp(d);
-    const QString device = aDevice(d);
-    const QString line = (event ? u'$' : u'#') + ip + u':' + device + body + d.text({"00", "AB", "4F"});
-    return d.below(10) == 0 ? spoilt(d, line) : line;
-}
-
 /// Bytes as boards send them, one character a byte.
 QString boardBytes(TDice& d)
 {
@@ -120,10 +106,15 @@ TStep jump(TDice& d, bool inside)
 
 TStep property(TDice& d)
 {
-    const int which = d.pick({0, 1, 1, 2, 3, 4});
-    const int values[] = {d.below(4) != 0, d.below(3) != 0, d.pick({15, 15, 1, 0, -1, 2, 86'000}),
-                          d.pick({5, 5, 0, 1, -2, -9, -20, kLargest}), d.pick({0, 0, 1, 1, 2})};
-    return {Number, {}, which, values[which]};
+    const int which = d.pick({0, 1, 1, 2, 3, 4, 4, 5});
+    const int values[] = {d.below(4) != 0,
+                          d.below(3) != 0,
+                          d.pick({15, 15, 1, 0, -1, 2, 86'000}),
+                          d.pick({5, 5, 0, 1, -2, -9, -20, kLargest}),
+                          d.pick({0, 0, 0, 1, 1, 1, 2, 2}),
+                          d.pick({0, 5'000, -1})};
+    return d.chance(8) ? TStep{ServerName, {d.text({"", "10.0.0.1", "касса"})}}
+                       : TStep{Number, {}, which, values[which]};
 }
 
 TStep linkStep(TDice& d, bool inside)
@@ -187,6 +178,20 @@ TStep aLineSomehow(TDice& d)
 }
 
 } // namespace
+
+QString aLine(TDice& d)
+{
+    if (d.below(12) == 0) {
+        return d.text({"#10.0.0.5:001TPING00", "#0.0.0.0:002GPING00", "#10.0.0.7:001TCROSS00",
+                       "$10.0.0.5:002GRQ12345678AB", "$10.0.0.5:002GET00"});
+    }
+    const bool event = d.below(3) != 0;
+    const QString body = event ? eventWord(d) : stateWord(d);
+    const QString ip = anIp(d);
+    const QString device = aDevice(d);
+    const QString line = (event ? u'$' : u'#') + ip + u':' + device + body + d.text({"00", "AB", "4F"});
+    return d.below(10) == 0 ? spoilt(d, line) : line;
+}
 
 TStep anyStep(TDice& d, bool inside, bool mayDestroy)
 {

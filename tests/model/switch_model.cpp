@@ -10,8 +10,15 @@ constexpr std::size_t kMostRecords = 16'384;
 
 } // namespace
 
-TModelSwitch::TModelSwitch(TModelWorld& world, bool designing, TFarEnd& farEnd, const TFormat& format)
-    : TModelController(world, designing, farEnd, true),
+constexpr TManners kManners{.lastFirst = false,
+                            .clientSends = true,
+                            .settersClose = false,
+                            .names = true,
+                            .logsVisitors = false,
+                            .tellsErrors = false};
+
+TModelSwitch::TModelSwitch(TModelWorld& world, bool designing, const TFormat& format)
+    : TModelController(world, designing, kManners),
       FFormat(format),
       FStackTimer(world, 3000, [this] { p_hw_CallStackArray(); }),
       FPingTimer(world, 2000, [this] { DevicePingTime(this); }),
@@ -31,7 +38,7 @@ void TModelSwitch::die()
     FStackTimer.setEnabled(false);
     FPingTimer.setEnabled(false);
     FCheckTimer.setEnabled(false);
-    TModel::die();
+    TModelController::die();
 }
 
 void TModelSwitch::SetConnector(TModelConnector* value)
@@ -128,6 +135,34 @@ void TModelSwitch::report(const PJob& job)
     show(this, "STACK", job->Device, job->Relay, job->Status, job->StatusDevice);
     monitor("STATUS!STACK!" + job->Device + '!' + job->Relay + '!' + job->Status + '!' + job->StatusDevice +
             '&');
+}
+
+// ---- a client
+
+// In one round each kind once; a text reaches from its tag to the "&" behind it.
+void TModelSwitch::clientRead(QString buffer)
+{
+    while (holds(buffer, "LOG!") || holds(buffer, "ERROR!") || holds(buffer, "STATUS!")) {
+        for (const QString& tag : {QString("LOG!"), QString("ERROR!"), QString("STATUS!")}) {
+            const qsizetype at = position(tag, buffer);
+            if (at == 0) {
+                continue;
+            }
+            if (at > 1) {
+                hit<"read: dropped before a tag">();
+            }
+            const QString behind = rest(buffer, at + tag.size());
+            const qsizetype end = position("&", behind);
+            if (!either<"read: a text", "read: a text without end">(end > 0)) {
+                return;
+            }
+            buffer = rest(behind, end + 1);
+            if (either<"read: a status dropped", "read: log or error">(tag == "STATUS!")) {
+                continue;
+            }
+            tell(part(behind, 1, end - 1));
+        }
+    }
 }
 
 // ---- lines

@@ -43,7 +43,7 @@ public:
     using TQuestion = std::function<void(TModel*, QString, QString, QString, QString, int, QVariant&)>;
     using TWish = std::function<void(TModel*, QString, QString, QString, QString, QVariant&)>;
 
-    TModelSwitch(TModelWorld& world, bool designing, TFarEnd& farEnd, const TFormat& format);
+    TModelSwitch(TModelWorld& world, bool designing, const TFormat& format);
     void die() override;
 
     TModelConnector* Connector() const { return living(FLink); }
@@ -56,7 +56,7 @@ public:
 
     // texts by value: the host may change its own meanwhile
     void OnConnectorData(TModel*, QString text) { p_hw_ProtocolIn(text); }
-    void p_hw_ProtocolIn(QString text)
+    void p_hw_ProtocolIn(QString text) override
     {
         operation([&] { line(text); });
     }
@@ -128,8 +128,10 @@ public:
 private:
     // the outside
     bool lineOpen() override;
-    void changed(const std::string& /*property*/) override {} // nothing closes
     void error(const QString& text) override { fire(FOnError, this, text); }
+    void tell(const QString& text) override { fire(FOnLog, this, text); }
+    bool hearsErrors() const override { return bool(FOnError); }
+    void clientRead(QString buffer) override;
     void monitor(const QString& text) { toMonitor(bytesOf(text)); }
     void send(const QString& command);
     void changeOver(const QString& ip, const QString& device, const QString& relay);

@@ -1,6 +1,7 @@
 #include "model/connector_watched.h"
 #include "model/kit/play.h"
 #include "model/kit/real_world.h"
+#include "model/kit/remote_words.h"
 #include "model/switch_model.h"
 #include "model/switch_words.h"
 #include "tnv5/common/date_time_text.h"
@@ -49,15 +50,20 @@ public:
         FSendsRaise = FTemper.below(3) == 0 ? 150 : 0;
         FMayDestroy = FTemper.below(3) == 0;
         FLinksAtOnce = FTemper.below(5) != 0;
-        FFarEnd.listen = [this] { answer(QStringLiteral("listens %1").arg(listeningPort()), {0, 100}); };
-        FFarEnd.dial = [this] {
-            answer("dials " + dialled(), {0, 100});
+        TFarEnd& far = ground.farEnd;
+        far.listen = [this](const QString& where) { answer("listens " + where, {0, 100}); };
+        far.dial = [this](const QString& where) {
+            answer("dials " + where, {0, 100});
             return FLinksAtOnce;
         };
-        FFarEnd.toClient = [this](const QByteArray& bytes) {
-            answer("monitor " + shown(bytes), FDice.below(4) == 0 ? FWild : TTemper{});
+        far.toClient = [this](int client, const QByteArray& bytes) {
+            note(QStringLiteral("monitor %1 ").arg(client) + shown(bytes));
+            if (FWild.nested > 0 && FDice.below(12) == 0) {
+                nest({Leave, {}, FDice.below(ground.farEnd.clients)}, false);
+            }
+            react(FDice.below(4) == 0 ? FWild : TTemper{});
         };
-        FFarEnd.toServer = [this](const QByteArray& bytes) {
+        far.toServer = [this](const QByteArray& bytes) {
             answer("forwards " + shown(bytes), {FWild.nested, FWild.raising > 0 ? 100 : 0});
         };
         ground.perform({NewPort, {}, 0});
@@ -82,7 +88,7 @@ public:
         if (d.below(10) != 0) {
             steps.push_back({Connect, {}, d.pick({0, 0, 1, 2})});
         }
-        if (d.below(3) == 0) {
+        if (d.below(2) == 0) {
             steps.push_back({Number, {}, 4, d.pick({1, 1, 2})});
         }
         return steps;
@@ -92,7 +98,7 @@ public:
     {
         TWords say = words(d);
         if (!FFilled) {
-            return say.any(inside, FMayDestroy);
+            return d.below(7) == 0 ? remote(d) : say.any(inside, FMayDestroy);
         }
         const QString board = QString::number(d.below(4));
         const TStep find{Find, {"x", board, "new"}};
@@ -177,6 +183,22 @@ private:
         return say;
     }
 
+    TStep remote(TDice& d)
+    {
+        const auto* const server = ground.world.server();
+        if (server == nullptr || !FSwitch) {
+            return {Advance, {}, 1};
+        }
+        const bool linked = ground.world.client()->Active();
+        const bool client = FSwitch->property("RemoutDevice").toInt() == TModelSwitch::Client;
+        if (client && !linked && d.below(2) == 0) {
+            return {AskConnected};
+        }
+        return TRemoteWords{d,      [&] { return words(d).line(); }, server->Active(),
+                            linked, ground.farEnd.clients,           int(server->Connections().size())}
+            .any();
+    }
+
     void answer(const QString& what, const TTemper& how)
     {
         note(what);
@@ -184,26 +206,6 @@ private:
     }
 
     // ---- what a side stands on
-
-    /// What a socket was given when it opens.
-    int listeningPort() const
-    {
-        if constexpr (World::isModel) {
-            return FSwitch->property("Port").toInt();
-        } else {
-            return ground.world.network.server(0).Port();
-        }
-    }
-    QString dialled() const
-    {
-        if constexpr (World::isModel) {
-            return FSwitch->property("Server").toString() + FSwitch->property("Port").toString() + " by name";
-        } else {
-            const auto& client = ground.world.network.client(0);
-            return client.Host() + QString::number(client.Port()) +
-                   (client.ResolvesNames() ? " by name" : "");
-        }
-    }
 
     void setFormat(bool own)
     {
@@ -259,11 +261,11 @@ private:
     void makeSwitch(bool designing)
     {
         if constexpr (World::isModel) {
-            FSwitch = ground.world.template make<TSwitch>(designing, FFarEnd, FFormat);
+            FSwitch = ground.world.template make<TSwitch>(designing, FFormat);
         } else {
             FSwitch = ground.world.template make<TSwitch>(designing);
-            ground.world.attachFarEnd(FFarEnd);
         }
+        ground.farEnd.attach(ground.world);
     }
 
     // ---- one telling for both sides
@@ -428,7 +430,6 @@ private:
     TFormat FFormat;
     TGround<World> ground;
     const bool FFilled;
-    TFarEnd FFarEnd;
     bool FLinksAtOnce = true;
     std::array<std::shared_ptr<TLink>, kLinks> FLinks;
     std::array<bool, kWithPort> FUp{true, true};
@@ -443,11 +444,11 @@ private:
 TEST(SwitchModel, PlaysLikeTheComponent)
 {
     const QStringList full{"job table full", "PING: table full"};
-    compare<TSwitchStage>(500,
-                          kOnlyWithPositions + (kFills ? QStringList() : full) +
-                              QStringList{"link: *", "port: a splitter leaves during a read",
-                                          "port: an error that nobody takes", "splitter: packet too long",
-                                          "splitter: attaching throws half a packet away"});
+    compare<TSwitchStage>(
+        500, kOnlyWithPositions + (kFills ? QStringList() : full) +
+                 QStringList{"link: *", "remote: socket error*", "port: a splitter leaves during a read",
+                             "port: an error that nobody takes", "splitter: packet too long",
+                             "splitter: attaching throws half a packet away"});
 }
 
 } // namespace tnv5::switching::model

@@ -261,13 +261,14 @@ TStep TWords::call()
     const TStep ping{Ping, {where, board, dice.text({"T", "T", "G", "", "!&"})}};
     const TStep pingFind{PingFind, {where, board}};
     const TStep ask{Ask, {}, dice.between(-1, 3), dice.pick({0, 1, 2, 3, 4, -1})};
+    const int field = dice.below(4);
     const TStep editBoard{EditBoard,
-                          {dice.chance(50) ? where : board},
+                          {field == 0 ? where : board},
                           dice.below(3),
-                          dice.below(4),
+                          field,
                           dice.chance(50) ? now % kMsPerDay : moment()};
-    return dice.pick(
-        {check, check, check, check, find, change, ping, ping, pingFind, ask, editBoard, TStep{StatusAll}});
+    return dice.pick({check, check, check, check, find, change, ping, ping, pingFind, ask, editBoard,
+                      editBoard, TStep{StatusAll}});
 }
 
 TStep TWords::oddment()
@@ -290,7 +291,7 @@ TStep TWords::oddment()
 
 TStep TWords::any(bool inside, bool mayDestroy)
 {
-    switch (dice.weighted({34, 22, 3, 7, 9, 8, 3, 4, 10, 5, 1})) {
+    switch (dice.weighted({34, 22, 3, 7, 9, 8, 3, 4, 10, 5, inside && mayDestroy ? 3 : 1})) {
     case 0:
         return lineSomehow();
     case 1:

@@ -19,8 +19,15 @@ QString channelOf(const QString& address)
 
 } // namespace
 
-TModelGate::TModelGate(TModelWorld& world, bool designing, TFarEnd& farEnd)
-    : TModelController(world, designing, farEnd, false),
+constexpr TManners kManners{.lastFirst = true,
+                            .clientSends = false,
+                            .settersClose = true,
+                            .names = false,
+                            .logsVisitors = false,
+                            .tellsErrors = true};
+
+TModelGate::TModelGate(TModelWorld& world, bool designing)
+    : TModelController(world, designing, kManners),
       FDollar(world, [this](const QByteArray& body) { p_hw_ProtocolIn(u'$' + textOf(body)); }),
       FHash(world, [this](const QByteArray& body) { p_hw_ProtocolIn(u'#' + textOf(body)); }),
       FTimer(world, 100, [this] { sweep(); })
@@ -45,7 +52,7 @@ void TModelGate::die()
     FDollar.attach(nullptr);
     FHash.attach(nullptr);
     FTimer.setEnabled(false);
-    TModel::die();
+    TModelController::die();
 }
 
 void TModelGate::SetComport(TModelPort* port)
@@ -97,6 +104,75 @@ void TModelGate::report(const QStringList& values)
 void TModelGate::reportStack(const TRecord& record)
 {
     report({"STACK", record.Device, record.CardNumber, record.Status, record.Status});
+}
+
+// ---- a client
+
+namespace {
+
+/// What stands before the first such character; the rest begins behind it.
+QString takeField(QString& rest, const QString& end)
+{
+    const qsizetype at = position(end, rest);
+    const QString field = part(rest, 1, at - 1);
+    rest = part(rest, at + 1, 1000);
+    return field;
+}
+
+} // namespace
+
+void TModelGate::clientRead(QString buffer)
+{
+    const auto drop = [&] { buffer = part(buffer, position("&", buffer) + 1, 2000); };
+    int rounds = 0;
+    while (holds(buffer, "LOG!") || holds(buffer, "ERROR!") || holds(buffer, "STATUS!")) {
+        if (++rounds == 2) {
+            hit<"read: another round">();
+        }
+        if (holds(buffer, "LOG!")) {
+            if (!either<"read: log", "read: log without end">(holds(buffer, "&"))) {
+                return;
+            }
+            const qsizetype tag = position("LOG!", buffer);
+            const qsizetype count = position("&", buffer) - 5;
+            if (count < 0) {
+                hit<"read: log, the end stands before it">();
+            }
+            const QString text = part(buffer, tag + 4, count);
+            tell(text);
+            drop();
+        }
+        if (holds(buffer, "ERROR!")) {
+            if (!either<"read: error", "read: error without end">(holds(buffer, "&"))) {
+                return;
+            }
+            const qsizetype tag = position("ERROR!", buffer);
+            const QString text = part(buffer, tag + 6, position("&", buffer) - 6);
+            tell(text);
+            drop();
+        }
+        if (holds(buffer, "STATUS!")) {
+            if (!either<"read: status", "read: status without end">(holds(buffer, "&"))) {
+                return;
+            }
+            QString rest = part(buffer, position("STATUS!", buffer) + 7, 1000);
+            QStringList fields;
+            for (int i = 1; i <= 4; ++i) {
+                if (!holds(rest, "!")) {
+                    hit<"read: status, too few fields">();
+                }
+                fields += takeField(rest, "!");
+            }
+            either<"read: status, end of the last field", "read: status, no end of the last field">(
+                holds(rest, "&"));
+            fields += takeField(rest, "&");
+            show(this, fields);
+            drop();
+        }
+    }
+    if (rounds == 0) {
+        hit<"read: no tag">();
+    }
 }
 
 // ---- lines

@@ -30,7 +30,7 @@ public:
                                          const QString& status, QImage& img, int mode, QVariant& result)>;
     using TPicture = std::function<void(TModel*, const QString& device, QImage& img)>;
 
-    TModelGate(TModelWorld& world, bool designing, TFarEnd& farEnd);
+    TModelGate(TModelWorld& world, bool designing);
     void die() override;
 
     TModelPort* ComPort() const { return living(FPort); }
@@ -43,7 +43,7 @@ public:
 
     int StackItemsCount() const { return int(FStack.size()); }
     PRecord StackItem(int index) const;
-    void p_hw_ProtocolIn(const QString& text)
+    void p_hw_ProtocolIn(QString text) override
     {
         operation([&] { line(text); });
     }
@@ -110,6 +110,9 @@ private:
     void poll() { send("$000900", "[03] "); }
     void log(const QString& text);
     void error(const QString& text) override { fire(FOnError, this, text); }
+    void tell(const QString& text) override { fire(FOnLog, this, text); }
+    bool hearsErrors() const override { return bool(FOnError); }
+    void clientRead(QString buffer) override;
     void echo(const QString& text);
     void show(TModel* sender, const QStringList& values);
     void report(const QStringList& values);

@@ -1,5 +1,6 @@
 #include "model/kit/play.h"
 #include "model/kit/real_world.h"
+#include "model/kit/remote_words.h"
 #include "model/turnstile_model.h"
 #include "model/turnstile_words.h"
 #include "tnv5/turnstile/turnstile_device.h"
@@ -13,9 +14,9 @@ namespace tnv5::turnstile::model {
 
 namespace {
 
-TNV5_STEPS(Create, Destroy, AssignPort, Handler, Number, Door, Devices, Mode, Interval, Line, Sweep, Find,
-           FindByRelay, CheckStatus, SendCom, Relay, Poll, Ask, TimedOut, Checksum, Show, Echo, AskConnected,
-           EditStart, EditCard, EditDevice, EditHard, EditStatus)
+TNV5_STEPS(Create, Destroy, AssignPort, Handler, Number, Door, Devices, Mode, ServerName, Interval, Line,
+           Sweep, Find, FindByRelay, CheckStatus, SendCom, Relay, Poll, Ask, TimedOut, Checksum, Show, Echo,
+           AskConnected, EditStart, EditCard, EditDevice, EditHard, EditStatus)
 
 constexpr int kEvents = 5;
 constexpr const char* kNumbers[] = {"RelayOpen",     "RelayClose", "RelayOpenDoor", "RelayCloseDoor",
@@ -34,15 +35,16 @@ public:
         FWild = {kind < 5 ? 0 : kind < 8 ? 40 : 80, kind < 6 ? 0 : kind < 8 ? 10 : 40};
         FDestroying = kind == 9;
         FDesigning = FTemper.permille(15);
-        FFarEnd.listen = [this] { answer("listens", {0, 150}); };
-        FFarEnd.dial = [this] {
-            answer("dials", {0, 150});
+        TFarEnd& far = ground.farEnd;
+        far.listen = [this](const QString& where) { answer("listens " + where, {0, 150}); };
+        far.dial = [this](const QString& where) {
+            answer("dials " + where, {0, 150});
             return FLineUp;
         };
-        FFarEnd.toClient = [this](const QByteArray& bytes) {
-            answer("echo " + shown(bytes), {FWild.nested, 30});
+        far.toClient = [this](int client, const QByteArray& bytes) {
+            answer(QStringLiteral("echo %1 ").arg(client) + shown(bytes), {FWild.nested, 30});
         };
-        FFarEnd.toServer = [this](const QByteArray& bytes) {
+        far.toServer = [this](const QByteArray& bytes) {
             answer("forwards " + shown(bytes), {FWild.nested, 200});
         };
     }
@@ -76,7 +78,7 @@ public:
         if (inside && FDestroying && d.chance(5)) {
             return {Destroy};
         }
-        switch (d.weighted({320, 140, 30, 100, 140, 44, 45, 30, 35, 35, 13, inside ? 0 : 2})) {
+        switch (d.weighted({300, 120, 30, 90, 120, 40, 45, 30, 35, 30, 18, inside ? 0 : 2, 150})) {
         case 0:
             return fed(d, d.chance(95) ? 0 : 1, words(d).stream());
         case 1: {
@@ -101,9 +103,11 @@ public:
         case 9:
             return edit(d);
         case 10:
-            return {Mode, {}, d.pick({0, 1, 1, 1, 2}), d.chance(70)};
-        default:
+            return {Mode, {}, d.pick({0, 1, 1, 1, 2, 2}), d.chance(70)};
+        case 11:
             return {Destroy};
+        default:
+            return remote(d);
         }
     }
 
@@ -144,6 +148,22 @@ protected:
 private:
     // ---- vocabulary
 
+    TStep remote(TDice& d)
+    {
+        const auto* const server = ground.world.server();
+        if (server == nullptr) {
+            return {Sweep};
+        }
+        const bool linked = ground.world.client()->Active();
+        const bool client = FGate->property("RemoutDevice").toInt() == TModelGate::Client;
+        if (client && !linked && d.chance(60)) {
+            return {AskConnected};
+        }
+        return TRemoteWords{d,      [&] { return words(d).line(); }, server->Active(),
+                            linked, ground.farEnd.clients,           int(server->Connections().size())}
+            .any();
+    }
+
     TWords words(TDice& d) const
     {
         QStringList pending;
@@ -161,7 +181,7 @@ private:
         }
         steps.push_back({d.chance(5) ? ClosePort : OpenPort, {}, 0});
         if (!d.chance(30)) {
-            steps.push_back({Mode, {}, TModelGate::Server, 1});
+            steps.push_back({Mode, {}, d.chance(75) ? TModelGate::Server : TModelGate::Client, 1});
         }
         if (d.chance(80)) {
             steps.push_back({Devices, {"01A", "01D", "02B"}});
@@ -230,9 +250,10 @@ private:
         }
         const TStep number{Number, {}, d.below(7), d.pick({0, 1, 2, 3, 4, 5, 9, 12, -1, d.below(30)})};
         const TStep door{Door, {d.text({"D", "D", "A", "B", "d", "", "DD", "Я"})}};
+        const TStep name{ServerName, {d.text({"", "10.0.0.1", "касса"})}};
         const TStep interval{Interval, {}, d.pick({100, 100, 100, 1, 10, 1'000, 0, -5, 50})};
         return d.pick(
-            {number, number, number, number, number, number, door, door, {Devices, list}, interval});
+            {number, number, number, number, number, number, door, door, {Devices, list}, interval, name});
     }
 
     static TStep portStep(TDice& d)
@@ -275,6 +296,8 @@ private:
         case Mode:
             FLineUp = step.b != 0;
             return void(FGate->setProperty("RemoutDevice", int(step.a)));
+        case ServerName:
+            return void(FGate->setProperty("Server", step.text[0]));
         case Interval:
             FInterval = int(step.a);
             return FGate->SetTimerInterval(int(step.a));
@@ -397,16 +420,11 @@ private:
 
     void makeGate()
     {
-        if constexpr (World::isModel) {
-            FGate = ground.world.template make<TGate>(FDesigning, FFarEnd);
-        } else {
-            FGate = ground.world.template make<TGate>(FDesigning);
-            ground.world.attachFarEnd(FFarEnd);
-        }
+        FGate = ground.world.template make<TGate>(FDesigning);
+        ground.farEnd.attach(ground.world);
     }
 
     TGround<World> ground;
-    TFarEnd FFarEnd;
     std::shared_ptr<TOther> FOther = ground.world.template make<TOther>(false);
     std::shared_ptr<TGate> FGate;
     bool FDestroying = false;

@@ -184,6 +184,9 @@ int TModelGate::ask(const PRecord& record, int how)
                 const TQuestion handler = FOnQuestion;
                 QVariant answer = -1;
                 handler(this, record->Device, record->CardNumber, record->Status, record->Img, how, answer);
+                if (FDead) {
+                    return; // nobody reads the answer any more
+                }
                 answered = true;
                 result = integerOf(answer); // an answer that is no number counts as a raising handler
             },

@@ -1,29 +1,32 @@
 #pragma once
 
+#include "model/kit/model_sockets.h"
 #include "model/kit/model_world.h"
 
 namespace tnv5::modelkit {
 
-/// The other end of a controller's sockets, in the host's hand. Each may raise.
-struct TFarEnd
+/// In what the remote roles of a family of controllers differ, apart from how a client reads.
+struct TManners
 {
-    std::function<void()> listen; ///< its server opens; one client is there at once
-    std::function<bool()> dial;   ///< its client opens; false: that takes longer than the scenario
-    std::function<void(const QByteArray&)> toClient;
-    std::function<void(const QByteArray&)> toServer;
+    bool lastFirst;    ///< a server serves its clients from the last to the first
+    bool clientSends;  ///< a client's own texts go to its server
+    bool settersClose; ///< address, port and mode close sockets
+    bool names;        ///< the server may be a name
+    bool logsVisitors; ///< they come and go in the log
+    bool tellsErrors;  ///< those of sockets, "[12] "
 };
 
-/// The remote roles of a controller: what is ready, what is sent where, and what is said when that fails.
+/// The remote roles of a controller: what is ready, what is sent where, what is said when that fails, and who
+/// is told what comes.
 class TModelController : public TModel
 {
 public:
     enum EMode { Alone, Server, Client };
 
-    /// @param clientSends a client's own texts go to its server
-    TModelController(TModelWorld& world, bool designing, TFarEnd& farEnd, bool clientSends)
-        : TModel(world, designing), FFarEnd(farEnd), FClientSends(clientSends)
-    {
-    }
+    TModelController(TModelWorld& world, bool designing, const TManners& manners);
+    void die() override;
+
+    virtual void p_hw_ProtocolIn(QString text) = 0;
 
     bool Connected()
     {
@@ -33,6 +36,11 @@ public:
 protected:
     virtual bool lineOpen() = 0;
     virtual void error(const QString& text) = 0;
+    /// What reaches the host's log handler only.
+    virtual void tell(const QString& text) = 0;
+    virtual bool hearsErrors() const = 0;
+    /// The server's texts.
+    virtual void clientRead(QString buffer) = 0;
 
     int mode() const { return FProperties.at("RemoutDevice").toInt(); }
     bool ready();
@@ -42,11 +50,12 @@ protected:
     void changed(const std::string& property) override;
 
 private:
-    TFarEnd& FFarEnd;
-    const bool FClientSends;
-    bool FListening = false;
-    bool FDialling = false;
-    bool FLinked = false;
+    void socketError(int& code);
+    void sendToAll(const QByteArray& text);
+
+    const TManners FManners;
+    TModelServer FServer;
+    TModelClient FClient;
 };
 
 } // namespace tnv5::modelkit

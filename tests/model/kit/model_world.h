@@ -33,6 +33,8 @@ struct TGone
 };
 
 class TModelWorld;
+class TModelServer;
+class TModelClient;
 
 /// A timer: every `Interval` ms while it is enabled, never for an interval below 1.
 class TModelTimer
@@ -224,6 +226,15 @@ public:
     /// What is being handled: its text, and whether a host may raise the like.
     static QString caught();
 
+    /// Sockets of the one controller that has some; nullptr: there are none.
+    TModelServer* server() const { return FServer; }
+    TModelClient* client() const { return FClient; }
+    void setSockets(TModelServer* server, TModelClient* client)
+    {
+        FServer = server;
+        FClient = client;
+    }
+
     /// The exception being handled has reached the event loop.
     void report() const;
     /// Runs what enters from the event loop.
@@ -247,6 +258,8 @@ private:
 
     std::function<void(const QString&)> FUnhandled;
     std::vector<std::shared_ptr<void>> FKept;
+    TModelServer* FServer = nullptr;
+    TModelClient* FClient = nullptr;
 };
 
 /// Base of every component's model: the manners towards its host.

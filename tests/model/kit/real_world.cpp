@@ -64,18 +64,4 @@ QString TRealWorld::caught()
     return QString::number(int(kind)) + u' ' + platform::exceptionMessage();
 }
 
-void TRealWorld::attachFarEnd(TFarEnd& farEnd)
-{
-    if (network.serverCount() == 0) {
-        return; // in the form designer
-    }
-    auto& server = network.server(0);
-    server.OnOpening = [&farEnd] { farEnd.listen(); };
-    server.OnOpened = [&server] { server.join(); };
-    server.OnSent = [&farEnd](int, const QByteArray& bytes) { farEnd.toClient(bytes); };
-    auto& client = network.client(0);
-    client.OnOpening = [&farEnd, &client] { client.Slow = !farEnd.dial(); };
-    client.OnSent = [&farEnd](const QByteArray& bytes) { farEnd.toServer(bytes); };
-}
-
 } // namespace tnv5::modelkit

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "model/kit/controller_model.h"
 #include "model/kit/model_world.h"
 #include "tnv5/platform/code_page.h"
 #include "tnv5/testing/manual_clock.h"
@@ -23,8 +22,15 @@ public:
     testkit::TManualClock clock;
     testkit::TMemoryNetwork network;
 
-    /// Puts the other end of its sockets behind the one controller that has some.
-    void attachFarEnd(TFarEnd& farEnd);
+    /// Sockets of the one controller that has some; nullptr: there are none.
+    testkit::TMemoryServer* server() const
+    {
+        return network.serverCount() == 0 ? nullptr : &network.server(0);
+    }
+    testkit::TMemoryClient* client() const
+    {
+        return network.clientCount() == 0 ? nullptr : &network.client(0);
+    }
 
     static std::shared_ptr<Port> makePort();
     template <class Component, class... Args>

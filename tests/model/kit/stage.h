@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/kit/model_sockets.h"
 #include "model/kit/model_world.h"
 #include "model/kit/step.h"
 #include "model/kit/texts.h"
@@ -142,6 +143,7 @@ public:
     }
 
     World world;
+    TFarEnd farEnd; ///< of the controller's sockets
     qint64 now() const { return world.clock.nowMs(); }
     Port* port(qint64 index) const { return index < 0 ? nullptr : FPorts.at(std::size_t(index)).get(); }
     /// Index of a port, -1 for none.
@@ -160,7 +162,9 @@ public:
         if (step.kind < Feed) {
             return false;
         }
-        if (step.kind == Advance) {
+        if (step.kind >= Visit) {
+            performOnSockets(step);
+        } else if (step.kind == Advance) {
             world.clock.advance(step.a);
         } else if (step.kind == Jump) {
             const qint64 to = step.a != 0 ? step.a : now() + step.b;
@@ -189,6 +193,10 @@ public:
                         .arg(each->Connected() ? " open" : " closed", each->OnException ? " taken" : ""));
             }
         }
+        if (const auto* const server = world.server()) {
+            FStage.note("sockets " + shown({server->Active(), qint64(server->Connections().size()),
+                                            world.client()->Active()}));
+        }
     }
     void raise(ERaise kind, const QString& text) override { World::raise(kind, text); }
     QString caught() override { return World::caught(); }
@@ -204,6 +212,43 @@ private:
         made->OnWritten = [this, index](const QByteArray& bytes) {
             FStage.portEvent(index, "wrote ", bytes);
         };
+    }
+
+    void performOnSockets(const TStep& step)
+    {
+        auto* const server = world.server();
+        auto* const client = world.client();
+        if (server == nullptr) {
+            return;
+        }
+        const int number = int(step.a);
+        const bool known = number >= 0 && number < farEnd.clients;
+        const QString text = step.text.value(0);
+        if (step.kind == Visit && server->Active()) {
+            ++farEnd.clients;
+            server->join(text);
+        } else if (step.kind == Leave && known) {
+            server->leave(number);
+        } else if (step.kind == Say && known) {
+            server->feed(number, step.bytes);
+        } else if (step.kind == Deaf && known) {
+            server->failSends(number, step.text.isEmpty() ? std::nullopt : std::optional(text));
+        } else if (step.kind == ClientError && known) {
+            server->raiseError(number, int(step.b), text);
+        } else if (step.kind == Told) {
+            qsizetype at = 0;
+            for (std::size_t i = 0; i <= step.cuts.size() && world.client() == client; ++i) {
+                const qsizetype size = i < step.cuts.size() ? step.cuts[i] : step.bytes.size() - at;
+                client->feed(step.bytes.mid(at, size));
+                at += size;
+            }
+        } else if (step.kind == Answered) {
+            client->accept();
+        } else if (step.kind == LinkError) {
+            client->raiseError(int(step.b), text);
+        } else if (step.kind == HangUp) {
+            client->hangUp();
+        }
     }
 
     void performOn(Port& port, const TStep& step)

@@ -37,13 +37,19 @@ TStep fed(TDice& dice, int port, const QByteArray& bytes)
     TStep step{Feed, {}, port};
     step.bytes = bytes;
     if (dice.chance(40)) {
-        const int largest = dice.pick({1, 2, 5, 17, 100'000});
-        for (qsizetype at = 0; at < bytes.size() && step.cuts.size() < 40; at += step.cuts.back()) {
-            step.cuts.push_back(
-                dice.chance(4) ? 0 : dice.between(1, int(qMin<qsizetype>(largest, bytes.size()))));
-        }
+        step.cuts = randomCuts(dice, bytes.size());
     }
     return step;
+}
+
+std::vector<int> randomCuts(TDice& dice, qsizetype size)
+{
+    std::vector<int> cuts;
+    const int largest = dice.pick({1, 2, 5, 17, 100'000});
+    for (qsizetype at = 0; at < size && cuts.size() < 40; at += cuts.back()) {
+        cuts.push_back(dice.chance(4) ? 0 : dice.between(1, int(qMin<qsizetype>(largest, size))));
+    }
+    return cuts;
 }
 
 QString shown(std::initializer_list<qint64> numbers)
@@ -78,7 +84,8 @@ QString shown(const QByteArray& bytes)
 QString shown(const TStep& step, const char* names)
 {
     static const char* const kGround = "Feed, Advance, Jump, OpenPort, ClosePort, Fail, PortError, NewPort, "
-                                       "DestroyPort, RenewPort, Raise";
+                                       "DestroyPort, RenewPort, Raise, Visit, Leave, Say, Deaf, ClientError, "
+                                       "Told, Answered, LinkError, HangUp";
     const QString list = step.kind >= Feed ? kGround : names;
     QString line = list.split(u',').at(step.kind % Feed).trimmed();
     line += u' ' + shown({step.a, step.b, step.c});

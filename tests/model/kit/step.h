@@ -65,6 +65,15 @@ enum EGroundStep {
     DestroyPort, ///< port `a`
     RenewPort,   ///< port `a` is destroyed, and another one takes its place
     Raise,       ///< the handler raises
+    Visit,       ///< a client comes to the server from the address `text`
+    Leave,       ///< client `a` leaves
+    Say,         ///< client `a` sends `bytes`
+    Deaf,        ///< sends to client `a` fail from now on with `text`; no more without one
+    ClientError, ///< the system reports error `b` of client `a`, with `text`
+    Told,        ///< the server sends `bytes`
+    Answered,    ///< the server answers a call that is under way
+    LinkError,   ///< the system reports error `b` of the link to the server, with `text`
+    HangUp,      ///< the server ends the link in good order
 };
 
 /// An enumeration of a model's own steps that keeps their names.
@@ -78,6 +87,8 @@ QString shown(const QString& text);
 QString shown(const QByteArray& bytes);
 /// Numbers for a trace.
 QString shown(std::initializer_list<qint64> numbers);
+/// Sizes of the reads that so many bytes come in.
+std::vector<int> randomCuts(TDice& dice, qsizetype size);
 /// Bytes come to a port, in one read or in several.
 TStep fed(TDice& dice, int port, const QByteArray& bytes);
 
