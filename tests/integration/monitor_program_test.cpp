@@ -3,8 +3,6 @@
 #include "integration/program_run.h"
 #include "support/text_printers.h"
 #include "support/wait.h"
-#include "tnv5/d24/d24_device.h"
-#include "tnv5/platform/sockets.h"
 #include "tnv5/testing/memory_port.h"
 #include "tnv5/tools/certificates.h"
 #include "tnv5/turnstile/turnstile_device.h"
@@ -80,9 +78,6 @@ TEST_F(Monitor, ShowsWhatTheGateDoes)
         EXPECT_TRUE(monitor.output().contains(QString::fromUtf8(line))) << monitor.output().toStdString();
     }
     EXPECT_FALSE(monitor.output().contains(u'\033')); // no terminal, no colours
-    port.Close();
-    gate.p_hw_CheckStatusAll(); // an error, but nobody is told while the line is closed
-    port.Open();
     monitor.stop();
     EXPECT_EQ(monitor.exitCode(), 0);
     EXPECT_EQ(monitor.complaints(), QString());
@@ -144,6 +139,7 @@ TEST_F(Monitor, OverAProtectedLink)
     tools::makeCertificates({club.path(), {kHere}, {"bar"}, 30});
     platform::TServerAccess access;
     access.tls = tools::tlsFiles(club.path(), QStringLiteral("server"));
+    access.handshakeMs = 2'000;
     serve(access);
     const auto files = tools::tlsFiles(club.path(), QStringLiteral("bar"));
     TRun monitor(watching({QStringLiteral("--tls-cert"), files.certificate, QStringLiteral("--tls-key"),
@@ -241,6 +237,32 @@ TEST_F(Monitor, WhatCannotBe)
           QStringList{"monitor", kHere, "4000", "--family", "scales"}}) {
         TRun monitor(arguments);
         EXPECT_GT(monitor.exitCode(), 0) << arguments.join(u' ').toStdString();
+    }
+}
+
+// The demo can be watched, and prints how.
+TEST(Demo, Serves)
+{
+    TRun demo({QStringLiteral("demo"), QStringLiteral("--seconds"), QStringLiteral("4"),
+               QStringLiteral("--serve"), QStringLiteral("0")});
+    ASSERT_TRUE(demo.says(QStringLiteral("--family switch")));
+    std::vector<std::unique_ptr<TRun>> monitors;
+    for (const QString& line : demo.output().split(u'\n')) {
+        const qsizetype command = line.indexOf(QStringLiteral("tnv5 monitor "));
+        if (command > 0) {
+            monitors.push_back(std::make_unique<TRun>(line.sliced(command + 5).split(u' ')));
+        }
+    }
+    ASSERT_EQ(monitors.size(), 3U);
+    EXPECT_TRUE(monitors[0]->says(QStringLiteral("read at turnstile")));
+    EXPECT_TRUE(monitors[1]->says(QStringLiteral("read at board")));
+    EXPECT_TRUE(monitors[2]->says(QStringLiteral("board 012A")));
+    EXPECT_EQ(demo.exitCode(), 0) << demo.complaints().toStdString();
+    for (const auto& monitor : monitors) {
+        EXPECT_TRUE(monitor->says(QStringLiteral("; again in 1 s")));
+        monitor->stop();
+        EXPECT_EQ(monitor->exitCode(), 0);
+        EXPECT_FALSE(monitor->output().contains(QStringLiteral("rest  "))) << monitor->output().toStdString();
     }
 }
 
