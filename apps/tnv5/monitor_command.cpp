@@ -24,6 +24,7 @@ struct TMonitorOptions
     std::string authority;
     bool json = false;
     bool plain = false;
+    bool all = false;
 };
 
 std::optional<platform::TTlsFiles> tlsOf(const TMonitorOptions& options)
@@ -41,7 +42,10 @@ class TMonitorScreen
 {
 public:
     explicit TMonitorScreen(const TMonitorOptions& options)
-        : FStation(options.station), FJson(options.json), FColoured(coloured() && !options.plain)
+        : FStation(options.station),
+          FJson(options.json),
+          FColoured(coloured() && !options.plain),
+          FAll(options.all)
     {
     }
 
@@ -52,7 +56,7 @@ public:
             const tools::TMonitorReport report = tools::monitorReport(FStation, piece);
             if (FJson) {
                 print(tools::jsonLine(tools::monitorObject(report, now)));
-            } else {
+            } else if (FAll || !FRepeats.has(report)) {
                 showLine(now, tools::monitorLine(report), colourOf(report));
             }
         }
@@ -99,6 +103,8 @@ private:
     const tools::TStation FStation;
     const bool FJson;
     const bool FColoured;
+    const bool FAll;
+    tools::TRepeats FRepeats;
 };
 
 /// The link to a server: it is opened again whenever it ends.
@@ -196,6 +202,7 @@ void addMonitorCommand(CLI::App& app, TCommand& chosen)
     key->needs(certificate);
     authority->needs(certificate);
     command->add_flag("--json", options->json, "One JSON object a line, for other programs");
+    command->add_flag("--all", options->all, "Also what a table repeats unchanged; --json has it all");
     command->add_flag("--plain", options->plain, "No colours");
     command->footer(
         "\nEach line: time; read or sent (lines of controllers), log, error, status, link, or rest (what\n"

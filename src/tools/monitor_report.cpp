@@ -11,7 +11,6 @@
 #include "tnv5/switch/switch_texts.h"
 #include "tnv5/tools/explanation.h"
 
-#include <QHash>
 #include <QJsonDocument>
 
 namespace tnv5::tools {
@@ -19,7 +18,7 @@ namespace tnv5::tools {
 namespace {
 
 constexpr int kKindWidth = 6;
-constexpr int kTextWidth = 36;
+constexpr int kTextWidth = 40;
 
 // Names of a status's fields.
 const QStringList kTurnstileFields = {QStringLiteral("name"), QStringLiteral("device"),
@@ -215,6 +214,26 @@ TMonitorReport monitorReport(TStation station, const TMonitorPiece& piece)
         break;
     }
     return report;
+}
+
+bool TRepeats::has(const TMonitorReport& report)
+{
+    constexpr qsizetype kStates = 2; // the last fields
+    if (report.fields.value(0).second != common::kStack) {
+        return false;
+    }
+    const qsizetype states = report.fields.size() - kStates;
+    const QString whose = report.text.section(u'!', 0, states - 1);
+    const QString now = report.text.section(u'!', states);
+    const auto before = FStates.constFind(whose);
+    if (before != FStates.constEnd() && *before == now) {
+        return true;
+    }
+    if (FStates.size() >= kMaxKept) {
+        FStates.clear();
+    }
+    FStates.insert(whose, now);
+    return false;
 }
 
 QString monitorLine(const TMonitorReport& report)

@@ -3,6 +3,7 @@
 #include "tnv5/tools/monitor_cutter.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QJsonObject>
 #include <QPair>
 #include <QStringView>
@@ -25,6 +26,19 @@ struct TMonitorReport
 /// Example: of a turnstile's status "STACK!01A!123!OPEN!OPEN" the fields are name, device, card, status1 and
 /// status2, and the meaning is "card 123 at 01A: may pass".
 TMonitorReport monitorReport(TStation station, const TMonitorPiece& piece);
+
+/// Tells what a person need not see again: a server repeats what its table holds at every sweep.
+class TRepeats
+{
+public:
+    /// Whether a report is a table's status of the same pass, board or relay in the same states as before.
+    bool has(const TMonitorReport& report);
+
+private:
+    static constexpr qsizetype kMaxKept = 4'096; // then it begins anew
+
+    QHash<QString, QString> FStates; // of each pass, board or relay
+};
 
 /// One line for people: kind, text, meaning.
 QString monitorLine(const TMonitorReport& report);

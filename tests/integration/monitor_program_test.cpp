@@ -71,13 +71,24 @@ TEST_F(Monitor, ShowsWhatTheGateDoes)
     EXPECT_TRUE(monitor.says(QStringLiteral("link   connected to 127.0.0.1 port ")));
     port.feed("$01AR123\r");
     EXPECT_TRUE(monitor.says(QStringLiteral("status STACK 01A 123 OPEN OPEN")));
-    for (const char* line : {"read   $01AR123                              card 123 read at turnstile 01A\n",
-                             "status COME 01A 123 NEW NEW                  card 123 at 01A: waits for the "
-                             "decision\n",
-                             "sent   $01A10"}) {
+    for (const char* line :
+         {"read   $01AR123                                  card 123 read at turnstile 01A\n",
+          "status COME 01A 123 NEW NEW                      card 123 at 01A: waits for the "
+          "decision\n",
+          "sent   $01A10"}) {
         EXPECT_TRUE(monitor.output().contains(QString::fromUtf8(line))) << monitor.output().toStdString();
     }
     EXPECT_FALSE(monitor.output().contains(u'\033')); // no terminal, no colours
+    TRun all(watching({QStringLiteral("--all")}));
+    ASSERT_TRUE(watched(2));
+    for (int sweep = 0; sweep < 3; ++sweep) {
+        gate.p_hw_CallStackArray();
+    }
+    const QString open = QStringLiteral("status STACK 01A 123 OPEN OPEN");
+    EXPECT_TRUE(eventually([&] { return all.output().count(open) >= 3; }));
+    EXPECT_EQ(monitor.output().count(open), 1);
+    all.stop();
+    EXPECT_EQ(all.exitCode(), 0);
     monitor.stop();
     EXPECT_EQ(monitor.exitCode(), 0);
     EXPECT_EQ(monitor.complaints(), QString());
@@ -256,7 +267,7 @@ TEST(Demo, Serves)
     ASSERT_EQ(monitors.size(), 3U);
     EXPECT_TRUE(monitors[0]->says(QStringLiteral("read at turnstile")));
     EXPECT_TRUE(monitors[1]->says(QStringLiteral("read at board")));
-    EXPECT_TRUE(monitors[2]->says(QStringLiteral("board 012A")));
+    EXPECT_TRUE(monitors[2]->says(QStringLiteral("of board 201")));
     EXPECT_EQ(demo.exitCode(), 0) << demo.complaints().toStdString();
     for (const auto& monitor : monitors) {
         EXPECT_TRUE(monitor->says(QStringLiteral("; again in 1 s")));

@@ -132,9 +132,9 @@ TEST(MonitorReport, LinesOfTurnstiles)
     EXPECT_EQ(read.kind, QStringLiteral("read"));
     EXPECT_EQ(read.text, QStringLiteral("$01AR12345678"));
     EXPECT_EQ(read.meaning, QStringLiteral("card 12345678 read at turnstile 01A"));
-    EXPECT_EQ(
-        monitorLine(read),
-        QStringLiteral("read   $01AR12345678                         card 12345678 read at turnstile 01A"));
+    EXPECT_EQ(monitorLine(read),
+              QStringLiteral(
+                  "read   $01AR12345678                             card 12345678 read at turnstile 01A"));
     const TMonitorReport sent =
         reported(TStation::Turnstile, kLog, QStringLiteral("%Отправлено на порт% $01A10366"));
     EXPECT_EQ(sent.kind, QStringLiteral("sent"));
@@ -176,7 +176,7 @@ TEST(MonitorReport, StatusOfTurnstiles)
         (QList<QPair<QString, QString>>{
             {"name", "STACK"}, {"device", "01A"}, {"card", "123"}, {"status1", "NEW"}, {"status2", "OPEN"}}));
     EXPECT_EQ(monitorLine(report),
-              QStringLiteral("status STACK 01A 123 NEW OPEN                card 123 at 01A: may pass"));
+              QStringLiteral("status STACK 01A 123 NEW OPEN                    card 123 at 01A: may pass"));
     const auto words = [](const char* card, const char* state) {
         return meaning(TStation::Turnstile, kStatus,
                        QStringLiteral("STACK!01A!%1!%2!%2").arg(QLatin1String(card), QLatin1String(state)));
@@ -223,6 +223,32 @@ TEST(MonitorReport, StatusOfRelays)
     EXPECT_EQ(words("STACK!0.0.0.0!012A!T!!NOPING!NOPING"), QStringLiteral("board 012A is not heard"));
     EXPECT_EQ(reported(TStation::Switch, kStatus, "STACK!012A!1!ON!OFF").fields.value(3).first,
               QStringLiteral("wanted"));
+}
+
+TEST(MonitorReport, RepeatsOfATable)
+{
+    TRepeats repeats;
+    const auto repeated = [&](TStation station, const char* text) {
+        return repeats.has(reported(station, kStatus, QString::fromLatin1(text)));
+    };
+    const auto turnstile = TStation::Turnstile;
+    EXPECT_FALSE(repeated(turnstile, "STACK!01A!1!NEW!NEW"));
+    EXPECT_TRUE(repeated(turnstile, "STACK!01A!1!NEW!NEW"));
+    EXPECT_FALSE(repeated(turnstile, "STACK!01A!2!NEW!NEW"));
+    EXPECT_FALSE(repeated(turnstile, "STACK!02A!1!NEW!NEW"));
+    EXPECT_FALSE(repeated(turnstile, "STACK!01A!1!NEW!OPEN"));
+    EXPECT_FALSE(repeated(turnstile, "STACK!01A!1!NEW!NEW"));
+    EXPECT_FALSE(repeated(turnstile, "COME!01A!1!NEW!NEW")); // something has happened
+    EXPECT_FALSE(repeated(turnstile, "COME!01A!1!NEW!NEW"));
+    EXPECT_FALSE(repeated(turnstile, "STACK!1")); // of another form
+    EXPECT_FALSE(repeated(turnstile, "STACK!1"));
+    EXPECT_FALSE(repeated(TStation::Switch, "STACK!012A!1!ON!OFF"));
+    EXPECT_TRUE(repeated(TStation::Switch, "STACK!012A!1!ON!OFF"));
+    EXPECT_FALSE(repeated(TStation::Switch, "STACK!012A!1!ON!ON"));
+    for (int card = 0; card < 100'000; ++card) {
+        EXPECT_FALSE(
+            repeats.has(reported(turnstile, kStatus, QStringLiteral("STACK!09A!%1!NEW!NEW").arg(card))));
+    }
 }
 
 // A status with too few or too many fields is shown as it is.
