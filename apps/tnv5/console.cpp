@@ -37,9 +37,17 @@ QString harmless(const QString& line)
     return text;
 }
 
-void writeLine(std::FILE* file, const QString& rawLine)
+QString inColour(const QString& line, TColour colour)
 {
-    const QString line = harmless(rawLine);
+    static const char* const kCodes[] = {"", "31", "32", "33", "2"};
+    return colour == TColour::Usual ? line
+                                    : QStringLiteral("\033[%1m%2\033[0m")
+                                          .arg(QLatin1String(kCodes[static_cast<int>(colour)]), line);
+}
+
+void writeLine(std::FILE* file, const QString& rawLine, TColour colour = TColour::Usual)
+{
+    const QString line = inColour(harmless(rawLine), colour);
     if (progress().isEmpty()) {
         write(file, line + u'\n');
         return;
@@ -74,6 +82,16 @@ void writeLineNow(std::FILE* file, const QString& line)
 void print(const QString& line)
 {
     writeLine(stdout, line);
+}
+
+void print(const QString& line, TColour colour)
+{
+    writeLine(stdout, line, colour);
+}
+
+bool coloured()
+{
+    return onTerminal() && qEnvironmentVariableIsEmpty("NO_COLOR");
 }
 
 void complain(const QString& line)

@@ -10,6 +10,13 @@ void print(const QString& line);
 /// Writes one line to standard error.
 void complain(const QString& line);
 
+enum class TColour { Usual, Red, Green, Yellow, Faint };
+
+/// Writes one line in a colour to standard output, where `coloured` says so.
+void print(const QString& line, TColour colour);
+/// Whether a person looks at standard output who has nothing against colours (NO_COLOR).
+bool coloured();
+
 /// Writes lines of our own making, with their colours, to standard output.
 void draw(const QStringList& lines);
 

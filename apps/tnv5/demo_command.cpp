@@ -17,6 +17,7 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
+#include <optional>
 
 namespace tnv5::cli {
 
@@ -27,6 +28,7 @@ struct TDemoOptions
     int seconds = 20;
     std::string database;
     bool plain = false;
+    std::optional<int> serve;
 };
 
 /// The demo: simulated gates and visitors on one end of a pseudo-terminal, the club's host on the other. All
@@ -44,6 +46,7 @@ private:
     void prepareHost();
     void prepareBoards();
     bool ready(const QString& gate);
+    void serve();
     void look();
     void spoilCable(bool spoiled);
     void unplugWhenQuiet();
@@ -187,6 +190,26 @@ void TDemo::prepareBoards()
     };
 }
 
+/// Others may watch: a port each for the gates, the boards and the lamps.
+void TDemo::serve()
+{
+    int port = *FOptions.serve;
+    const auto open = [&port](controller::TControllerDevice& device, const char* family) {
+        device.SetPort(port);
+        device.SetRemoutDevice(controller::podServer);
+        if (!device.Connected()) { // why not has been told
+            throw platform::Exception(QStringLiteral("Port %1 cannot be opened").arg(port));
+        }
+        announce(QStringLiteral("in another terminal:  tnv5 monitor 127.0.0.1 %1 --family %2")
+                     .arg(device.ListeningPort())
+                     .arg(QLatin1String(family)));
+        port += port == 0 ? 0 : 1;
+    };
+    open(FLine, "turnstile");
+    open(FBoards, "d24");
+    open(FLamps.device(), "switch");
+}
+
 /// The host has nobody under way at a gate, and knows the display of a networked one.
 bool TDemo::ready(const QString& gate)
 {
@@ -211,6 +234,9 @@ int TDemo::run()
     FFruit.open();
     FBar.open();
     FLamps.open();
+    if (FOptions.serve) {
+        serve();
+    }
     FBus.setPingInterval(kPingMs);
     for (const TVisitor& visitor : demoVisitors()) {
         FStreet.invite(visitor);
@@ -369,6 +395,13 @@ void addDemoCommand(CLI::App& app, TCommand& chosen)
         ->check(CLI::Range(4, 86'400));
     command->add_option("--db", options->database, "Keep the database in a new file")->type_name("FILE");
     command->add_flag("--plain,--no-progress", options->plain, "No progress indication");
+    command
+        ->add_option(
+            "--serve", options->serve,
+            "Let \"tnv5 monitor\" watch the gates on this port, boards and lamps on the next two; 0:\n"
+            "on ports that are free")
+        ->type_name("PORT")
+        ->check(CLI::Range(0, 65'533).description(""));
     command->footer(
         "\nEnds with 0 only when every card got at its gate what it had to get, every purchase was "
         "charged as it had to be, and the books say the same.");

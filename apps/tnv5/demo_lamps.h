@@ -21,6 +21,7 @@ public:
     void open();
     /// Nobody buys any more; what is bought is used up.
     void close() { FClosed = true; }
+    switching::TSwitchDevice& device() { return FDevice; }
     /// No time is open and no lamp is on.
     bool quiet();
 

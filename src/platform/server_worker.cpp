@@ -11,7 +11,6 @@ namespace tnv5::platform {
 
 namespace {
 
-constexpr int kHandshakeMs = 10'000;
 constexpr int kAcceptAgainMs = 100;
 constexpr int kBacklog = 1'024;
 
@@ -89,8 +88,9 @@ void TServerWorker::incomingConnection(qintptr descriptor)
 void TServerWorker::startTls(QSslSocket* socket)
 {
     connect(socket, &QSslSocket::encrypted, this, [this, socket] { enter(socket); });
-    QTimer::singleShot(kHandshakeMs, socket, [this, socket] {
-        if (!FLinks.contains(socket)) {
+    QTimer::singleShot(FAccess.handshakeMs, socket, [this, socket] {
+        const bool dropped = socket->state() != QAbstractSocket::ConnectedState; // and not deleted yet
+        if (!dropped && !FLinks.contains(socket)) {
             refuse(socket, QStringLiteral("it did not begin an encrypted link"));
         }
     });

@@ -37,6 +37,8 @@ struct TServerAccess
     std::optional<QList<TPeerRule>> peers;
     /// With them only clients come in whose certificate comes from the authority, and the link is encrypted.
     std::optional<TTlsFiles> tls;
+    /// Milliseconds that a client has for the beginning of an encrypted link, before it is dropped.
+    int handshakeMs = 10'000;
 
     bool operator==(const TServerAccess&) const = default;
 };
