@@ -48,6 +48,9 @@ void check(const TServerAccess& access)
             parseNetwork(rule.network);
         }
     }
+    if (access.handshakeMs < 1) {
+        throw EConvertError(QStringLiteral("%1 ms are no limit").arg(access.handshakeMs));
+    }
 }
 
 } // namespace tnv5::platform

@@ -37,7 +37,8 @@ struct TServerAccess
     std::optional<QList<TPeerRule>> peers;
     /// With them only clients come in whose certificate comes from the authority, and the link is encrypted.
     std::optional<TTlsFiles> tls;
-    /// Milliseconds that a client has for the beginning of an encrypted link, before it is dropped.
+    /// Milliseconds that a client has for the beginning of an encrypted link, before it is dropped; 1 or
+    /// more.
     int handshakeMs = 10'000;
 
     bool operator==(const TServerAccess&) const = default;
@@ -51,7 +52,8 @@ enum class TAdmission { Refused, Watches, Feeds };
 /// What the rules say of an address. @throws EConvertError for a network that is none
 TAdmission admission(const TServerAccess& access, const QString& address);
 
-/// @throws EConvertError when a network of the list is none, or the listening address is no address
+/// @throws EConvertError when a network of the list is none, the listening address is no address, or the
+/// limit none
 void check(const TServerAccess& access);
 
 } // namespace tnv5::platform

@@ -222,6 +222,15 @@ TEST_F(Tls, ClientThatSaysNothing)
     EXPECT_TRUE(eventually([&] { return silent.state() == QAbstractSocket::UnconnectedState; }));
 }
 
+TEST_F(Tls, LimitIsATime)
+{
+    TServerAccess access;
+    access.handshakeMs = 0;
+    EXPECT_THROW(server.socket->SetAccess(access), platform::EConvertError);
+    access.handshakeMs = 1;
+    EXPECT_NO_THROW(server.socket->SetAccess(access));
+}
+
 TEST_F(Tls, ClientThatStopsInTheMiddle)
 {
     server.open(of("server"), 50);
