@@ -162,12 +162,12 @@ void TModelSwitch::notInLine(const PJob& job)
 {
     report(job);
     if (either<"not in line: given up", "not in line: kept">(ask(job, 3) == 1)) {
-        const QString text = "Device " + job->Device + " does not working";
+        const auto text = [&] { return "Device " + job->Device + " does not working"; };
         job->Status = "OFF";
         show(this, "STACK", job->Device, job->Relay, job->Status, "XXX");
         monitor("STATUS!STACK!" + job->Device + '!' + job->Relay + '!' + job->Status + "!XXX&");
-        error(text);
-        monitor("ERROR!" + text + '&');
+        error(text());
+        monitor("ERROR!" + text() + '&');
     }
     job->StatusDevice = "OFF";
 }
