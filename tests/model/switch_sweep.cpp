@@ -64,7 +64,7 @@ std::optional<qint64> TFormat::read(const QString& text) const
         "(?:(?<year2>[0-9]{4})-(?<month2>[0-9]{1,2})-(?<day2>[0-9]{1,2})))?"
         "(?<gap> +)?(?<time>(?<hour>[0-9]{1,2}):(?<minute>[0-9]{1,2})"
         "(?::(?<second>[0-9]{1,2})(?<part>\\.[0-9]{3})?)?)? *\\z");
-    const auto match = shape.match(text);
+    const auto match = shape.match(trimmed(text)); // also without control characters at its ends
     const bool hasDate = match.hasCaptured("date");
     const bool hasTime = match.hasCaptured("time");
     if (!match.hasMatch() || (!hasDate && !hasTime)) {
