@@ -64,7 +64,7 @@ std::optional<qint64> TFormat::read(const QString& text) const
         "(?:(?<year2>[0-9]{4})-(?<month2>[0-9]{1,2})-(?<day2>[0-9]{1,2})))?"
         "(?<gap> +)?(?<time>(?<hour>[0-9]{1,2}):(?<minute>[0-9]{1,2})"
         "(?::(?<second>[0-9]{1,2})(?<part>\\.[0-9]{3})?)?)? *\\z");
-    const auto match = shape.match(text);
+    const auto match = shape.match(trimmed(text)); // also without control characters at its ends
     const bool hasDate = match.hasCaptured("date");
     const bool hasTime = match.hasCaptured("time");
     if (!match.hasMatch() || (!hasDate && !hasTime)) {
@@ -162,12 +162,12 @@ void TModelSwitch::notInLine(const PJob& job)
 {
     report(job);
     if (either<"not in line: given up", "not in line: kept">(ask(job, 3) == 1)) {
-        const QString text = "Device " + job->Device + " does not working";
+        const auto text = [&] { return "Device " + job->Device + " does not working"; };
         job->Status = "OFF";
         show(this, "STACK", job->Device, job->Relay, job->Status, "XXX");
         monitor("STATUS!STACK!" + job->Device + '!' + job->Relay + '!' + job->Status + "!XXX&");
-        error(text);
-        monitor("ERROR!" + text + '&');
+        error(text());
+        monitor("ERROR!" + text() + '&');
     }
     job->StatusDevice = "OFF";
 }

@@ -101,30 +101,32 @@ QString TRemoteWords::rubbish()
 /// The fields of a status reach 1000 characters far; behind a text 2000 are kept.
 QString TRemoteWords::atALimit()
 {
-    const QString first = text();
     if (dice.chance(40)) {
-        const int fields = dice.below(8);
-        const QString start = QStringLiteral("a!").repeated(fields);
+        const QString start = QStringLiteral("a!").repeated(dice.pick({0, 1, 3, 4, 4, 5, 6, 6}));
         const int left = 1'000 - int(start.size()) + dice.between(-2, 1);
-        return "STATUS!" + start + QString(left, u'x') + dice.text({"&", "!", "!b&", "!&"}) + text();
+        const QString last = dice.chance(70) ? QString() : text();
+        return "STATUS!" + start + QString(left, u'x') + dice.text({"&", "&", "!", "!b&", "!&"}) + last;
     }
-    const QString tag = dice.text({"LOG!", "ERROR!", "STATUS!"});
-    const QString last = dice.chance(30) ? QString() : text();
-    const int left = 2'000 - int(tag.size() + last.size()) - 1 + dice.between(-2, 2);
+    const QString first = dice.text({"LOG!a&", "ERROR!a&", "STATUS!a!b!c!d!e&", "LOG!a&STATUS!a!b!c!d!e&"});
+    const QString tag = first.startsWith(u'L')   ? dice.text({"LOG!", "ERROR!", "STATUS!"})
+                        : first.startsWith(u'E') ? dice.text({"ERROR!", "STATUS!"})
+                                                 : QStringLiteral("STATUS!");
+    const QString last = dice.chance(70) ? QString() : text();
+    const int left = 2'000 - int(tag.size() + last.size()) - 1 + dice.between(-1, 2);
     return first + tag + letters(left) + u'&' + last;
 }
 
 QByteArray TRemoteWords::stream()
 {
-    if (dice.chance(6)) {
+    if (dice.chance(10)) {
         return bytesOf(atALimit());
     }
     QString all;
     for (int left = dice.pick({1, 1, 1, 2, 2, 3, 4}); left > 0; --left) {
         all += (dice.chance(12) ? rubbish() : QString()) + text();
     }
-    if (dice.chance(6)) {
-        all += rubbish();
+    if (dice.chance(14)) {
+        all += dice.chance(50) ? rubbish() : text().remove(u'&');
     }
     return bytesOf(all);
 }
