@@ -13,7 +13,7 @@ TModelController::TModelController(TModelWorld& world, bool designing, const TMa
     }
     world.setSockets(&FServer, &FClient);
     FServer.OnClientRead = [this](const QByteArray& bytes) {
-        either<"server: a client says something", "server: an empty read">(!bytes.isEmpty());
+        either<"remote: server: a client says something", "remote: server: an empty read">(!bytes.isEmpty());
         p_hw_ProtocolIn(textOf(bytes));
     };
     FServer.OnClientConnect = [this](const QString& address) {
@@ -22,7 +22,7 @@ TModelController::TModelController(TModelWorld& world, bool designing, const TMa
         }
     };
     FServer.OnClientDisconnect = [this](const QString& address) {
-        hit<"server: a client leaves">();
+        hit<"remote: server: a client leaves">();
         if (FManners.logsVisitors) {
             operation([&] { tell("%Client Disconnected% " + address); });
         }
