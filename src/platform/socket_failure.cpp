@@ -1,5 +1,6 @@
 #include "tnv5/platform/socket_failure.h"
 
+#include <QVariant>
 #include <cerrno>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
