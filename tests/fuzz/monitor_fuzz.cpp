@@ -20,6 +20,10 @@ using platform::TComponent;
 
 namespace {
 
+// An input of some kilobytes must not take seconds.
+constexpr int kMostVisitors = 6;
+constexpr int kMostMisbehaved = 200;
+
 const std::array kFamilies = {&controller::kClassicFamily, &controller::kD24Family,
                               &controller::kSwitchFamily};
 
@@ -144,7 +148,7 @@ private:
     }
     void join()
     {
-        if (FNetwork.serverCount() > 0 && FNetwork.server(0).Active() && FVisitors < 20) {
+        if (FNetwork.serverCount() > 0 && FNetwork.server(0).Active() && FVisitors < kMostVisitors) {
             ++FVisitors;
             FNetwork.server(0).join();
         }
@@ -179,9 +183,9 @@ private:
         case 4:
             return onServer([this](auto& server) { server.leave(FVisitors - 1); });
         case 5:
-            return onServer([this](auto& server) { server.failSends(0, QStringLiteral("broken")); });
+            return onServer([](auto& server) { server.failSends(0, QStringLiteral("broken")); });
         case 6:
-            return onServer([this](auto& server) { server.raiseError(0, 104); });
+            return onServer([](auto& server) { server.raiseError(0, 104); });
         case 7:
             return onClient([](auto& client) { client.raiseError(111); });
         case 8:
@@ -191,12 +195,15 @@ private:
         case 10:
             return FDevice->SetPort(FCalls % 3);
         default:
-            FClock.advance(number * 200);
+            FClock.advance(number * 20);
         }
     }
 
     void misbehave() override
     {
+        if (++FMisbehaved > kMostMisbehaved) {
+            return;
+        }
         switch (FManners & 7) {
         case 1: // pumps messages
             onClient([](auto& client) { client.feed("LOG!a&ERROR!b&STATUS!a!b!c!d!e!f!g&"); });
@@ -218,7 +225,7 @@ private:
             onServer([this](auto& server) { server.leave(FVisitors - 1); });
             break;
         default:
-            FClock.advance(2'500);
+            FClock.advance(250);
             break;
         }
     }
@@ -230,6 +237,7 @@ private:
     std::unique_ptr<controller::TControllerDevice> FDevice;
     QByteArray FRead;
     int FVisitors = 0;
+    int FMisbehaved = 0;
 };
 
 } // namespace

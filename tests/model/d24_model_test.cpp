@@ -28,7 +28,7 @@ class TGateStage final : public TStage
 public:
     explicit TGateStage(quint64 seed) : TStage(seed, kStepNames), ground(*this, startMs(25, 2'000))
     {
-        FWild = {FTemper.pick({0, 0, 20, 60}), FTemper.pick({0, 0, 10, 30})};
+        FWild = {FTemper.pick({0, 0, 20, 60}), FTemper.pick({0, 0, 15, 60})};
         FSendsRaise = FTemper.below(3) == 0 ? 200 : 0;
         FOdd = FTemper.below(3) == 0;
         FMayDestroy = FTemper.below(3) == 0;

@@ -195,7 +195,7 @@ QString aLine(TDice& d)
 
 TStep anyStep(TDice& d, bool inside, bool mayDestroy)
 {
-    switch (d.weighted({38, 20, 7, 6, 4, 4, 3, 4, 3, 4, 1, 2, 1, 1, 1, 1})) {
+    switch (d.weighted({38, 20, 7, 6, 4, 4, 3, 4, 3, 4, 1, 2, 1, 1, inside && mayDestroy ? 6 : 1, 1})) {
     case 0:
         return aLineSomehow(d);
     case 1: {
