@@ -36,7 +36,7 @@ TFamily familyDigi()
     family.request = "\x05\r";
     family.findStart = findStart;
     family.findStop = findStop;
-    family.endSize = qstrlen(kEnd);
+    family.endSize = static_cast<qsizetype>(qstrlen(kEnd));
     family.decode = decode;
     return family;
 }
