@@ -12,10 +12,12 @@
 #include "tnv5/host/journal.h"
 #include "tnv5/turnstile/turnstile_device.h"
 
+#include <QSocketNotifier>
 #include <QTemporaryDir>
 #include <csignal>
 #include <memory>
 #include <sys/prctl.h>
+#include <sys/signalfd.h>
 #include <unistd.h>
 
 namespace tnv5::bench {
@@ -122,8 +124,8 @@ void startWatchers(int port, const TLoad& load)
             audience.deafen(load.deaf);
             close(ready[1]);
             audience.hear(std::numeric_limits<std::int64_t>::max());
-        } catch (const std::exception& error) {
-            std::fprintf(stderr, "watchers: %s\n", error.what());
+        } catch (const std::exception&) {
+            _exit(1); // the gate has ended, or tells that it lost them
         }
         _exit(0);
     }
@@ -132,6 +134,16 @@ void startWatchers(int port, const TLoad& load)
     while (read(ready[0], &end, 1) > 0) {
     }
     close(ready[0]);
+}
+
+/// The harness ends this program with SIGTERM; the database's folder goes all the same.
+int descriptorOfTheEnd()
+{
+    sigset_t end;
+    sigemptyset(&end);
+    sigaddset(&end, SIGTERM);
+    sigprocmask(SIG_BLOCK, &end, nullptr);
+    return signalfd(-1, &end, SFD_CLOEXEC);
 }
 
 int run(int argc, char** argv)
@@ -144,8 +156,11 @@ int run(int argc, char** argv)
     const TLoad load = {std::atoi(argv[1]), std::atoi(argv[2]), std::atoi(argv[3])};
     const std::vector<TPseudoTerminal> terminals(static_cast<std::size_t>(load.lines));
     TLineFeeder feeder(terminals, kFeedSeconds);
+    const int end = descriptorOfTheEnd(); // which the feeder has not
     qputenv("QT_NO_GLIB", "1");
     const QCoreApplication application(argc, argv);
+    const QSocketNotifier ended(end, QSocketNotifier::Read);
+    QObject::connect(&ended, &QSocketNotifier::activated, &QCoreApplication::quit);
     const QSet<QString> cards = loadCards(QString::fromLocal8Bit(argv[5]));
     platform::TSerialPort port;
     port.SetPort(QString::fromLocal8Bit(argv[4]));
@@ -164,7 +179,12 @@ int run(int argc, char** argv)
     feeder.start();
     std::puts("ready");
     std::fflush(stdout);
-    return QCoreApplication::exec();
+    QCoreApplication::exec();
+    if (gate.device().Watchers() < load.watchers - load.deaf) {
+        std::fprintf(stderr, "%s: watchers that read were dropped\n", argv[0]);
+        return 1;
+    }
+    return 0;
 }
 
 } // namespace
