@@ -2,14 +2,9 @@
 // component survives, no job is lost, and in the end each job is swept again. The first byte chooses the
 // host's manners; in the stream, a byte 0xF0 to 0xFF lets time pass, a carriage return ends a line.
 
+#include "fuzz_host.h"
 #include "tnv5/platform/code_page.h"
 #include "tnv5/switch/switch_device.h"
-#include "tnv5/testing/manual_clock.h"
-
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <stdexcept>
 
 using namespace tnv5;
 using switching::TComponent;
@@ -35,10 +30,12 @@ public:
     }
 };
 
-class THost
+class THost final : public fuzz::THostBase
 {
 public:
-    explicit THost(std::uint8_t manners) : FManners(manners)
+    static constexpr std::size_t kChoices = 1;
+
+    explicit THost(const std::uint8_t* choices) : THostBase(choices[0], 7, 3)
     {
         FLink->OnSend = [this] { act(); };
         FRelays->SetConnector(FLink.get());
@@ -51,7 +48,7 @@ public:
         });
         FRelays->SetOnCheckSQL([this](TComponent*, const QVariant&, const QVariant&, const QVariant&,
                                       const QVariant&, const QVariant&, QVariant& result) {
-            answer(result);
+            answer(result, FTired ? 1 : FCalls);
             act();
         });
         FRelays->SetOnNewItem([this](TComponent*, const QVariant&, const QVariant&, const QVariant&,
@@ -84,26 +81,21 @@ public:
         countJobs();
         FVisits = 0;
         platform::guarded([this] { FRelays->p_hw_CallStackArray(); });
-        if (FVisits != FRelays->StackItemsCount()) {
-            std::abort(); // left busy
-        }
+        fuzz::require(FVisits == FRelays->StackItemsCount()); // else left busy
     }
 
 private:
     void countJobs()
     {
         const int jobs = FRelays ? FRelays->StackItemsCount() : FJobs;
-        if (jobs < std::exchange(FJobs, jobs)) {
-            std::abort();
-        }
+        fuzz::require(jobs >= std::exchange(FJobs, jobs));
     }
 
-    void act()
+    void misbehave() override
     {
-        if (FTired || ++FCalls % 7 != 0 || FDepth > 2) {
+        if (FTired) {
             return;
         }
-        ++FDepth;
         switch (FManners & 7) {
         case 1: // pumps messages
             if (FLink) {
@@ -111,8 +103,7 @@ private:
             }
             break;
         case 2:
-            FDepth = 0;
-            throw std::runtime_error("host");
+            raise();
         case 3:
             FRelays.reset(); // destroys the component
             break;
@@ -134,34 +125,11 @@ private:
             FClock.advance(3'500);
             break;
         }
-        --FDepth;
     }
 
-    void answer(QVariant& result) const
-    {
-        switch (FTired ? 1 : FCalls % 5) {
-        case 0:
-            result = 0;
-            break;
-        case 1:
-        case 2:
-            result = 1;
-            break;
-        case 3:
-            result = QStringLiteral("not a number");
-            break;
-        default:
-            break;
-        }
-    }
-
-    testkit::TManualClock FClock;
     std::unique_ptr<TLink> FLink = std::make_unique<TLink>();
     std::unique_ptr<switching::TSwitchDevice> FRelays = std::make_unique<switching::TSwitchDevice>();
     QByteArray FLine;
-    std::uint8_t FManners;
-    int FCalls = 0;
-    int FDepth = 0;
     int FJobs = 0;
     int FVisits = 0;
     bool FTired = false;
@@ -171,14 +139,6 @@ private:
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const auto previous = platform::setExceptionHandler([](const QString&, const std::exception_ptr&) {});
-    if (size > 0) {
-        THost host(data[0]);
-        for (std::size_t i = 1; i < size; ++i) {
-            host.arrive(data[i]);
-        }
-        host.evening();
-    }
-    platform::setExceptionHandler(previous);
+    fuzz::play<THost>(data, size);
     return 0;
 }
