@@ -240,8 +240,9 @@ TStep TWords::linkStep(bool inside)
 
 TStep TWords::editJob()
 {
-    const int field = dice.pick<int>({jfStatus, jfStatus, jfStatus, jfStatusDevice, jfStatusDevice,
-                                      jfStatusDevice, jfDevice, jfRelay, jfIp, jfStart, jfFinish, jfFinish});
+    const int field =
+        dice.pick<int>({jfStatus, jfStatus, jfStatus, jfStatusDevice, jfStatusDevice, jfStatusDevice,
+                        jfDevice, jfRelay, jfIp, jfStart, jfStart, jfStart, jfFinish, jfFinish});
     const QString text = field <= jfStatusDevice ? state()
                          : field == jfDevice     ? device()
                          : field == jfRelay      ? relay()
