@@ -4,6 +4,7 @@
 #include "model/kit/remote_words.h"
 #include "model/switch_model.h"
 #include "model/switch_words.h"
+#include "support/sanitized.h"
 #include "tnv5/common/date_time_text.h"
 #include "tnv5/switch/switch_device.h"
 
@@ -22,16 +23,7 @@ constexpr std::size_t kWithPort = 2; // the other links answer as the host says
 constexpr int kShownRecords = 30;
 constexpr int kFull = 16'384;
 constexpr quint64 kOneIsFilled = 400; // of so many scenarios, one begins with tables that are nearly full
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define TNV5_SLOW // filling takes minutes there, and the unit tests do it
-#endif
-#endif
-#ifdef TNV5_SLOW
-constexpr bool kFills = false;
-#else
-constexpr bool kFills = true;
-#endif
+constexpr bool kFills = !tests::kSanitized; // it takes minutes there, and the unit tests do it
 
 template <class World>
 class TSwitchStage final : public TStage
