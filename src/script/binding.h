@@ -1,0 +1,160 @@
+#pragma once
+
+#include "tnv5/platform/errors.h"
+#include "tnv5/script/convert.h"
+
+#include <tuple>
+
+/// Rows of the bindings' tables: what a script calls, made from what it calls in C++. Parameters and results are
+/// those of the C++ function; a row says no more than its name.
+///
+///     scriptMethod<TDeviceConnector, &TDeviceConnector::SendCommand>("SendCommand")
+///     scriptMethod<TBankPOS>("CashAdvance", [](TBankPOS& pos, int Amount, int Discount) { ... })
+namespace tnv5::script {
+
+/// Result and parameters of a member function, of a function, and of what has one operator ().
+template <class F>
+struct TSignatureOf : TSignatureOf<decltype(&F::operator())>
+{
+};
+template <class R, class... P>
+struct TSignatureOf<R (*)(P...)>
+{
+    using TResult = R;
+    using TParams = std::tuple<P...>;
+};
+template <class R, class C, class... P>
+struct TSignatureOf<R (C::*)(P...)> : TSignatureOf<R (*)(P...)>
+{
+};
+template <class R, class C, class... P>
+struct TSignatureOf<R (C::*)(P...) const> : TSignatureOf<R (*)(P...)>
+{
+};
+
+void checkCount(const QVariantList& args, std::size_t count);
+
+/// Converts all arguments, calls, and writes back those by reference.
+template <class Result, class... Params, class Body>
+QVariant callWith(std::tuple<Params...>* /*signature*/, QVariantList& args, const Body& body)
+{
+    checkCount(args, sizeof...(Params));
+    qsizetype next = 0;
+    // in braces, so that the arguments are converted from left to right
+    std::tuple<std::remove_cvref_t<Params>...> values{
+        TScriptValue<std::remove_cvref_t<Params>>::from(args.at(next++))...};
+    const auto writeBack = [&] {
+        [&]<std::size_t... I>(std::index_sequence<I...> /*all*/) {
+            ((scriptParam<Params>().Var
+                  ? void(args[qsizetype(I)] = TScriptValue<std::remove_cvref_t<Params>>::to(std::get<I>(values)))
+                  : void()),
+             ...);
+        }(std::index_sequence_for<Params...>{});
+    };
+    const auto call = [&]() -> decltype(auto) {
+        return std::apply([&](auto&... value) -> decltype(auto) { return body(static_cast<Params>(value)...); },
+                          values);
+    };
+    if constexpr (std::is_void_v<Result>) {
+        call();
+        writeBack();
+        return {};
+    } else {
+        const auto result = call();
+        writeBack();
+        return TScriptValue<std::remove_cvref_t<Result>>::to(result);
+    }
+}
+
+template <class... Params>
+TScriptParams scriptParams(std::tuple<Params...>* /*signature*/)
+{
+    return {scriptParam<Params>()...};
+}
+
+template <class Owner>
+Owner& selfAs(QObject* self)
+{
+    auto* const owner = qobject_cast<Owner*>(self);
+    if (owner == nullptr) {
+        throw platform::EConvertError("This is not an object of the class "
+                                      + TScriptClass{&Owner::staticMetaObject, {}}.Name());
+    }
+    return *owner;
+}
+
+/// A member function of a class, or of a base of it.
+template <class Owner, auto Method>
+TScriptMethod scriptMethod(const char* name)
+{
+    using TSignature = TSignatureOf<decltype(Method)>;
+    using TParams = typename TSignature::TParams;
+    using TResult = typename TSignature::TResult;
+    return {QString::fromLatin1(name), scriptParams(static_cast<TParams*>(nullptr)),
+            TScriptValue<std::remove_cvref_t<TResult>>::Type, [](QObject* self, QVariantList& args) {
+                return callWith<TResult>(static_cast<TParams*>(nullptr), args,
+                                         [&]<class... P>(P&&... params) -> TResult {
+                                             return (selfAs<Owner>(self).*Method)(std::forward<P>(params)...);
+                                         });
+            }};
+}
+
+/// A method that is not quite a member function: its first parameter is the object.
+template <class Owner, class Result, class... Params>
+TScriptMethod scriptMethod(const char* name, Result (*function)(Owner&, Params...))
+{
+    using TParams = std::tuple<Params...>;
+    return {QString::fromLatin1(name), scriptParams(static_cast<TParams*>(nullptr)),
+            TScriptValue<std::remove_cvref_t<Result>>::Type, [function](QObject* self, QVariantList& args) {
+                return callWith<Result>(static_cast<TParams*>(nullptr), args,
+                                        [&]<class... P>(P&&... params) -> Result {
+                                            return function(selfAs<Owner>(self), std::forward<P>(params)...);
+                                        });
+            }};
+}
+
+/// A procedure of no object.
+template <class Result, class... Params>
+TScriptProc scriptProc(const char* name, Result (*function)(Params...))
+{
+    using TParams = std::tuple<Params...>;
+    return {QString::fromLatin1(name), scriptParams(static_cast<TParams*>(nullptr)),
+            TScriptValue<std::remove_cvref_t<Result>>::Type, [function](QObject* /*self*/, QVariantList& args) {
+                return callWith<Result>(static_cast<TParams*>(nullptr), args,
+                                        [&]<class... P>(P&&... params) -> Result {
+                                            return function(std::forward<P>(params)...);
+                                        });
+            }};
+}
+
+/// A property with a function that reads it and one that writes it; an indexed one has an index before the value.
+template <class Owner, auto Read, auto Write>
+TScriptProperty scriptProperty(const char* name)
+{
+    const TScriptMethod read = scriptMethod<Owner, Read>(name);
+    return {read.Name, read.Result, false, read.Call, scriptMethod<Owner, Write>(name).Call};
+}
+template <class Owner, auto Read, auto Write>
+TScriptProperty scriptIndexedProperty(const char* name)
+{
+    TScriptProperty property = scriptProperty<Owner, Read, Write>(name);
+    property.Indexed = true;
+    return property;
+}
+
+/// A class that scripts make with an owner, or none.
+template <class Class>
+TScriptClass scriptClass()
+{
+    return {&Class::staticMetaObject, [](QObject* owner) -> QObject* { return new Class(owner); }};
+}
+
+/// Parameter types of an event of C++.
+template <class Event>
+TScriptEvent scriptEvent(const char* name)
+{
+    using TParams = typename TSignatureOf<Event>::TParams;
+    return {QString::fromLatin1(name), scriptParams(static_cast<TParams*>(nullptr))};
+}
+
+} // namespace tnv5::script
