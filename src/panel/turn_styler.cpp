@@ -42,7 +42,7 @@ QWidget* contentOf(QScrollArea& box)
 } // namespace
 
 TTurnStyler::TTurnStyler(QObject* AOwner)
-    : TComponent(AOwner), FTurnStylerList(std::make_unique<TTurnStylerList>(this, this))
+    : TComponent(AOwner), FTurnStylerList(new TTurnStylerList(this, this))
 {
 }
 

@@ -4,6 +4,7 @@
 #include "tnv5/panel/turn_styler_list.h"
 #include "tnv5/platform/component.h"
 
+#include <QLabel>
 #include <QPointer>
 #include <QScrollArea>
 #include <QVariant>
