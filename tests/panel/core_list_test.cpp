@@ -160,6 +160,8 @@ TEST_F(GateList, ClearingLeavesTheControlsToTheDesk)
     EXPECT_EQ(desk.views.size(), 1U);
     list.Clear();
     EXPECT_EQ(desk.views.size(), 1U);
+    desk.views.clear();
+    EXPECT_EQ(freed, 1);
 }
 
 TEST(GateListAlone, FreesItsGates)
