@@ -148,7 +148,7 @@ private:
 
     QString value(const QString& key) const
     {
-        return Trim(QString::fromUtf8(FIni.GetValue(kSection, key.toUtf8(), ""))).toString();
+        return Trim(textOfUtf8(FIni.GetValue(kSection, key.toUtf8(), ""))).toString();
     }
 
     CSimpleIniA FIni{true};

@@ -3,6 +3,8 @@
 #include "tnv5/common/text.h"
 #include "tnv5/platform/code_page.h"
 
+#include <QStringDecoder>
+
 namespace tnv5::panel {
 
 using common::Trim;
@@ -13,7 +15,7 @@ const QByteArray kMark = QByteArrayLiteral("\xef\xbb\xbf");
 
 bool isUtf8(const QByteArray& bytes)
 {
-    return QString::fromUtf8(bytes).toUtf8() == bytes;
+    return textOfUtf8(bytes).toUtf8() == bytes;
 }
 
 bool isRemark(const QByteArray& line)
@@ -43,9 +45,16 @@ TIniEncoding iniEncoding(const QByteArray& content)
     return isUtf8(content) ? TIniEncoding::Utf8 : TIniEncoding::CodePage;
 }
 
+QString textOfUtf8(QByteArrayView bytes)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8,
+                           QStringDecoder::Flag::ConvertInitialBom | QStringDecoder::Flag::Stateless);
+    return decoder.decode(bytes);
+}
+
 QString iniText(const QByteArray& bytes, TIniEncoding encoding)
 {
-    return encoding == TIniEncoding::CodePage ? platform::fromWire(bytes) : QString::fromUtf8(bytes);
+    return encoding == TIniEncoding::CodePage ? platform::fromWire(bytes) : textOfUtf8(bytes);
 }
 
 QByteArray iniBytes(const QString& text, TIniEncoding encoding)
@@ -79,7 +88,8 @@ TIniLines::TIniLines(const QByteArray& content) : encoding(iniEncoding(content))
 /// "[name]"; a name may hold brackets when the line ends with its own.
 QString TIniLines::headerName(const QByteArray& line, bool* isHeader) const
 {
-    const QString text = iniText(line, encoding); // of the first line without the mark
+    const bool marked = encoding == TIniEncoding::Utf8WithMark && &line == &lines.front().text;
+    const QString text = iniText(marked ? line.mid(kMark.size()) : line, encoding);
     const QStringView header = Trim(text);
     const qsizetype close = header.endsWith(u']') ? header.size() - 1 : header.indexOf(u']');
     *isHeader = header.startsWith(u'[') && close > 0;

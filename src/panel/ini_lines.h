@@ -10,6 +10,9 @@ namespace tnv5::panel {
 /// How an ini file's bytes are read. Without a mark it is UTF-8 as long as all of it is valid UTF-8.
 enum class TIniEncoding { Utf8, Utf8WithMark, CodePage };
 
+/// Text of bytes, a mark at their beginning included; what is not valid becomes U+FFFD.
+QString textOfUtf8(QByteArrayView bytes);
+
 TIniEncoding iniEncoding(const QByteArray& content);
 QString iniText(const QByteArray& bytes, TIniEncoding encoding);
 QByteArray iniBytes(const QString& text, TIniEncoding encoding);

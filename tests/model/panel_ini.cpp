@@ -27,7 +27,8 @@ struct TFile
 
     QString text(const QByteArray& bytes) const
     {
-        return singleByte ? textOf(bytes, cyrillic) : QString::fromUtf8(bytes);
+        return singleByte ? textOf(bytes, cyrillic)
+                          : QString::fromUtf8("x" + bytes).mid(1); // a mark is a character
     }
     QByteArray bytes(const QString& text) const
     {

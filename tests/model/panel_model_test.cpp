@@ -28,7 +28,7 @@ TNV5_STEPS(Create, Destroy,
            Find,      // `text`
            Event,     // of gate `a` with index `b`, `text`
            ItemClick, // gate `a`, method `b`
-           Click,     // panel `a`, part `b`, way `c`
+           Click,     // panel `a` in the order made, part `b`, way `c`
            Add,       // `text`: caption, addresses, IP; entries `a` and `b`
            Edit,      // gate `a`, field `b`, `text`, number `c`
            Remove,    // gate `a`
@@ -252,7 +252,10 @@ private:
         step.bytes = TWords(d).file();
         return step;
     }
-    static TStep clicked(TDice& d) { return {Click, {}, d.between(0, 12), d.below(3), d.below(3)}; }
+    static TStep clicked(TDice& d)
+    {
+        return {Click, {}, d.chance(80) ? d.below(4) : d.below(12), d.below(3), d.below(3)};
+    }
 
     // ---- what the panel stands on
 
@@ -271,12 +274,12 @@ private:
     void destroyPictures(int index, bool renew)
     {
         if constexpr (isModel) {
-            FPictures.at(std::size_t(index))->gone = true;
+            if (FPictures.at(std::size_t(index))) {
+                FPictures.at(std::size_t(index))->gone = true;
+            }
         }
+        FPictures.at(std::size_t(index)).reset();
         if (renew) {
-            makePictures(index);
-        } else {
-            FPictures.at(std::size_t(index)).reset();
             makePictures(index);
         }
     }

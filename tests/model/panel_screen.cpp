@@ -155,30 +155,27 @@ QStringList screen(const TModelBox& box, int& numbered)
     return lines;
 }
 
-void clickOn(QScrollArea& box, int number, int part, int way)
+void clickOn(QScrollArea& box, int index, int part, int way)
 {
-    for (const QFrame* const panel : panelsOf(box)) {
-        if (panel->objectName() != QString::number(number)) {
-            continue;
-        }
-        const TParts parts(panel);
-        QPushButton* const button = part == 0 ? parts.a : parts.b;
-        QWidget* const widget = part == 2 ? static_cast<QWidget*>(parts.image) : button;
-        if (way == 0 || part == 2) {
-            press(widget, QPointF(0, 0));
-        } else if (way == 1) {
-            pressSpace(button);
-        } else {
-            button->click();
-        }
+    const QFrame* const panel = panelsOf(box).value(index);
+    if (panel == nullptr) {
         return;
+    }
+    const TParts parts(panel);
+    QPushButton* const button = part == 0 ? parts.a : parts.b;
+    QWidget* const widget = part == 2 ? static_cast<QWidget*>(parts.image) : button;
+    if (way == 0 || part == 2) {
+        press(widget, QPointF(0, 0));
+    } else if (way == 1) {
+        pressSpace(button);
+    } else {
+        button->click();
     }
 }
 
-void clickOn(TModelBox& box, TModelPanel* panel, int number, int part, int way)
+void clickOn(TModelBox& box, TModelPanel* panel, int index, int part, int way)
 {
-    const int index = firstIndex(box.asMade, [number](const auto& each) { return each->number == number; });
-    if (number == 0 || index < 0) {
+    if (index < 0 || index >= int(box.asMade.size())) {
         return;
     }
     const auto clicked = box.asMade[std::size_t(index)];

@@ -130,6 +130,16 @@ TEST(IniRead, Encodings)
     platform::setCodePage("windows-1251");
 }
 
+TEST(IniRead, AMarkElsewhereIsACharacter)
+{
+    EXPECT_EQ(read("[Gates]\nItemsCount=1\nEntryA1=\xef\xbb\xbf"
+                   "7\nCaption1=\xef\xbb\xbf"
+                   "x\n"),
+              "||\xef\xbb\xbfx|0|0");
+    EXPECT_EQ(read("; x\n\xef\xbb\xbf[Gates]\nItemsCount=1\n"), "");
+    EXPECT_EQ(read("\xef\xbb\xbf\xef\xbb\xbf[Gates]\nItemsCount=1\n"), "");
+}
+
 TEST(IniRead, Garbage)
 {
     const QByteArray nothing("[Gates]\n=\n==\nx\n[\n]\na\0ItemsCount=5\n", 33);
