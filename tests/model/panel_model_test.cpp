@@ -28,7 +28,7 @@ TNV5_STEPS(Create, Destroy,
            Find,      // `text`
            Event,     // of gate `a` with index `b`, `text`
            ItemClick, // gate `a`, method `b`
-           Click,     // panel `a` in the order made, part `b`, way `c`
+           Click,     // `a`th last panel made, part `b`, way `c`
            Add,       // `text`: caption, addresses, IP; entries `a` and `b`
            Edit,      // gate `a`, field `b`, `text`, number `c`
            Remove,    // gate `a`
@@ -116,7 +116,10 @@ public:
         if (roll < 9) {
             return {disk(d), {Section, {TWords(d).section()}}, {Save}, {Load}};
         }
-        if (roll < 12 && FDestroying) {
+        if (roll < 25) {
+            return {{SetUp}, clicked(d)};
+        }
+        if (roll < 30 && FDestroying) {
             TStep click = d.chance(50) ? clicked(d) : TStep{ItemClick, {}, gate(d), d.below(2)};
             click.first = {d.pick({TStep{Destroy}, TStep{Box, {}, 3}, TStep{ClearAll}, TStep{EmptyList}})};
             if (d.chance(40)) {

@@ -157,7 +157,8 @@ QStringList screen(const TModelBox& box, int& numbered)
 
 void clickOn(QScrollArea& box, int index, int part, int way)
 {
-    const QFrame* const panel = panelsOf(box).value(index);
+    const QList<QFrame*> panels = panelsOf(box);
+    const QFrame* const panel = panels.value(panels.size() - 1 - index);
     if (panel == nullptr) {
         return;
     }
@@ -178,7 +179,7 @@ void clickOn(TModelBox& box, TModelPanel* panel, int index, int part, int way)
     if (index < 0 || index >= int(box.asMade.size())) {
         return;
     }
-    const auto clicked = box.asMade[std::size_t(index)];
+    const auto clicked = box.asMade[box.asMade.size() - 1 - std::size_t(index)];
     const bool nothingToHit = way == 0 && part != 2 && clicked->size <= 1;
     if (either<"a click by mouse into nothing", "a click">(nothingToHit)) {
         return;
