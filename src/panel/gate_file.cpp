@@ -7,6 +7,8 @@ namespace tnv5::panel {
 
 namespace {
 
+const QString kTooLarge = QStringLiteral("the file is too large");
+
 [[noreturn]] void fail(const QString& what, const QString& fileName, const QString& why)
 {
     throw EIniFile(QStringLiteral("%1 \"%2\": %3").arg(what, fileName, why));
@@ -24,7 +26,7 @@ QByteArray readAll(const QString& fileName)
         fail(what, fileName, file.errorString());
     }
     if (content.size() > kMostIniBytes) {
-        fail(what, fileName, QStringLiteral("the file is too large"));
+        fail(what, fileName, kTooLarge);
     }
     return content;
 }
@@ -56,6 +58,9 @@ void saveGates(const QString& fileName, const QString& section, const std::vecto
         before = readAll(fileName);
     }
     const QByteArray content = writtenGates(before, section, gates);
+    if (content.size() > kMostIniBytes) {
+        fail(what, fileName, kTooLarge);
+    }
     QSaveFile file(fileName);
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.commit()) {
         fail(what, fileName, file.errorString());

@@ -140,6 +140,15 @@ TEST_F(GateFile, TooLargeIsAFailure)
     EXPECT_EQ(loadGates(path(), "Gates")->size(), 1U);
 }
 
+TEST_F(GateFile, NothingIsWrittenThatCouldNotBeRead)
+{
+    put("; mine\n");
+    const std::vector<TGateRecord> large{{"", "", QString(kMostIniBytes, u'x'), 0, 0}};
+    EXPECT_EQ(failure([&] { saveGates(path(), "Gates", large); }),
+              QString("Cannot write \"%1\": the file is too large").arg(path()));
+    EXPECT_EQ(content(), "; mine\n");
+}
+
 /// Saves much in a process that may write little; what the process tells about its end.
 template <class Prepare>
 int saveWithoutRoom(const QString& path, Prepare&& prepare)
