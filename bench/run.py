@@ -31,6 +31,12 @@ SCALES = (("silent", "nobody says anything"), ("unpolled", "no polling, two talk
           ("polled", "polled every {interval_ms} ms"))
 COFFEE = (("CoffeeTexts", "texts"), ("BareBlocks/kept:0", "bare blocks, a cipher context each"),
           ("BareBlocks/kept:1", "bare blocks, one cipher context"))
+PANEL = (("GatesBuilt/gates:500", "500 gates built and drawn"),
+         ("BoxScrolled/gates:500", "500 gates scrolled by one and drawn"),
+         ("StatesShown/gates:500", "state shown among 500 gates and drawn"),
+         ("GatesSelected/gates:500", "gate selected among 500 and drawn"),
+         ("IniWrittenAndRead/gates:10000", "ini file of 10,000 gates written and read"))
+FRAME_MS = 16.7
 
 
 def progress(text):
@@ -202,6 +208,17 @@ class Runner:
                 found.setdefault(row["name"], []).append(row["items_per_second"])
         return medians(found)
 
+    def panel(self):
+        """Median time of each thing that the panel does, in ms."""
+        rounds, seconds = self.amount((1, 0.001), (2, 0.1), (5, 0.5))
+        found = {}
+        for number in range(rounds):
+            progress(f"gate panel, round {number + 1} of {rounds}")
+            for row in self.google(".", seconds, "panel_bench"):
+                factor = {"us": 1e-3, "ms": 1}[row["time_unit"]]
+                found.setdefault(row["name"], []).append(row["real_time"] * factor)
+        return medians(found)
+
     def idle_scales(self):
         seconds, rounds = self.amount((1, 1), (2, 3), (5, 5))
         progress(f"eight scales with nothing to do, {rounds} × 3 × {seconds} s")
@@ -333,6 +350,13 @@ def coffee_table(rates):
             + f"\n\nAim: at least 0.40 of the bare blocks: {met(rates[COFFEE[0][0]] >= 0.4 * best)}.")
 
 
+def panel_table(times):
+    rows = [[title, f"{times[name]:,.2f} ms"] for name, title in PANEL]
+    return (table(["Gate panel", "time"], rows)
+            + f"\n\nAim: 500 gates built in less than a second: {met(times[PANEL[0][0]] < 1000)}; scrolled within "
+              f"a frame of {FRAME_MS} ms: {met(times[PANEL[1][0]] < FRAME_MS)}.")
+
+
 def idle_scales_table(idle):
     base = idle["unpolled"]["cpu_percent"]
     rows = [[title.format(**idle), f"{idle[state]['cpu_percent']:.2f} %",
@@ -397,6 +421,7 @@ def main():
         check_table(connector),
         scales_table(*runner.scales()),
         coffee_table(runner.coffee()),
+        panel_table(runner.panel()),
         idle_scales_table(runner.idle_scales()),
         ports_table(runner.ports()),
     ])

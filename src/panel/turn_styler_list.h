@@ -1,0 +1,54 @@
+#pragma once
+
+#include "tnv5/panel/turn_styler_item.h"
+
+#include <vector>
+
+namespace tnv5::panel {
+
+class TTurnStyler;
+
+/// The gates, in the order in which they are shown. The list owns them.
+class TTurnStylerList : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(int Count READ Count)
+
+public:
+    /// A list of nobody's, or of a panel, which makes its own.
+    explicit TTurnStylerList(TTurnStyler* AOwner = nullptr, IGateDesk* ADesk = nullptr);
+    ~TTurnStylerList() override;
+
+    /// The panel that the list belongs to; none for one that the host made.
+    TTurnStyler* GetOwner() const { return FTurnStyler; }
+
+    /// A new gate at the end.
+    TTurnStylerItem* Add() { return new TTurnStylerItem(this); }
+    /// Frees a gate and its controls; a bad index does nothing.
+    void Delete(int AIndex) { delete GetTurnStylerItem(AIndex); }
+    /// Frees the gates. Controls that are built stay in the scroll box, dead to clicks, until it or the panel
+    /// goes; `TTurnStyler::ClearItems` frees them first.
+    void Clear();
+
+    int Count() const { return static_cast<int>(FItems.size()); }
+    /// A gate by its index; none for a bad one.
+    TTurnStylerItem* GetTurnStylerItem(int AIndex) const;
+    /// Puts a gate in a place and frees the one that is there. A gate that is in a list leaves its place
+    /// there. The gate that is there already, none, or a bad index: no change.
+    void SetTurnStylerItem(int AIndex, TTurnStylerItem* AItem);
+
+    const std::vector<TTurnStylerItem*>& items() const { return FItems; }
+    int indexOf(const TTurnStylerItem* item) const;
+    IGateDesk* desk() const { return FDesk; }
+
+private:
+    friend class TTurnStylerItem;
+    void take(TTurnStylerItem* item);
+    void release(TTurnStylerItem* item);
+
+    TTurnStyler* FTurnStyler;
+    IGateDesk* FDesk;
+    std::vector<TTurnStylerItem*> FItems;
+};
+
+} // namespace tnv5::panel
