@@ -17,7 +17,9 @@ bool CashAdvance(TBankPOS& pos, int Amount, int Discount)
 /// The terminal's automation object; nothing while there is none.
 TScriptProperty automationObject()
 {
-    return {"IEcrInst", TScriptType::Object, false,
+    return {"IEcrInst",
+            TScriptType::Object,
+            false,
             [](QObject* self, QVariantList& args) {
                 checkCount(args, 0);
                 const auto object = selfAs<TBankPOS>(self).Instance();

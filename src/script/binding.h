@@ -5,8 +5,8 @@
 
 #include <tuple>
 
-/// Rows of the bindings' tables: what a script calls, made from what it calls in C++. Parameters and results are
-/// those of the C++ function; a row says no more than its name.
+/// Rows of the bindings' tables: what a script calls, made from what it calls in C++. Parameters and results
+/// are those of the C++ function; a row says no more than its name.
 ///
 ///     scriptMethod<TDeviceConnector, &TDeviceConnector::SendCommand>("SendCommand")
 ///     scriptMethod<TBankPOS>("CashAdvance", [](TBankPOS& pos, int Amount, int Discount) { ... })
@@ -34,36 +34,39 @@ struct TSignatureOf<R (C::*)(P...) const> : TSignatureOf<R (*)(P...)>
 
 void checkCount(const QVariantList& args, std::size_t count);
 
-/// Converts all arguments, calls, and writes back those by reference.
-template <class Result, class... Params, class Body>
-QVariant callWith(std::tuple<Params...>* /*signature*/, QVariantList& args, const Body& body)
+template <class Param>
+using TValueOf = TScriptValue<std::remove_cvref_t<Param>>;
+
+template <class Param, class Value>
+void writeBack([[maybe_unused]] QVariantList& args, [[maybe_unused]] std::size_t index,
+               [[maybe_unused]] const Value& value)
+{
+    if constexpr (scriptParam<Param>().Var) {
+        args[qsizetype(index)] = TValueOf<Param>::to(value);
+    }
+}
+
+/// Converts all arguments from left to right, calls, and writes back those by reference.
+template <class Result, class... Params, std::size_t... I, class Body>
+QVariant callWith(std::tuple<Params...>* /*signature*/, std::index_sequence<I...> /*all*/, QVariantList& args,
+                  const Body& body)
 {
     checkCount(args, sizeof...(Params));
-    qsizetype next = 0;
-    // in braces, so that the arguments are converted from left to right
-    std::tuple<std::remove_cvref_t<Params>...> values{
-        TScriptValue<std::remove_cvref_t<Params>>::from(args.at(next++))...};
-    const auto writeBack = [&] {
-        [&]<std::size_t... I>(std::index_sequence<I...> /*all*/) {
-            ((scriptParam<Params>().Var
-                  ? void(args[qsizetype(I)] = TScriptValue<std::remove_cvref_t<Params>>::to(std::get<I>(values)))
-                  : void()),
-             ...);
-        }(std::index_sequence_for<Params...>{});
-    };
-    const auto call = [&]() -> decltype(auto) {
-        return std::apply([&](auto&... value) -> decltype(auto) { return body(static_cast<Params>(value)...); },
-                          values);
-    };
+    std::tuple<std::remove_cvref_t<Params>...> values{TValueOf<Params>::from(args.at(qsizetype(I)))...};
+    QVariant result;
     if constexpr (std::is_void_v<Result>) {
-        call();
-        writeBack();
-        return {};
+        body(static_cast<Params>(std::get<I>(values))...);
     } else {
-        const auto result = call();
-        writeBack();
-        return TScriptValue<std::remove_cvref_t<Result>>::to(result);
+        result = TValueOf<Result>::to(body(static_cast<Params>(std::get<I>(values))...));
     }
+    (writeBack<Params>(args, I, std::get<I>(values)), ...);
+    return result;
+}
+
+template <class Result, class... Params, class Body>
+QVariant callWith(std::tuple<Params...>* signature, QVariantList& args, const Body& body)
+{
+    return callWith<Result>(signature, std::index_sequence_for<Params...>{}, args, body);
 }
 
 template <class... Params>
@@ -77,8 +80,8 @@ Owner& selfAs(QObject* self)
 {
     auto* const owner = qobject_cast<Owner*>(self);
     if (owner == nullptr) {
-        throw platform::EConvertError("This is not an object of the class "
-                                      + TScriptClass{&Owner::staticMetaObject, {}}.Name());
+        throw platform::EConvertError("This is not an object of the class " +
+                                      TScriptClass{&Owner::staticMetaObject, {}}.Name());
     }
     return *owner;
 }
@@ -119,7 +122,8 @@ TScriptProc scriptProc(const char* name, Result (*function)(Params...))
 {
     using TParams = std::tuple<Params...>;
     return {QString::fromLatin1(name), scriptParams(static_cast<TParams*>(nullptr)),
-            TScriptValue<std::remove_cvref_t<Result>>::Type, [function](QObject* /*self*/, QVariantList& args) {
+            TScriptValue<std::remove_cvref_t<Result>>::Type,
+            [function](QObject* /*self*/, QVariantList& args) {
                 return callWith<Result>(static_cast<TParams*>(nullptr), args,
                                         [&]<class... P>(P&&... params) -> Result {
                                             return function(std::forward<P>(params)...);
@@ -127,7 +131,8 @@ TScriptProc scriptProc(const char* name, Result (*function)(Params...))
             }};
 }
 
-/// A property with a function that reads it and one that writes it; an indexed one has an index before the value.
+/// A property with a function that reads it and one that writes it; an indexed one has an index before the
+/// value.
 template <class Owner, auto Read, auto Write>
 TScriptProperty scriptProperty(const char* name)
 {

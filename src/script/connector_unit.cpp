@@ -16,18 +16,17 @@ TScriptUnit connectorUnit()
                  {"podComPort", int(connector::podComPort)},
                  {"podNet", int(connector::podNet)},
              },
-             TScriptProperties{
-                 self,
-                 {scriptProperty<TDeviceConnector, &TDeviceConnector::GetConnected, &TDeviceConnector::SetConnected>(
-                     "IsConnected")}},
-             TScriptMethods{
-                 self,
-                 {
-                     scriptMethod<TDeviceConnector, &TDeviceConnector::GetCommand>("GetCommand"),
-                     scriptMethod<TDeviceConnector, &TDeviceConnector::SendCommand>("SendCommand"),
-                     scriptMethod<TDeviceConnector, &TDeviceConnector::SendDirectCommand>("SendDirectCommand"),
-                     scriptMethod<TDeviceConnector, &TDeviceConnector::CloseAll>("CloseAll"),
-                 }}}};
+             TScriptProperties{self,
+                               {scriptProperty<TDeviceConnector, &TDeviceConnector::GetConnected,
+                                               &TDeviceConnector::SetConnected>("IsConnected")}},
+             TScriptMethods{self,
+                            {
+                                scriptMethod<TDeviceConnector, &TDeviceConnector::GetCommand>("GetCommand"),
+                                scriptMethod<TDeviceConnector, &TDeviceConnector::SendCommand>("SendCommand"),
+                                scriptMethod<TDeviceConnector, &TDeviceConnector::SendDirectCommand>(
+                                    "SendDirectCommand"),
+                                scriptMethod<TDeviceConnector, &TDeviceConnector::CloseAll>("CloseAll"),
+                            }}}};
 }
 
 } // namespace tnv5::script

@@ -15,7 +15,7 @@ namespace {
 [[noreturn]] void refuse(const QVariant& value, QStringView wanted)
 {
     const QString given = value.isNull() ? QStringLiteral("nothing") : "'" + value.toString() + "'";
-    throw EConvertError(given + " is not " + wanted);
+    throw EConvertError(given + " is not " + wanted.toString());
 }
 
 bool isNumber(const QVariant& value)

@@ -2,15 +2,16 @@
 
 #include "tnv5/script/script_engine.h"
 
-#include <concepts>
 #include <QImage>
+#include <concepts>
 #include <type_traits>
 
-/// Between the variants of scripts and the types of C++. The type that a script sees follows from the C++ type, so
-/// that a binding cannot promise another one.
+/// Between the variants of scripts and the types of C++. The type that a script sees follows from the C++
+/// type, so that a binding cannot promise another one.
 namespace tnv5::script {
 
-// A value that is no truth value, number or text raises platform::EConvertError; so does nothing at all (null).
+// A value that is no truth value, number or text raises platform::EConvertError; so does nothing at all
+// (null).
 bool ToBoolean(const QVariant& value);
 int ToInteger(const QVariant& value);
 double ToDouble(const QVariant& value);
@@ -22,7 +23,8 @@ QObject* ToObject(const QVariant& value, const QMetaObject& type);
 QImage ToImage(const QVariant& value);
 
 template <class T>
-concept CObject = std::is_pointer_v<T> && std::is_base_of_v<QObject, std::remove_cv_t<std::remove_pointer_t<T>>>;
+concept CObject =
+    std::is_pointer_v<T> && std::is_base_of_v<QObject, std::remove_cv_t<std::remove_pointer_t<T>>>;
 
 /// How a C++ type is declared to scripts and converted.
 template <class T>

@@ -54,8 +54,8 @@ constexpr std::array kFields{
 
 const TField& fieldNamed(const QString& name)
 {
-    const auto* const found = std::find_if(kFields.begin(), kFields.end(),
-                                           [&](const TField& row) { return name == QLatin1String(row.name); });
+    const auto* const found = std::find_if(
+        kFields.begin(), kFields.end(), [&](const TField& row) { return name == QLatin1String(row.name); });
     if (found == kFields.end()) {
         throw platform::EConvertError("TRFidInfo has no field '" + name + "'");
     }

@@ -15,15 +15,21 @@ namespace tnv5::script {
 const TEventType* FindEventType(QMetaType type)
 {
     static const std::array kTypes{
-        eventRow<platform::TLogEvent>(),           eventRow<turnstile::TCheckStatusDevice>(),
-        eventRow<turnstile::TCheckSQLDevice>(),    eventRow<turnstile::TGetImg>(),
-        eventRow<d24::TCheckStatusDevice>(),       eventRow<d24::TCheckSQLDevice>(),
-        eventRow<switching::TCheckStatusSwitch>(), eventRow<switching::TCheckSQL>(),
-        eventRow<switching::TCheckEvent>(),        eventRow<scales::TWeightEvent>(),
-        eventRow<bank::TStatusEvent>(),            eventRow<panel::TTurnStylerBtnClick>(),
+        eventRow<platform::TLogEvent>(),
+        eventRow<turnstile::TCheckStatusDevice>(),
+        eventRow<turnstile::TCheckSQLDevice>(),
+        eventRow<turnstile::TGetImg>(),
+        eventRow<d24::TCheckStatusDevice>(),
+        eventRow<d24::TCheckSQLDevice>(),
+        eventRow<switching::TCheckStatusSwitch>(),
+        eventRow<switching::TCheckSQL>(),
+        eventRow<switching::TCheckEvent>(),
+        eventRow<scales::TWeightEvent>(),
+        eventRow<bank::TStatusEvent>(),
+        eventRow<panel::TTurnStylerBtnClick>(),
     };
-    const auto* const found = std::find_if(kTypes.begin(), kTypes.end(),
-                                           [&](const TEventType& row) { return row.Type == type; });
+    const auto* const found =
+        std::find_if(kTypes.begin(), kTypes.end(), [&](const TEventType& row) { return row.Type == type; });
     return found == kTypes.end() ? nullptr : &*found;
 }
 

@@ -4,8 +4,8 @@
 
 namespace tnv5::script {
 
-/// A function of a script that handles an event. Arguments by reference have their new values afterwards; what it
-/// raises leaves the component's event as an exception.
+/// A function of a script that handles an event. Arguments by reference have their new values afterwards;
+/// what it raises leaves the component's event as an exception.
 using TScriptHandler = std::function<void(QVariantList& Args)>;
 
 /// How a published event of C++ takes a function of a script.

@@ -12,7 +12,9 @@ namespace {
 
 TTurnStylerList* Create(TTurnStyler* owner)
 {
-    return new TTurnStylerList(owner);
+    auto* const list = new TTurnStylerList(owner);
+    list->setParent(owner); // which frees it; without one, whoever called
+    return list;
 }
 
 TTurnStylerItem* Add(TTurnStylerList* list)
@@ -36,27 +38,29 @@ TScriptUnit panelUnit()
     const TScriptClass self = scriptClass<TTurnStyler>();
     const TScriptClass list{&TTurnStylerList::staticMetaObject, {}};
     const TScriptClass item{&TTurnStylerItem::staticMetaObject, {}};
-    return {"panel",
-            {TScriptClasses{self, list, item},
-             TScriptMethods{self,
-                            {
-                                scriptMethod<TTurnStyler, &TTurnStyler::load>("load"),
-                                scriptMethod<TTurnStyler, &TTurnStyler::save>("save"),
-                                scriptMethod<TTurnStyler, &TTurnStyler::FindItemByGate>("FindItemByGate"),
-                                scriptMethod<TTurnStyler, &TTurnStyler::FindItemByGateEntry>("FindItemByGateEntry"),
-                                scriptMethod<TTurnStyler, &TTurnStyler::Setitemstate>("Setitemstate"),
-                                scriptMethod<TTurnStyler, &TTurnStyler::CTurnStylerBtnClick>("CTurnStylerBtnClick"),
-                                scriptMethod<TTurnStyler, &TTurnStyler::SetUpItems>("SetUpItems"),
-                                scriptMethod<TTurnStyler, &TTurnStyler::ClearItems>("ClearItems"),
-                            }},
-             TScriptMethods{item,
-                            {
-                                scriptMethod<TTurnStylerItem, &TTurnStylerItem::GateABtnclick>("GateABtnclick"),
-                                scriptMethod<TTurnStylerItem, &TTurnStylerItem::GateBBtnclick>("GateBBtnclick"),
-                                scriptMethod<TTurnStylerItem, &TTurnStylerItem::imgBtnclick>("imgBtnclick"),
-                            }},
-             std::vector<TScriptProc>{scriptProc("Create", &Create), scriptProc("Add", &Add)},
-             TScriptProperties{list, {items()}}}};
+    return {
+        "panel",
+        {TScriptClasses{self, list, item},
+         TScriptMethods{
+             self,
+             {
+                 scriptMethod<TTurnStyler, &TTurnStyler::load>("load"),
+                 scriptMethod<TTurnStyler, &TTurnStyler::save>("save"),
+                 scriptMethod<TTurnStyler, &TTurnStyler::FindItemByGate>("FindItemByGate"),
+                 scriptMethod<TTurnStyler, &TTurnStyler::FindItemByGateEntry>("FindItemByGateEntry"),
+                 scriptMethod<TTurnStyler, &TTurnStyler::Setitemstate>("Setitemstate"),
+                 scriptMethod<TTurnStyler, &TTurnStyler::CTurnStylerBtnClick>("CTurnStylerBtnClick"),
+                 scriptMethod<TTurnStyler, &TTurnStyler::SetUpItems>("SetUpItems"),
+                 scriptMethod<TTurnStyler, &TTurnStyler::ClearItems>("ClearItems"),
+             }},
+         TScriptMethods{item,
+                        {
+                            scriptMethod<TTurnStylerItem, &TTurnStylerItem::GateABtnclick>("GateABtnclick"),
+                            scriptMethod<TTurnStylerItem, &TTurnStylerItem::GateBBtnclick>("GateBBtnclick"),
+                            scriptMethod<TTurnStylerItem, &TTurnStylerItem::imgBtnclick>("imgBtnclick"),
+                        }},
+         std::vector<TScriptProc>{scriptProc("Create", &Create), scriptProc("Add", &Add)},
+         TScriptProperties{list, {items()}}}};
 }
 
 } // namespace tnv5::script

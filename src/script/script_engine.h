@@ -12,7 +12,18 @@ namespace tnv5::script {
 
 /// What a value is to a script. Integers have 32 bits; wide and plain strings are the same here, the bindings
 /// keep the words of their lists.
-enum class TScriptType { None, Boolean, Integer, Double, DateTime, String, WideString, StringList, Object, Variant };
+enum class TScriptType {
+    None,
+    Boolean,
+    Integer,
+    Double,
+    DateTime,
+    String,
+    WideString,
+    StringList,
+    Object,
+    Variant
+};
 
 /// A parameter; one by reference (`Var`) is written back to the script after the call.
 struct TScriptParam
@@ -28,10 +39,10 @@ using TScriptParams = std::vector<TScriptParam>;
 /// Name of a type as the script reference shows it: "integer", "string list"; "nothing" for `None`.
 QString ScriptTypeName(TScriptType type);
 
-/// Calls into C++: the object (none for a procedure) and the arguments, as many as are declared; those by reference
-/// have their new values afterwards.
-/// @throws platform::EConvertError when an argument cannot be converted, before anything is called; else what is
-/// called throws
+/// Calls into C++: the object (none for a procedure) and the arguments, as many as are declared; those by
+/// reference have their new values afterwards.
+/// @throws platform::EConvertError when an argument cannot be converted, before anything is called; else what
+/// is called throws
 using TScriptCall = std::function<QVariant(QObject* Self, QVariantList& Args)>;
 
 /// A class: its properties and events are reached through its reflection.
@@ -55,8 +66,8 @@ struct TScriptMethod
     TScriptCall Call;
 };
 
-/// A property that reflection does not show. An indexed one has an integer as its first argument; the value to write
-/// is the last one.
+/// A property that reflection does not show. An indexed one has an integer as its first argument; the value
+/// to write is the last one.
 struct TScriptProperty
 {
     QString Name;
@@ -109,8 +120,8 @@ struct TScriptRecord
 /// What the bindings need of a host's script engine. A host makes its own, or takes the JavaScript engine of
 /// `tnv5::script_host`.
 ///
-/// What is registered under one name by several units stands side by side: each is removed by its handle. Handles are
-/// never used again.
+/// What is registered under one name by several units stands side by side: each is removed by its handle.
+/// Handles are never used again.
 class TScriptEngine
 {
 public:

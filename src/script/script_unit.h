@@ -36,8 +36,8 @@ struct TScriptUnit
     std::vector<TScriptGroup> Groups;
 };
 
-/// A unit in an engine, as long as it lives. It removes exactly what it registered: its constants, the last one
-/// first, then procedures, records and events, then its classes.
+/// A unit in an engine, as long as it lives. It removes exactly what it registered: its constants, the last
+/// one first, then procedures, records and events, then its classes.
 ///
 /// @throws what the engine throws; what was registered until then is removed again
 class TScriptRegistration

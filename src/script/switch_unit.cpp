@@ -19,18 +19,19 @@ TScriptUnit switchUnit()
                  {"podError", int(switching::podError)},
                  {"PodState", int(switching::PodState)},
              },
-             TScriptMethods{self,
-                            {
-                                scriptMethod<TSwitchDevice, &TSwitchDevice::p_hw_checktimeout>("p_hw_checktimeout"),
-                                scriptMethod<TSwitchDevice, &TSwitchDevice::p_hw_FindDevice>("p_hw_FindDevice"),
-                                scriptMethod<TSwitchDevice, &TSwitchDevice::p_hw_SendComCommand>("p_hw_SendComCommand"),
-                                scriptMethod<TSwitchDevice, &TSwitchDevice::p_hw_CheckStatus>("p_hw_CheckStatus"),
-                                scriptMethod<TSwitchDevice, &TSwitchDevice::p_hw_ProtocolIn>("p_hw_ProtocolIn"),
-                                scriptMethod<TSwitchDevice, &TSwitchDevice::p_hw_relay>("p_hw_relay"),
-                                scriptMethod<TSwitchDevice, &TSwitchDevice::p_hw_CheckStatusAll>("p_hw_CheckStatusAll"),
-                                scriptMethod<TSwitchDevice, &TSwitchDevice::Connected>("Connected"),
-                                scriptMethod<TSwitchDevice, &TSwitchDevice::StackItemsCount>("StackItemsCount"),
-                            }}}};
+             TScriptMethods{
+                 self,
+                 {
+                     scriptMethod<TSwitchDevice, &TSwitchDevice::p_hw_checktimeout>("p_hw_checktimeout"),
+                     scriptMethod<TSwitchDevice, &TSwitchDevice::p_hw_FindDevice>("p_hw_FindDevice"),
+                     scriptMethod<TSwitchDevice, &TSwitchDevice::p_hw_SendComCommand>("p_hw_SendComCommand"),
+                     scriptMethod<TSwitchDevice, &TSwitchDevice::p_hw_CheckStatus>("p_hw_CheckStatus"),
+                     scriptMethod<TSwitchDevice, &TSwitchDevice::p_hw_ProtocolIn>("p_hw_ProtocolIn"),
+                     scriptMethod<TSwitchDevice, &TSwitchDevice::p_hw_relay>("p_hw_relay"),
+                     scriptMethod<TSwitchDevice, &TSwitchDevice::p_hw_CheckStatusAll>("p_hw_CheckStatusAll"),
+                     scriptMethod<TSwitchDevice, &TSwitchDevice::Connected>("Connected"),
+                     scriptMethod<TSwitchDevice, &TSwitchDevice::StackItemsCount>("StackItemsCount"),
+                 }}}};
 }
 
 } // namespace tnv5::script

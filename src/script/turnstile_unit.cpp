@@ -24,12 +24,15 @@ TScriptUnit turnstileUnit()
              self,
              {
                  scriptMethod<TTurnStylerDevice, &TTurnStylerDevice::p_hw_FindDevice>("p_hw_FindDevice"),
-                 scriptMethod<TTurnStylerDevice, &TTurnStylerDevice::p_hw_FindDeviceByRelay>("p_hw_FindDeviceByRelay"),
+                 scriptMethod<TTurnStylerDevice, &TTurnStylerDevice::p_hw_FindDeviceByRelay>(
+                     "p_hw_FindDeviceByRelay"),
                  scriptMethod<TTurnStylerDevice, &TTurnStylerDevice::p_hw_CheckStatus>("p_hw_CheckStatus"),
                  scriptMethod<TTurnStylerDevice, &TTurnStylerDevice::p_hw_ProtocolIn>("p_hw_ProtocolIn"),
-                 scriptMethod<TTurnStylerDevice, &TTurnStylerDevice::p_hw_SendComCommand>("p_hw_SendComCommand"),
+                 scriptMethod<TTurnStylerDevice, &TTurnStylerDevice::p_hw_SendComCommand>(
+                     "p_hw_SendComCommand"),
                  scriptMethod<TTurnStylerDevice, &TTurnStylerDevice::p_hw_relay>("p_hw_relay"),
-                 scriptMethod<TTurnStylerDevice, &TTurnStylerDevice::p_hw_CheckStatusAll>("p_hw_CheckStatusAll"),
+                 scriptMethod<TTurnStylerDevice, &TTurnStylerDevice::p_hw_CheckStatusAll>(
+                     "p_hw_CheckStatusAll"),
                  scriptMethod<TTurnStylerDevice, &TTurnStylerDevice::Connected>("Connected"),
              }}}};
 }

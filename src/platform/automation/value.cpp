@@ -1,0 +1,147 @@
+#include "tnv5/platform/automation/value.h"
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <type_traits>
+
+namespace tnv5::platform::automation {
+
+namespace {
+
+[[noreturn]] void refuse(const std::u16string& value, const char16_t* wanted)
+{
+    throw EOleError(u"The value " + value + u" is no " + wanted);
+}
+
+/// A number as a text has it, blanks around it; nothing else may stand there.
+std::optional<double> numberIn(std::u16string_view text)
+{
+    while (!text.empty() && text.front() <= u' ') {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && text.back() <= u' ') {
+        text.remove_suffix(1);
+    }
+    if (text.size() > 1 && text[0] == u'+' && text[1] != u'-') {
+        text.remove_prefix(1);
+    }
+    const std::string digits = toUtf8(text);
+    double number = 0;
+    const char* const end = digits.data() + digits.size();
+    const auto [stopped, error] = std::from_chars(digits.data(), end, number);
+    if (error != std::errc() || stopped != end || !std::isfinite(number)) {
+        return {};
+    }
+    return number;
+}
+
+std::int32_t rounded(double number)
+{
+    const double whole = std::nearbyint(number); // halves to the even number
+    if (!(whole >= std::numeric_limits<std::int32_t>::min() &&
+          whole <= std::numeric_limits<std::int32_t>::max())) {
+        refuse(TValue(number).toText(), u"32-bit number");
+    }
+    return static_cast<std::int32_t>(whole);
+}
+
+bool sameLetters(const std::u16string& text, std::u16string_view lower)
+{
+    if (text.size() != lower.size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < lower.size(); ++i) {
+        const char16_t letter = text[i];
+        if ((letter >= u'A' && letter <= u'Z' ? char16_t(letter + 32) : letter) != lower[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+template <class Number>
+std::u16string digitsOf(Number number)
+{
+    char buffer[64]{};
+    const auto [end, error] = std::to_chars(std::begin(buffer), std::end(buffer), number);
+    return std::u16string(std::begin(buffer), end);
+}
+
+std::u16string quoted(const std::u16string& text)
+{
+    return u'"' + text + u'"';
+}
+
+} // namespace
+
+bool TValue::toBool() const
+{
+    return visit([](const auto& value) -> bool {
+        using Type = std::decay_t<decltype(value)>;
+        if constexpr (std::is_same_v<Type, std::monostate>) {
+            return false;
+        } else if constexpr (std::is_same_v<Type, std::u16string>) {
+            if (sameLetters(value, u"true")) {
+                return true;
+            }
+            if (sameLetters(value, u"false")) {
+                return false;
+            }
+            const std::optional<double> number = numberIn(value);
+            return number ? *number != 0 : (refuse(quoted(value), u"boolean"), false);
+        } else if constexpr (std::is_same_v<Type, TObjectPtr>) {
+            refuse(u"of an object", u"boolean");
+        } else {
+            return value != 0;
+        }
+    });
+}
+
+std::int32_t TValue::toInt() const
+{
+    return visit([](const auto& value) -> std::int32_t {
+        using Type = std::decay_t<decltype(value)>;
+        if constexpr (std::is_same_v<Type, std::monostate>) {
+            return 0;
+        } else if constexpr (std::is_same_v<Type, bool>) {
+            return value ? -1 : 0;
+        } else if constexpr (std::is_same_v<Type, std::u16string>) {
+            const std::optional<double> number = numberIn(value);
+            return number ? rounded(*number) : (refuse(quoted(value), u"number"), 0);
+        } else if constexpr (std::is_same_v<Type, TObjectPtr>) {
+            refuse(u"of an object", u"number");
+        } else {
+            return rounded(static_cast<double>(value));
+        }
+    });
+}
+
+std::u16string TValue::toText() const
+{
+    return visit([](const auto& value) -> std::u16string {
+        using Type = std::decay_t<decltype(value)>;
+        if constexpr (std::is_same_v<Type, std::monostate>) {
+            return {};
+        } else if constexpr (std::is_same_v<Type, bool>) {
+            return value ? u"True" : u"False";
+        } else if constexpr (std::is_same_v<Type, std::u16string>) {
+            return value;
+        } else if constexpr (std::is_same_v<Type, TObjectPtr>) {
+            refuse(u"of an object", u"text");
+        } else {
+            return digitsOf(value);
+        }
+    });
+}
+
+TObjectPtr TValue::toObject() const
+{
+    if (const auto* const object = as<TObjectPtr>()) {
+        return *object;
+    }
+    return isEmpty() ? nullptr : (refuse(quoted(toText()), u"object"), nullptr);
+}
+
+} // namespace tnv5::platform::automation
