@@ -124,7 +124,7 @@ QImage ToImage(const QVariant& value)
         return value.value<QImage>();
     }
     const QString file = ToText(value);
-    QImage image(file);
+    const QImage image = file.isEmpty() ? QImage() : QImage(file);
     if (image.isNull() && !file.isEmpty()) {
         throw EConvertError("'" + file + "' is not a file with a picture");
     }
