@@ -81,7 +81,9 @@ TIniLines::TIniLines(const QByteArray& content) : encoding(iniEncoding(content))
         at += lines.back().text.size() + lines.back().end.size();
     }
     if (!lines.empty() && !lines.front().end.isEmpty()) {
-        lineEnd = lines.front().end;
+        // a lone "\r" in front of a blank line's "\n" would become one line end with it
+        const bool mixed = lines.front().end == "\r" && content.contains('\n');
+        lineEnd = mixed ? QByteArray("\n") : lines.front().end;
     }
 }
 

@@ -45,7 +45,7 @@ struct TIniLines
     QByteArray content() const;
 
     TIniEncoding encoding;
-    QByteArray lineEnd = "\n"; ///< the file's first, for new lines
+    QByteArray lineEnd = "\n"; ///< for new lines: the file's first
     std::vector<TIniLine> lines;
     std::size_t begin = 0;
     std::size_t end = 0;

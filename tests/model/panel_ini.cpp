@@ -66,6 +66,9 @@ TFile parsed(const QByteArray& content, const QString& section, bool cyrillic)
     }
     if (!file.lines.empty() && !file.lines[0].end.isEmpty()) {
         file.newEnd = file.lines[0].end;
+        if (file.newEnd == "\r" && content.contains('\n')) {
+            file.newEnd = "\n";
+        }
     }
     const QString wanted = "[" + trimmed(section).toCaseFolded();
     for (int i = 0; i < int(file.lines.size()); ++i) {

@@ -124,6 +124,8 @@ TEST(IniWrite, LineBreaksAreTheFilesOwn)
         written("[Gates]\r\nItemsCount=0\r\nx\r\n", {{"a", "", "", 0, 0}}),
         "[Gates]\r\nItemsCount=1\r\nx\r\nGateA1=a\r\nGateB1=\r\nCaption1=\r\nEntryA1=0\r\nEntryB1=0\r\n");
     EXPECT_EQ(written("[Gates]\rx\r", {}), "[Gates]\rx\rItemsCount=0\r");
+    EXPECT_EQ(written("[Gates]\r\r\n\n", {}),
+              "[Gates]\rItemsCount=0\n\r\n\n"); // "\r" would swallow a blank line
     EXPECT_EQ(written("[Gates]", {}), "[Gates]\nItemsCount=0\n");
     EXPECT_EQ(written("[Gates]\nx", {}), "[Gates]\nx\nItemsCount=0\n");
 }
