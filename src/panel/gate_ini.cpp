@@ -4,6 +4,7 @@
 #include "tnv5/panel/ini_lines.h"
 #include "tnv5/panel/panel_texts.h"
 
+#include <QList>
 #include <array>
 
 #define SI_NO_CONVERSION
@@ -183,7 +184,7 @@ QByteArray writtenGates(const QByteArray& content, const QString& section,
                           return holdsText(encoding, gate.GateA) && holdsText(encoding, gate.GateB) &&
                                  holdsText(encoding, gate.Caption);
                       });
-    TIniLines file(held ? content : inUtf8WithMark(content));
+    TIniLines file(held ? content : codePageInUtf8(content));
     if (!file.find(name)) {
         file.append(name);
     }
@@ -202,7 +203,9 @@ QByteArray writtenGates(const QByteArray& content, const QString& section,
     const auto first = file.lines.begin() + std::ptrdiff_t(file.begin);
     const auto at = file.lines.erase(first, file.lines.begin() + std::ptrdiff_t(file.end));
     file.lines.insert(at, lines.begin(), lines.end());
-    return file.content();
+    const QByteArray result = file.content();
+    const bool misread = file.encoding == TIniEncoding::CodePage && isMisread(result);
+    return misread ? codePageInUtf8(result) : result;
 }
 
 } // namespace tnv5::panel

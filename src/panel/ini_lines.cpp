@@ -67,10 +67,16 @@ bool holdsText(TIniEncoding encoding, const QString& text)
     return encoding != TIniEncoding::CodePage || platform::fromWire(platform::toWire(text)) == text;
 }
 
-QByteArray inUtf8WithMark(const QByteArray& content)
+bool isMisread(const QByteArray& content)
 {
-    return iniEncoding(content) == TIniEncoding::CodePage ? kMark + platform::fromWire(content).toUtf8()
-                                                          : content;
+    const bool plain =
+        std::all_of(content.begin(), content.end(), [](char byte) { return uchar(byte) < 0x80; });
+    return !plain && iniEncoding(content) != TIniEncoding::CodePage;
+}
+
+QByteArray codePageInUtf8(const QByteArray& content)
+{
+    return kMark + platform::fromWire(content).toUtf8();
 }
 
 TIniLines::TIniLines(const QByteArray& content) : encoding(iniEncoding(content))

@@ -20,8 +20,11 @@ QByteArray iniBytes(const QString& text, TIniEncoding encoding);
 /// Whether text comes back from bytes of that encoding as it was.
 bool holdsText(TIniEncoding encoding, const QString& text);
 
-/// A file of the code page as UTF-8 with a mark; any other as it is.
-QByteArray inUtf8WithMark(const QByteArray& content);
+/// Whether a file of the code page would be taken for UTF-8, as it happens to be valid.
+bool isMisread(const QByteArray& content);
+
+/// A file of the code page as UTF-8 with a mark.
+QByteArray codePageInUtf8(const QByteArray& content);
 
 /// A line and what ends it: "\n", "\r\n", "\r", or nothing at the end of the file.
 struct TIniLine

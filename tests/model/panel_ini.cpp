@@ -215,7 +215,10 @@ QByteArray fileWith(const QByteArray& before, const QString& untold, const std::
     if (file.first >= 0) {
         lines.insert(lines.end(), file.lines.begin() + file.last, file.lines.end());
     }
-    return joined(lines, file.newEnd);
+    const QByteArray after = joined(lines, file.newEnd);
+    const bool same = QString::fromUtf8(after).toUtf8() == after;
+    const bool ascii = QString::fromLatin1(after).toUtf8() == after;
+    return file.singleByte && same && !ascii ? "\xef\xbb\xbf" + textOf(after, cyrillic).toUtf8() : after;
 }
 
 } // namespace tnv5::panel::model

@@ -163,6 +163,18 @@ TEST(IniWrite, WhatTheCodePageLacksMakesItUtf8WithMark)
               QByteArray("\xef\xbb\xbf; так\n\n[日本]\nItemsCount=0\n"));
 }
 
+TEST(IniWrite, WhatWouldBeMisreadBecomesUtf8WithMark)
+{
+    // the code page's bytes of this text are valid UTF-8
+    const TGates gates{{"", "", "Р’С…С–Рґ", 0, 0}};
+    const QByteArray before = "[Gates]\nCaption1=\xc2\xf5\xb3\xe4\n";
+    const QByteArray after = written(before, gates);
+    EXPECT_TRUE(after.startsWith("\xef\xbb\xbf[Gates]\n"));
+    EXPECT_EQ(readGates(after, "Gates"), gates);
+    EXPECT_EQ(written(before, {{"", "", "plain", 0, 0}}),
+              "[Gates]\nCaption1=plain\nItemsCount=1\nGateA1=\nGateB1=\nEntryA1=0\nEntryB1=0\n");
+}
+
 TEST(IniWrite, GarbageStays)
 {
     const QByteArray garbage("\xff\0\x01"
