@@ -67,13 +67,6 @@ bool holdsText(TIniEncoding encoding, const QString& text)
     return encoding != TIniEncoding::CodePage || platform::fromWire(platform::toWire(text)) == text;
 }
 
-bool isMisread(const QByteArray& content)
-{
-    const bool plain =
-        std::all_of(content.begin(), content.end(), [](char byte) { return uchar(byte) < 0x80; });
-    return !plain && iniEncoding(content) != TIniEncoding::CodePage;
-}
-
 QByteArray codePageInUtf8(const QByteArray& content)
 {
     return kMark + platform::fromWire(content).toUtf8();

@@ -20,9 +20,6 @@ QByteArray iniBytes(const QString& text, TIniEncoding encoding);
 /// Whether text comes back from bytes of that encoding as it was.
 bool holdsText(TIniEncoding encoding, const QString& text);
 
-/// Whether a file of the code page would be taken for UTF-8, as it happens to be valid.
-bool isMisread(const QByteArray& content);
-
 /// A file of the code page as UTF-8 with a mark.
 QByteArray codePageInUtf8(const QByteArray& content);
 

@@ -216,9 +216,14 @@ QByteArray fileWith(const QByteArray& before, const QString& untold, const std::
         lines.insert(lines.end(), file.lines.begin() + file.last, file.lines.end());
     }
     const QByteArray after = joined(lines, file.newEnd);
-    const bool same = QString::fromUtf8(after).toUtf8() == after;
-    const bool ascii = QString::fromLatin1(after).toUtf8() == after;
-    return file.singleByte && same && !ascii ? "\xef\xbb\xbf" + textOf(after, cyrillic).toUtf8() : after;
+    QString ours = section;
+    for (const TKept& gate : gates) {
+        ours += gate.GateA + gate.GateB + gate.Caption;
+    }
+    const bool taken = file.singleByte && QString::fromUtf8(after).toUtf8() == after;
+    return taken && ours.toLatin1().size() < ours.toUtf8().size()
+               ? "\xef\xbb\xbf" + textOf(after, cyrillic).toUtf8()
+               : after;
 }
 
 } // namespace tnv5::panel::model

@@ -171,6 +171,8 @@ TEST(IniWrite, WhatWouldBeMisreadBecomesUtf8WithMark)
     const QByteArray after = written(before, gates);
     EXPECT_TRUE(after.startsWith("\xef\xbb\xbf[Gates]\n"));
     EXPECT_EQ(readGates(after, "Gates"), gates);
+    const QByteArray foreign = "; \xd1\x96\n[Gates]\nItemsCount=\xff\n"; // plain texts are read alike
+    EXPECT_EQ(written(foreign, {}), "; \xd1\x96\n[Gates]\nItemsCount=0\n");
     EXPECT_EQ(written(before, {{"", "", "plain", 0, 0}}),
               "[Gates]\nCaption1=plain\nItemsCount=1\nGateA1=\nGateB1=\nEntryA1=0\nEntryB1=0\n");
 }
