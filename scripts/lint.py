@@ -84,17 +84,21 @@ class Sources:
 
 
 class Flags:
-    """How the compiler is called for the files of a folder."""
+    """How the compiler is called for a file, or for most files of its folder."""
 
     def __init__(self):
+        self.by_file = {}
         self.by_folder = {}
         for entry in json.loads((BUILD / "compile_commands.json").read_text(encoding="utf-8")):
             words = shlex.split(entry["command"])
             compiler = next(i for i, word in enumerate(words) if word.endswith("clang++"))
-            folder = os.path.relpath(os.path.dirname(entry["file"]), ROOT)
-            self.by_folder.setdefault(folder, tuple(words[compiler + 1:words.index("-o")]))
+            file = os.path.relpath(entry["file"], ROOT)
+            self.by_file[file] = tuple(words[compiler + 1:words.index("-o")])
+            self.by_folder.setdefault(os.path.dirname(file), self.by_file[file])
 
     def of(self, file):
+        if file in self.by_file:
+            return self.by_file[file]
         folder = os.path.dirname(file)
         if folder not in self.by_folder:
             sys.exit(f"lint: no build target compiles {folder}")

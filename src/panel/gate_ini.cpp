@@ -4,6 +4,7 @@
 #include "tnv5/panel/ini_lines.h"
 #include "tnv5/panel/panel_texts.h"
 
+#include <QList>
 #include <array>
 
 #define SI_NO_CONVERSION
@@ -69,6 +70,19 @@ int number(QStringView text)
     const bool decimal =
         std::all_of(digits.begin(), digits.end(), [](QChar digit) { return digit >= u'0' && digit <= u'9'; });
     return decimal ? text.toInt() : 0; // of what does not fit in, too
+}
+
+bool isPlain(const QString& text)
+{
+    return std::all_of(text.begin(), text.end(), [](QChar character) { return character < QChar(0x80); });
+}
+
+template <class Holds>
+bool everyText(const QString& section, const std::vector<TGateRecord>& gates, const Holds& holds)
+{
+    return holds(section) && std::all_of(gates.begin(), gates.end(), [&holds](const TGateRecord& gate) {
+               return holds(gate.GateA) && holds(gate.GateB) && holds(gate.Caption);
+           });
 }
 
 class TGateSection
@@ -178,12 +192,9 @@ QByteArray writtenGates(const QByteArray& content, const QString& section,
 {
     const QString name = inOneLine(section);
     const TIniEncoding encoding = iniEncoding(content);
-    const bool held = holdsText(encoding, name) &&
-                      std::all_of(gates.begin(), gates.end(), [encoding](const TGateRecord& gate) {
-                          return holdsText(encoding, gate.GateA) && holdsText(encoding, gate.GateB) &&
-                                 holdsText(encoding, gate.Caption);
-                      });
-    TIniLines file(held ? content : inUtf8WithMark(content));
+    const bool held =
+        everyText(name, gates, [encoding](const QString& text) { return holdsText(encoding, text); });
+    TIniLines file(held ? content : codePageInUtf8(content));
     if (!file.find(name)) {
         file.append(name);
     }
@@ -202,7 +213,11 @@ QByteArray writtenGates(const QByteArray& content, const QString& section,
     const auto first = file.lines.begin() + std::ptrdiff_t(file.begin);
     const auto at = file.lines.erase(first, file.lines.begin() + std::ptrdiff_t(file.end));
     file.lines.insert(at, lines.begin(), lines.end());
-    return file.content();
+    const QByteArray result = file.content();
+    // bytes of the code page may happen to be valid UTF-8
+    const bool misread =
+        file.encoding == TIniEncoding::CodePage && iniEncoding(result) != TIniEncoding::CodePage;
+    return misread && !everyText(name, gates, isPlain) ? codePageInUtf8(result) : result;
 }
 
 } // namespace tnv5::panel

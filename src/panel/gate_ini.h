@@ -30,7 +30,8 @@ std::vector<TGateRecord> readGates(const QByteArray& content, const QString& sec
 ///
 /// Everything else stays byte for byte: other sections, foreign keys, comments, blank lines, the kind of line
 /// break, the encoding. Keys of gates above the new count are removed. A line break in a text becomes a
-/// blank. When the code page lacks a character of the gates' texts, the whole becomes UTF-8 with a mark.
+/// blank. When the code page lacks a character of the gates' texts, the whole becomes UTF-8 with a mark; also
+/// when it would be taken for UTF-8 otherwise.
 QByteArray writtenGates(const QByteArray& content, const QString& section,
                         const std::vector<TGateRecord>& gates);
 

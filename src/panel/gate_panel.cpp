@@ -102,7 +102,7 @@ TStateImage* stateImage(QFrame* parent, const TGateLook& look)
     auto* const image = new TStateImage(parent);
     image->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored); // nor does a large picture
     image->setAlignment(Qt::AlignCenter);
-    if (look.Images != nullptr && look.DefaultImage != -1) {
+    if (look.Images != nullptr) { // -1, as any number without a picture, shows none
         image->setPixmap(QPixmap::fromImage(look.Images->GetBitmap(look.DefaultImage)));
     }
     return image;

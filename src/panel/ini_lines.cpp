@@ -67,10 +67,9 @@ bool holdsText(TIniEncoding encoding, const QString& text)
     return encoding != TIniEncoding::CodePage || platform::fromWire(platform::toWire(text)) == text;
 }
 
-QByteArray inUtf8WithMark(const QByteArray& content)
+QByteArray codePageInUtf8(const QByteArray& content)
 {
-    return iniEncoding(content) == TIniEncoding::CodePage ? kMark + platform::fromWire(content).toUtf8()
-                                                          : content;
+    return kMark + platform::fromWire(content).toUtf8();
 }
 
 TIniLines::TIniLines(const QByteArray& content) : encoding(iniEncoding(content))
@@ -81,7 +80,9 @@ TIniLines::TIniLines(const QByteArray& content) : encoding(iniEncoding(content))
         at += lines.back().text.size() + lines.back().end.size();
     }
     if (!lines.empty() && !lines.front().end.isEmpty()) {
-        lineEnd = lines.front().end;
+        // a lone "\r" in front of a blank line's "\n" would become one line end with it
+        const bool mixed = lines.front().end == "\r" && content.contains('\n');
+        lineEnd = mixed ? QByteArray("\n") : lines.front().end;
     }
 }
 

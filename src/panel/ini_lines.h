@@ -20,8 +20,8 @@ QByteArray iniBytes(const QString& text, TIniEncoding encoding);
 /// Whether text comes back from bytes of that encoding as it was.
 bool holdsText(TIniEncoding encoding, const QString& text);
 
-/// A file of the code page as UTF-8 with a mark; any other as it is.
-QByteArray inUtf8WithMark(const QByteArray& content);
+/// A file of the code page as UTF-8 with a mark.
+QByteArray codePageInUtf8(const QByteArray& content);
 
 /// A line and what ends it: "\n", "\r\n", "\r", or nothing at the end of the file.
 struct TIniLine
@@ -45,7 +45,7 @@ struct TIniLines
     QByteArray content() const;
 
     TIniEncoding encoding;
-    QByteArray lineEnd = "\n"; ///< the file's first, for new lines
+    QByteArray lineEnd = "\n"; ///< for new lines: the file's first
     std::vector<TIniLine> lines;
     std::size_t begin = 0;
     std::size_t end = 0;

@@ -15,10 +15,11 @@ using panel::TGateRecord;
 
 const QString kSection = QStringLiteral("Gates");
 
-/// What stands before all sections, as bytes: what was read fits into the file's encoding.
+/// What stands before all sections, as bytes, unless the encoding changed.
 void requireForeignKept(const QByteArray& before, const QByteArray& after)
 {
-    require(after.startsWith(before.left(before.indexOf('['))));
+    const bool marked = after.startsWith("\xef\xbb\xbf") && !before.startsWith("\xef\xbb\xbf");
+    require(marked || after.startsWith(before.left(before.indexOf('['))));
 }
 
 } // namespace

@@ -66,6 +66,9 @@ TFile parsed(const QByteArray& content, const QString& section, bool cyrillic)
     }
     if (!file.lines.empty() && !file.lines[0].end.isEmpty()) {
         file.newEnd = file.lines[0].end;
+        if (file.newEnd == "\r" && content.contains('\n')) {
+            file.newEnd = "\n";
+        }
     }
     const QString wanted = "[" + trimmed(section).toCaseFolded();
     for (int i = 0; i < int(file.lines.size()); ++i) {
@@ -212,7 +215,15 @@ QByteArray fileWith(const QByteArray& before, const QString& untold, const std::
     if (file.first >= 0) {
         lines.insert(lines.end(), file.lines.begin() + file.last, file.lines.end());
     }
-    return joined(lines, file.newEnd);
+    const QByteArray after = joined(lines, file.newEnd);
+    QString ours = section;
+    for (const TKept& gate : gates) {
+        ours += gate.GateA + gate.GateB + gate.Caption;
+    }
+    const bool taken = file.singleByte && QString::fromUtf8(after).toUtf8() == after;
+    return taken && ours.toLatin1().size() < ours.toUtf8().size()
+               ? "\xef\xbb\xbf" + textOf(after, cyrillic).toUtf8()
+               : after;
 }
 
 } // namespace tnv5::panel::model

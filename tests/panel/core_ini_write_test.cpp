@@ -124,6 +124,8 @@ TEST(IniWrite, LineBreaksAreTheFilesOwn)
         written("[Gates]\r\nItemsCount=0\r\nx\r\n", {{"a", "", "", 0, 0}}),
         "[Gates]\r\nItemsCount=1\r\nx\r\nGateA1=a\r\nGateB1=\r\nCaption1=\r\nEntryA1=0\r\nEntryB1=0\r\n");
     EXPECT_EQ(written("[Gates]\rx\r", {}), "[Gates]\rx\rItemsCount=0\r");
+    EXPECT_EQ(written("[Gates]\r\r\n\n", {}),
+              "[Gates]\rItemsCount=0\n\r\n\n"); // "\r" would swallow a blank line
     EXPECT_EQ(written("[Gates]", {}), "[Gates]\nItemsCount=0\n");
     EXPECT_EQ(written("[Gates]\nx", {}), "[Gates]\nx\nItemsCount=0\n");
 }
@@ -159,6 +161,20 @@ TEST(IniWrite, WhatTheCodePageLacksMakesItUtf8WithMark)
     expect({"", "", "日本", 0, 0});
     EXPECT_EQ(written(platform::toWire(u"; так\n"), {}, "日本"),
               QByteArray("\xef\xbb\xbf; так\n\n[日本]\nItemsCount=0\n"));
+}
+
+TEST(IniWrite, WhatWouldBeMisreadBecomesUtf8WithMark)
+{
+    // the code page's bytes of this text are valid UTF-8
+    const TGates gates{{"", "", "Р’С…С–Рґ", 0, 0}};
+    const QByteArray before = "[Gates]\nCaption1=\xc2\xf5\xb3\xe4\n";
+    const QByteArray after = written(before, gates);
+    EXPECT_TRUE(after.startsWith("\xef\xbb\xbf[Gates]\n"));
+    EXPECT_EQ(readGates(after, "Gates"), gates);
+    const QByteArray foreign = "; \xd1\x96\n[Gates]\nItemsCount=\xff\n"; // plain texts are read alike
+    EXPECT_EQ(written(foreign, {}), "; \xd1\x96\n[Gates]\nItemsCount=0\n");
+    EXPECT_EQ(written(before, {{"", "", "plain", 0, 0}}),
+              "[Gates]\nCaption1=plain\nItemsCount=1\nGateA1=\nGateB1=\nEntryA1=0\nEntryB1=0\n");
 }
 
 TEST(IniWrite, GarbageStays)

@@ -2,6 +2,7 @@
 
 #include "widget_fixture.h"
 
+#include <QDialog>
 #include <QLayout>
 #include <QScrollBar>
 #include <gtest/gtest.h>
@@ -120,14 +121,41 @@ TEST_F(PanelBuild, EverythingIsInItsPlaceBeforeTheBoxIsSeen)
     EXPECT_TRUE(item(2)->StateImage()->isVisibleTo(box.get()));
 }
 
+TEST_F(PanelBuild, InAVisibleBoxGatesAreSeenAtOnce)
+{
+    show();
+    add("New", "05A", "");
+    gates->SetUpItems();
+    EXPECT_TRUE(item(3)->StateImage()->isVisible());
+    EXPECT_EQ(item(3)->MainPanel()->geometry(), QRect(0, 159, 398, 53));
+}
+
+TEST_F(PanelBuild, EnterInADialogPressesNoGate)
+{
+    QDialog dialog;
+    dialog.resize(400, 300);
+    box->setParent(&dialog);
+    show();
+    dialog.show();
+    dialog.activateWindow();
+    QPushButton* const gate = button(0, 0);
+    gate->setFocus();
+    EXPECT_FALSE(gate->isDefault());
+    QTest::keyClick(&dialog, Qt::Key_Return);
+    trace.expect({});
+    box->setParent(nullptr);
+}
+
 TEST_F(PanelBuild, LongTextsAndLargePicturesWidenNothing)
 {
     add(QString(500, u'W'), "01A", "02A");
-    gates->SetDefaultImage(2);
+    states.Add(picture(1000, Qt::black));
+    gates->SetDefaultImage(3);
     gates->SetUpItems();
     box->show();
     settle();
     EXPECT_EQ(item(0)->MainPanel()->geometry(), QRect(0, 0, 398, 53));
+    EXPECT_EQ(item(0)->CaptionPanel()->geometry(), QRect(0, 0, 302, 12));
     EXPECT_EQ(item(0)->StateImage()->geometry(), QRect(0, 12, 302, 41));
 }
 

@@ -218,6 +218,32 @@ TEST_F(PanelHandler, ClearsItsGate)
     EXPECT_TRUE(panel.isNull());
 }
 
+TEST_F(PanelHandler, ControlsOutliveTheirClick)
+{
+    show();
+    const QPointer<QPushButton> clicked = button(0, 0);
+    trace.OnLine = [&](const QString&) {
+        gates->ClearItems();
+        EXPECT_FALSE(clicked.isNull()); // Qt is not done with it
+    };
+    click(clicked);
+    trace.expect({"click Main 0 10.0.0.1 01A"});
+    settle();
+    EXPECT_TRUE(clicked.isNull());
+}
+
+TEST_F(PanelHandler, DeadControlsStayDead)
+{
+    show();
+    QPushButton* const clicked = button(0, 0);
+    trace.OnLine = [&](const QString&) {
+        gates->TurnStylerList()->Delete(0);
+        clicked->click();
+    };
+    click(clicked);
+    trace.expect({"click Main 0 10.0.0.1 01A"});
+}
+
 TEST_F(PanelHandler, ClearsAndBuildsAnew)
 {
     expectSurvived(

@@ -242,6 +242,17 @@ TEST_F(PanelClick, TakesTheValuesOfThatMoment)
     trace.expect({"click x 0 ::1 77A"});
 }
 
+TEST_F(PanelClick, OnTheSelectedGateDrawsTheLineAnew)
+{
+    show();
+    click(button(0, 0));
+    gates->ClearItem(0);
+    gates->SetUpItems();
+    EXPECT_EQ(bordered(), "");
+    click(button(0, 0));
+    EXPECT_EQ(bordered(), "0");
+}
+
 TEST_F(PanelClick, WithoutAHandlerSelects)
 {
     show();
