@@ -22,7 +22,8 @@ constexpr std::chrono::milliseconds kGrace{5'000};
 constexpr std::chrono::milliseconds kPropertyLimit{10'000};
 
 const QString kProperties = QStringLiteral("org.freedesktop.DBus.Properties");
-const QString kUnknownMethod = QStringLiteral("org.freedesktop.DBus.Error.UnknownMethod");
+const QStringList kNoMethod = {QStringLiteral("org.freedesktop.DBus.Error.UnknownMethod"),
+                               QStringLiteral("org.freedesktop.DBus.Error.UnknownInterface")};
 
 /// Everybody's connection to the bus in use.
 class TBus
@@ -85,8 +86,11 @@ public:
             values << toBus(argument.value);
         }
         const QDBusMessage reply = send(FName, name, values, limit);
-        if (arguments.empty() && reply.errorName() == kUnknownMethod) {
-            return get(name);
+        if (arguments.empty() && kNoMethod.contains(reply.errorName())) {
+            const QDBusMessage property = send(kProperties, u"Get", {FName, toQt(name)}, kPropertyLimit);
+            if (property.type() == QDBusMessage::ReplyMessage) {
+                return valuesOf(property, arguments, kPropertyLimit);
+            }
         }
         return valuesOf(reply, arguments, limit);
     }

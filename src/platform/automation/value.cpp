@@ -76,6 +76,12 @@ std::u16string quoted(const std::u16string& text)
 
 } // namespace
 
+TValue::TValue(const TValue&) = default;
+TValue::TValue(TValue&&) noexcept = default;
+TValue& TValue::operator=(const TValue&) = default;
+TValue& TValue::operator=(TValue&&) noexcept = default;
+TValue::~TValue() = default;
+
 bool TValue::toBool() const
 {
     return visit([](const auto& value) -> bool {
