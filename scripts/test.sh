@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Everything that must pass: formatting, warnings as errors with two compilers, unit and integration tests, examples,
 # demo and benchmarks, the same tests and the fuzz targets under the address and undefined-behaviour sanitizers, the
-# installed package, and lint. Tests wait more than they work: they run beside the next build, and lint beside them.
-# What passed with exactly the files and packages that are there is not done again.
+# automation objects of Windows, the installed package, and lint. Tests wait more than they work: they run beside the
+# next build, and lint beside them. What passed with exactly the files and packages that are there is not done again.
 # Usage: scripts/test.sh
 #        scripts/test.sh --under-load [-n ROUNDS] ...   the tests beside busy loops instead: see scripts/under-load.sh
 set -euo pipefail
@@ -67,8 +67,9 @@ cmake --preset asan -Wno-dev >/dev/null
 nice cmake --build --preset asan -j "$jobs"
 join
 
-begin "tests and fuzz targets under sanitizers, installed package; beside them lint"
+begin "tests and fuzz targets under sanitizers, automation on Windows, installed package; beside them lint"
 start sanitized scripts/run-tests.sh --unless-passed asan
+start windows scripts/test-windows.sh
 scripts/check-install.sh
 nice scripts/lint.sh
 join

@@ -27,6 +27,7 @@ void addScalesCommand(CLI::App& app, TCommand& chosen);
 void addWeighCommand(CLI::App& app, TCommand& chosen);
 void addQrCommand(CLI::App& app, TCommand& chosen);
 void addPayCommand(CLI::App& app, TCommand& chosen);
+void addTerminalCommand(CLI::App& app, TCommand& chosen);
 void addMonitorCommand(CLI::App& app, TCommand& chosen);
 void addCertCommand(CLI::App& app, TCommand& chosen);
 

@@ -27,6 +27,7 @@ int run(int argc, char** argv)
     tnv5::cli::addWeighCommand(app, chosen);
     tnv5::cli::addQrCommand(app, chosen);
     tnv5::cli::addPayCommand(app, chosen);
+    tnv5::cli::addTerminalCommand(app, chosen);
     tnv5::cli::addMonitorCommand(app, chosen);
     tnv5::cli::addCertCommand(app, chosen);
     CLI11_PARSE(app, argc, argv);

@@ -1,6 +1,7 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/open_port.h"
+#include "apps/tnv5/pay_terminal.h"
 #include "apps/tnv5/stop_signal.h"
 #include "tnv5/bank/terminal_version.h"
 #include "tnv5/host/club.h"
@@ -9,6 +10,7 @@
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
+#include <limits>
 #include <memory>
 
 namespace tnv5::cli {
@@ -17,14 +19,11 @@ namespace {
 
 constexpr int kEnglishTexts = 2;
 
-// Exit codes beside those of all commands; 0: approved.
-constexpr int kDeclined = 3;
-constexpr int kCancelled = 4;
-constexpr int kUnknown = 5;
-
 struct TPayOptions
 {
     std::string port;
+    std::string terminal;
+    std::string address;
     std::string amount;
     std::string discount = "0";
     std::string database = ":memory:";
@@ -32,6 +31,9 @@ struct TPayOptions
     std::string codesError = host::kUsualCodesError.toStdString();
     int version = 0;
     int timeOut = 1;
+    int comPort = 1;
+    int merchant = 1;
+    int stepMs = 400;
     bool trace = false;
 };
 
@@ -156,10 +158,38 @@ private:
     int FResult = kInterrupted;
 };
 
+/// A terminal with a library, which does the talking by itself.
+int payByLibrary(const TPayOptions& options, qint64 cents, qint64 discount)
+{
+    const QString text = QString::fromStdString(options.terminal);
+    const std::optional<TTerminalName> name = terminalNameOf(text);
+    constexpr qint64 kMost = std::numeric_limits<int>::max();
+    if (!name || cents > kMost || discount > kMost) {
+        throw platform::Exception(
+            QStringLiteral("\"%1\" is no terminal; write it like 1 or sim:1").arg(text));
+    }
+    TTerminalPayment payment;
+    payment.terminal = *name;
+    payment.cents = static_cast<int>(cents);
+    payment.discount = static_cast<int>(discount);
+    payment.merchant = options.merchant;
+    payment.comPort = options.comPort;
+    payment.address = QString::fromStdString(options.address);
+    payment.stepMs = options.stepMs;
+    payment.trace = options.trace;
+    return payAtTerminal(payment);
+}
+
 int pay(const TPayOptions& options)
 {
     const qint64 cents = centsOf(options.amount);
     const qint64 discount = options.discount == "0" ? 0 : centsOf(options.discount);
+    if (!options.terminal.empty()) {
+        return payByLibrary(options, cents, discount);
+    }
+    if (options.port.empty() || options.version == 0) {
+        throw platform::Exception(QStringLiteral("Which terminal? Give --port and --type, or --terminal"));
+    }
     TPaying paying(options);
     const TStopSignal stop([&paying] { paying.stop(); });
     paying.start(cents, discount);
@@ -175,14 +205,28 @@ void addPayCommand(CLI::App& app, TCommand& chosen)
     const auto options = std::make_shared<TPayOptions>();
     CLI::App* command = app.add_subcommand("pay", "Take one payment with a bank card terminal");
     command->add_option("--port", options->port, "Serial port, best a stable name from \"tnv5 ports\"")
-        ->required()
         ->type_name("NAME");
     command
         ->add_option("--type", options->version,
                      "Version of the terminal's software: 1 is 3, 2 is 3+, 3 is 3.2")
-        ->required()
         ->type_name("NUMBER")
         ->check(CLI::Range(1, last));
+    command
+        ->add_option("--terminal", options->terminal,
+                     "Instead of a port: a terminal with a library, 0 to 4; \"sim:1\" plays one, "
+                     "\"sim:1:decline\" one that declines (or approve, timeout, break, crash, hang)")
+        ->type_name("NUMBER")
+        ->excludes("--port")
+        ->excludes("--type");
+    command->add_option("--com", options->comPort, "Number of the library's serial port")
+        ->capture_default_str();
+    command->add_option("--address", options->address, "Instead of it: where the terminal is on the network")
+        ->type_name("HOST:PORT");
+    command->add_option("--merchant", options->merchant, "Index of the merchant in the terminal")
+        ->capture_default_str();
+    command->add_option("--step", options->stepMs, "Milliseconds between the texts of a simulated terminal")
+        ->capture_default_str()
+        ->check(CLI::Range(0, 60'000));
     command->add_option("--amount", options->amount, "Such as 12.50")->required()->type_name("AMOUNT");
     command->add_option("--discount", options->discount, "Sent beside the amount")->type_name("AMOUNT");
     command->add_option("--db", options->database, "Keep the payment in this club's database")

@@ -10,9 +10,9 @@ namespace tnv5::platform::automation {
 
 namespace {
 
-[[noreturn]] void refuse(const std::u16string& value, const char16_t* wanted)
+EOleError refusal(const std::u16string& value, const char16_t* wanted)
 {
-    throw EOleError(u"The value " + value + u" is no " + wanted);
+    return EOleError(u"The value " + value + u" is no " + wanted);
 }
 
 /// A number as a text has it, blanks around it; nothing else may stand there.
@@ -42,7 +42,7 @@ std::int32_t rounded(double number)
     const double whole = std::nearbyint(number); // halves to the even number
     if (!(whole >= std::numeric_limits<std::int32_t>::min() &&
           whole <= std::numeric_limits<std::int32_t>::max())) {
-        refuse(TValue(number).toText(), u"32-bit number");
+        throw refusal(TValue(number).toText(), u"32-bit number");
     }
     return static_cast<std::int32_t>(whole);
 }
@@ -76,6 +76,12 @@ std::u16string quoted(const std::u16string& text)
 
 } // namespace
 
+TValue::TValue(const TValue&) = default;
+TValue::TValue(TValue&&) noexcept = default;
+TValue& TValue::operator=(const TValue&) = default;
+TValue& TValue::operator=(TValue&&) noexcept = default;
+TValue::~TValue() = default;
+
 bool TValue::toBool() const
 {
     return visit([](const auto& value) -> bool {
@@ -90,9 +96,12 @@ bool TValue::toBool() const
                 return false;
             }
             const std::optional<double> number = numberIn(value);
-            return number ? *number != 0 : (refuse(quoted(value), u"boolean"), false);
+            if (!number) {
+                throw refusal(quoted(value), u"boolean");
+            }
+            return *number != 0;
         } else if constexpr (std::is_same_v<Type, TObjectPtr>) {
-            refuse(u"of an object", u"boolean");
+            throw refusal(u"of an object", u"boolean");
         } else {
             return value != 0;
         }
@@ -109,9 +118,12 @@ std::int32_t TValue::toInt() const
             return value ? -1 : 0;
         } else if constexpr (std::is_same_v<Type, std::u16string>) {
             const std::optional<double> number = numberIn(value);
-            return number ? rounded(*number) : (refuse(quoted(value), u"number"), 0);
+            if (!number) {
+                throw refusal(quoted(value), u"number");
+            }
+            return rounded(*number);
         } else if constexpr (std::is_same_v<Type, TObjectPtr>) {
-            refuse(u"of an object", u"number");
+            throw refusal(u"of an object", u"number");
         } else {
             return rounded(static_cast<double>(value));
         }
@@ -129,7 +141,7 @@ std::u16string TValue::toText() const
         } else if constexpr (std::is_same_v<Type, std::u16string>) {
             return value;
         } else if constexpr (std::is_same_v<Type, TObjectPtr>) {
-            refuse(u"of an object", u"text");
+            throw refusal(u"of an object", u"text");
         } else {
             return digitsOf(value);
         }
@@ -141,7 +153,10 @@ TObjectPtr TValue::toObject() const
     if (const auto* const object = as<TObjectPtr>()) {
         return *object;
     }
-    return isEmpty() ? nullptr : (refuse(quoted(toText()), u"object"), nullptr);
+    if (!isEmpty()) {
+        throw refusal(quoted(toText()), u"object");
+    }
+    return nullptr;
 }
 
 } // namespace tnv5::platform::automation

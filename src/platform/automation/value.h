@@ -36,6 +36,13 @@ public:
     TValue(TObjectPtr value) : FValue(std::move(value)) {}               // NOLINT
     TValue(const void*) = delete;                                        // a pointer is no boolean
 
+    // not inline: the compiler would see uninitialised texts in values that are moved
+    TValue(const TValue&);
+    TValue(TValue&&) noexcept;
+    TValue& operator=(const TValue&);
+    TValue& operator=(TValue&&) noexcept;
+    ~TValue();
+
     bool isEmpty() const { return std::holds_alternative<std::monostate>(FValue); }
     /// The value when it is exactly of this type, else nullptr.
     template <class Type>

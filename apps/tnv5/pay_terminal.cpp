@@ -1,0 +1,148 @@
+#include "apps/tnv5/pay_terminal.h"
+
+#include "apps/tnv5/commands.h"
+#include "apps/tnv5/console.h"
+#include "sim/pos_bus.h"
+#include "tnv5/bank/bank_pos.h"
+#include "tnv5/bank/bank_pos_texts.h"
+#include "tnv5/host/club.h"
+#include "tnv5/platform/automation/dbus_provider.h"
+#include "tnv5/platform/errors.h"
+
+#include <QCoreApplication>
+#include <memory>
+
+namespace tnv5::cli {
+
+namespace {
+
+constexpr int kLastType = 4;
+constexpr int kStartMs = 60'000;
+
+/// A simulated terminal: a bus of its own, and this very program on it as the terminal's process.
+class TSimulation
+{
+public:
+    TSimulation(const TTerminalName& terminal, int stepMs)
+    {
+        sim::endWithUs(FTerminal);
+        FTerminal.start(QCoreApplication::applicationFilePath(),
+                        {QStringLiteral("terminal"), QStringLiteral("--bus"), FBus.address(),
+                         QStringLiteral("--type"), QString::number(terminal.type), QStringLiteral("--end"),
+                         terminal.end, QStringLiteral("--step"), QString::number(stepMs)});
+        if (!FTerminal.waitForReadyRead(kStartMs)) {
+            throw platform::Exception(QStringLiteral("the simulated terminal does not start: ") +
+                                      QString::fromUtf8(FTerminal.readAllStandardError()).trimmed());
+        }
+        platform::automation::setAutomationBus(FBus.address().toStdString());
+    }
+    ~TSimulation()
+    {
+        platform::automation::setAutomationBus({});
+        FTerminal.kill();
+        FTerminal.waitForFinished();
+    }
+    Q_DISABLE_COPY_MOVE(TSimulation)
+
+private:
+    sim::TPrivateBus FBus;
+    QProcess FTerminal;
+};
+
+void setAddress(bank::TBankPOS& pos, const TTerminalPayment& payment)
+{
+    pos.SetComPort(payment.comPort);
+    const auto colon = payment.address.lastIndexOf(u':');
+    if (colon > 0) {
+        pos.SetIP(payment.address.left(colon));
+        pos.SetIPPort(payment.address.mid(colon + 1).toInt());
+    }
+}
+
+/// What the component told last. A terminal that reports a refusal has decided; whoever has lost it, or heard
+/// nothing of it within the time, does not know.
+bool outcomeIsKnown(const bank::TBankPOS& pos)
+{
+    const QString text = pos.LastErrorMsg();
+    return !text.startsWith(bank::texts::kCallFailed) && text != bank::texts::kTimedOut;
+}
+
+int resultOf(const bank::TBankPOS& pos, const TTerminalPayment& payment, bool paid)
+{
+    const QString amount = host::amountText(payment.cents);
+    if (paid) {
+        print(QStringLiteral("%1 approved, reference %2, transaction %3")
+                  .arg(amount, pos.RRN(), pos.TransactionID()),
+              TColour::Green);
+        return kDone;
+    }
+    if (outcomeIsKnown(pos)) {
+        print(QStringLiteral("%1 not paid").arg(amount), TColour::Red);
+        return kDeclined;
+    }
+    complain(QStringLiteral("Nobody knows whether it was paid: look at the terminal before you try again."));
+    return kUnknown;
+}
+
+int pay(const TTerminalPayment& payment)
+{
+    bank::TBankPOS pos;
+    pos.SetPosType(payment.terminal.type);
+    setAddress(pos, payment);
+    pos.SetOnError([](platform::TComponent*, int code, const QString& text) {
+        complain(QStringLiteral("[%1] %2").arg(code).arg(
+            QString(text).replace(QStringLiteral("\r\n"), QStringLiteral(" "))));
+    });
+    QString shown;
+    pos.SetOnStatus([&shown](platform::TComponent*, int, const QString& text) {
+        if (text != shown) { // a library that is asked again and again says the same
+            print(QStringLiteral("  terminal: ") + text, TColour::Yellow);
+            shown = text;
+        }
+    });
+    if (payment.trace) {
+        pos.SetOnLog([](platform::TComponent*, const QString& text) {
+            print(QStringLiteral("  ") + text, TColour::Faint);
+        });
+    }
+    if (!pos.Init() || !pos.Connect()) {
+        return kFailed;
+    }
+    print(QStringLiteral("%1 goes to the terminal").arg(host::amountText(payment.cents)));
+    const bool paid = pos.Purchase(payment.cents, payment.discount, payment.merchant);
+    const int result = resultOf(pos, payment, paid);
+    if (result != kUnknown) {
+        pos.Disconnect();
+    }
+    return result;
+}
+
+} // namespace
+
+std::optional<TTerminalName> terminalNameOf(const QString& text)
+{
+    TTerminalName name;
+    QStringList parts = text.split(u':');
+    if (parts[0] == u"sim") {
+        name.simulated = true;
+        parts.removeFirst();
+    }
+    bool isNumber = false;
+    name.type = parts.value(0).toInt(&isNumber);
+    if (parts.size() == 2 && name.simulated) {
+        name.end = parts.takeLast();
+    }
+    const bool good =
+        isNumber && name.type >= 0 && name.type <= kLastType && parts.size() == 1 && sim::posEndOf(name.end);
+    return good ? std::optional(name) : std::nullopt;
+}
+
+int payAtTerminal(const TTerminalPayment& payment)
+{
+    const auto simulation = payment.terminal.simulated
+                                ? std::make_unique<TSimulation>(payment.terminal, payment.stepMs)
+                                : nullptr;
+    return pay(payment);
+}
+
+} // namespace tnv5::cli

@@ -1,0 +1,62 @@
+// Paying at a simulated terminal with a library, as a person does it.
+
+#include "integration/program_run.h"
+#include "support/text_printers.h"
+
+#include <gtest/gtest.h>
+
+namespace tnv5::integration {
+namespace {
+
+QStringList pay(const QString& terminal, const QStringList& more = {})
+{
+    return QStringList{"pay", "--terminal", terminal, "--amount", "12.50", "--step", "20"} + more;
+}
+
+TEST(TerminalProgram, ShowsAPaymentWithTheTextsOfTheTerminal)
+{
+    TProgramRun run(TNV5_PROGRAM, pay("sim:1", {"--trace"}));
+    EXPECT_EQ(run.exitCode(), 0) << run.complaints().toStdString();
+    qsizetype from = 0;
+    for (const char* text :
+         {"12.50 goes to the terminal", "Починаємо оплату", "terminal: Insert or tap the card",
+          "terminal: Enter the PIN", "terminal: Asking the bank",
+          "12.50 approved, reference 100001, transaction 1", "Відключення терміналу"}) {
+        from = run.output().indexOf(text, from);
+        EXPECT_GE(from, 0) << text << "\nin\n" << run.output().toStdString();
+    }
+}
+
+TEST(TerminalProgram, EndsWithTheOutcomeOfEachLibrary)
+{
+    for (int type = 0; type < 5; ++type) {
+        SCOPED_TRACE(type);
+        const QString terminal = QStringLiteral("sim:%1").arg(type);
+        EXPECT_EQ(TProgramRun(TNV5_PROGRAM, pay(terminal)).exitCode(), 0);
+        TProgramRun declined(TNV5_PROGRAM, pay(terminal + ":decline"));
+        EXPECT_EQ(declined.exitCode(), 3);
+        EXPECT_TRUE(declined.says("12.50 not paid"));
+        TProgramRun lost(TNV5_PROGRAM, pay(terminal + ":crash"));
+        EXPECT_EQ(lost.exitCode(), 5);
+        EXPECT_TRUE(lost.says("look at the terminal before you try again"));
+        EXPECT_TRUE(lost.says("the process behind it has ended"));
+    }
+    EXPECT_EQ(TProgramRun(TNV5_PROGRAM, pay("sim:4:timeout")).exitCode(), 5); // nobody knows
+}
+
+TEST(TerminalProgram, SaysWhatCannotBeDone)
+{
+    for (const char* name : {"5", "sim", "sim:", "sim:7", "sim:1:fly", "1:decline", "x", "sim:1:decline:2"}) {
+        TProgramRun run(TNV5_PROGRAM, pay(name));
+        EXPECT_EQ(run.exitCode(), 1) << name;
+        EXPECT_TRUE(run.says("is no terminal")) << name;
+    }
+    TProgramRun nothing(TNV5_PROGRAM, {"pay", "--amount", "1"});
+    EXPECT_EQ(nothing.exitCode(), 1);
+    EXPECT_TRUE(nothing.says("Which terminal?"));
+    TProgramRun both(TNV5_PROGRAM, pay("sim:1", {"--port", "x"}));
+    EXPECT_NE(both.exitCode(), 0);
+}
+
+} // namespace
+} // namespace tnv5::integration
