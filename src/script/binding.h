@@ -41,7 +41,7 @@ template <class Param, class Value>
 void writeBack([[maybe_unused]] QVariantList& args, [[maybe_unused]] std::size_t index,
                [[maybe_unused]] const Value& value)
 {
-    if constexpr (scriptParam<Param>().Var) {
+    if constexpr (isReference<Param>) {
         args[qsizetype(index)] = TValueOf<Param>::to(value);
     }
 }

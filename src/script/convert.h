@@ -111,12 +111,17 @@ struct TScriptValue<T>
     static QVariant to(T value) { return QVariant::fromValue<QObject*>(value); }
 };
 
-/// Declaration of a parameter: what is taken by a reference that is not constant is written back.
+/// Whether a parameter may be changed by what is called.
+template <class T>
+inline constexpr bool isReference =
+    std::is_lvalue_reference_v<T> && !std::is_const_v<std::remove_reference_t<T>>;
+
+/// Declaration of a parameter.
 template <class T>
 constexpr TScriptParam scriptParam()
 {
-    return {TScriptValue<std::remove_cvref_t<T>>::Type,
-            std::is_lvalue_reference_v<T> && !std::is_const_v<std::remove_reference_t<T>>};
+    constexpr TScriptType kType = TScriptValue<std::remove_cvref_t<T>>::Type;
+    return {kType, isReference<T> && kType != TScriptType::StringList};
 }
 
 } // namespace tnv5::script

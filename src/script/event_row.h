@@ -19,7 +19,7 @@ TEventType eventRow(std::tuple<Params...>* signature)
                     qsizetype next = 0;
                     const auto writeBack = [&args, &next]<class Param>(auto& param) {
                         const QVariant& value = args[next++];
-                        if constexpr (scriptParam<Param>().Var) {
+                        if constexpr (isReference<Param>) {
                             param = TScriptValue<std::remove_cvref_t<Param>>::from(value);
                         }
                     };

@@ -13,8 +13,6 @@ QString ScriptTypeName(TScriptType type)
         return QStringLiteral("integer");
     case TScriptType::Double:
         return QStringLiteral("double");
-    case TScriptType::DateTime:
-        return QStringLiteral("date-time");
     case TScriptType::String:
         return QStringLiteral("string");
     case TScriptType::WideString:

@@ -10,8 +10,8 @@
 
 namespace tnv5::script {
 
-/// What a value is to a script. Integers have 32 bits; wide and plain strings are the same here, the bindings
-/// keep the words of their lists.
+/// What a value is to a script. Integers have 32 bits; date-times are doubles, days since 1899-12-30; wide
+/// and plain strings are the same here, the bindings keep the words of their lists.
 enum class TScriptType {
     None,
     Boolean,
@@ -25,7 +25,8 @@ enum class TScriptType {
     Variant
 };
 
-/// A parameter; one by reference (`Var`) is written back to the script after the call.
+/// A parameter; one by reference (`Var`) is written back to the script after the call. A string list is an
+/// object, which is filled in place.
 struct TScriptParam
 {
     TScriptType Type = TScriptType::None;

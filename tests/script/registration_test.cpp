@@ -118,7 +118,7 @@ const QStringList kScales{
     "classes TScalesDevice",
     "method TScalesDevice.IsConnected(): boolean",
     "method TScalesDevice.SetConnection(boolean): boolean",
-    "method TScalesDevice.GetScalesList(var string list): nothing",
+    "method TScalesDevice.GetScalesList(string list): nothing",
     "method TScalesDevice.GetWeight(boolean): integer",
     "method TScalesDevice.SetUpComport(): nothing",
 };
