@@ -12,18 +12,7 @@ namespace tnv5::script {
 
 /// What a value is to a script. Integers have 32 bits; date-times are doubles, days since 1899-12-30; wide
 /// and plain strings are the same here, the bindings keep the words of their lists.
-enum class TScriptType {
-    None,
-    Boolean,
-    Integer,
-    Double,
-    DateTime,
-    String,
-    WideString,
-    StringList,
-    Object,
-    Variant
-};
+enum class TScriptType { None, Boolean, Integer, Double, String, WideString, StringList, Object, Variant };
 
 /// A parameter; one by reference (`Var`) is written back to the script after the call. A string list is an
 /// object, which is filled in place.
