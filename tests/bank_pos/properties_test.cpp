@@ -73,8 +73,8 @@ TEST(PosProperties, TextsKeepWhatIsWrittenEachItsOwn)
 
 TEST(PosProperties, EventsAreCalledAndReadBack)
 {
-    TBankPOS pos;
     QStringList heard;
+    TBankPOS pos; // tells its end
     EXPECT_TRUE(pos.setProperty("OnLog", QVariant::fromValue(platform::TLogEvent(
                                              [&](TComponent*, const QString& text) { heard << text; }))));
     EXPECT_TRUE(pos.setProperty(
