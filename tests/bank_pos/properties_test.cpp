@@ -115,6 +115,17 @@ TEST(PosProperties, ErrorsAndStatusesAreKeptBeforeTheyAreTold)
     EXPECT_EQ(pos.LastErrorMsg(), "seven");
 }
 
+TEST(PosProperties, TheStatusKeepsTheLibrarysCode)
+{
+    TPosFixture fixture(1);
+    fixture.answer("LastResult", {2, 0});
+    fixture.answer("LastStatMsgCode", {44});
+    fixture.answer("LastStatMsgDescription", {u"enter PIN"});
+    EXPECT_TRUE(fixture.pos->ZReport(1));
+    EXPECT_EQ(fixture.pos->property("LastStatus").toInt(), 44);
+    EXPECT_EQ(fixture.pos->LastStatusMsg(), "enter PIN");
+}
+
 TEST(PosProperties, WithoutHandlersNothingIsMissed)
 {
     TBankPOS pos;
