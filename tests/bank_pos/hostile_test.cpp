@@ -157,6 +157,29 @@ TEST(PosHostile, TheTypeChosenBeforeTheWaitWaits)
     fixture.trace.expect({kLogXReport, "call PosXBalanceMer(\"1\")", kWaitLoop});
 }
 
+TEST(PosHostile, TheLibraryLivesUntilItsCallReturns)
+{
+    TPosFixture fixture(0, false);
+    std::weak_ptr<TMemoryLibrary> library;
+    bool lived = false;
+    const TRegisteredClass ours(u"ECRCommX.ECRLibSgn", [&] {
+        const auto made = std::make_shared<TMemoryLibrary>();
+        made->OnCall = [&](const std::u16string& name, TArguments&) {
+            if (name == u"CommClose") {
+                fixture.pos.reset();
+                lived = !library.expired();
+            }
+            return TValue();
+        };
+        library = made;
+        return made;
+    });
+    EXPECT_TRUE(fixture.pos->Init());
+    EXPECT_FALSE(fixture.pos->Disconnect());
+    EXPECT_TRUE(lived);
+    EXPECT_TRUE(library.expired());
+}
+
 TEST(PosHostile, TextsOfTheCallerMayChangeMeanwhile)
 {
     TPosFixture fixture(1);

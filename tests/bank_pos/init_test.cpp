@@ -84,11 +84,11 @@ TEST(PosInit, OfTheControlFailsWhenItsEventsCannotBeHad)
 
 TEST(PosInit, DoesNothingInTheFormDesigner)
 {
+    TPosFixture fixture(0, false);
     const auto pos = [] {
         const platform::TDesignScope designing;
         return std::make_unique<TBankPOS>();
     }();
-    TPosFixture fixture(0, false);
     fixture.trace.attach(*pos);
     EXPECT_FALSE(pos->Init());
     EXPECT_FALSE(pos->IsInit());

@@ -73,8 +73,8 @@ TEST(PosProperties, TextsKeepWhatIsWrittenEachItsOwn)
 
 TEST(PosProperties, EventsAreCalledAndReadBack)
 {
-    TBankPOS pos;
     QStringList heard;
+    TBankPOS pos; // tells its end
     EXPECT_TRUE(pos.setProperty("OnLog", QVariant::fromValue(platform::TLogEvent(
                                              [&](TComponent*, const QString& text) { heard << text; }))));
     EXPECT_TRUE(pos.setProperty(
@@ -113,6 +113,17 @@ TEST(PosProperties, ErrorsAndStatusesAreKeptBeforeTheyAreTold)
     fixture.trace.expect({});
     EXPECT_EQ(pos.GetLastError(), 12);
     EXPECT_EQ(pos.LastErrorMsg(), "seven");
+}
+
+TEST(PosProperties, TheStatusKeepsTheLibrarysCode)
+{
+    TPosFixture fixture(1);
+    fixture.answer("LastResult", {2, 0});
+    fixture.answer("LastStatMsgCode", {44});
+    fixture.answer("LastStatMsgDescription", {u"enter PIN"});
+    EXPECT_TRUE(fixture.pos->ZReport(1));
+    EXPECT_EQ(fixture.pos->property("LastStatus").toInt(), 44);
+    EXPECT_EQ(fixture.pos->LastStatusMsg(), "enter PIN");
 }
 
 TEST(PosProperties, WithoutHandlersNothingIsMissed)

@@ -171,7 +171,7 @@ TEST_F(BusTest, ACallEndsAfterItsLimit)
     elapsed.start();
     EXPECT_EQ(refusal([&] { object->call(u"Slowly", arguments, milliseconds(1'000)); }),
               u"Test.Object: no answer within 1 s");
-    EXPECT_GE(elapsed.elapsed(), 5'900); // the library's own end of waiting would have come first
+    EXPECT_GE(elapsed.elapsed(), 5'000); // the limit and the grace, as coarsely as Qt waits
 }
 
 TEST_F(BusTest, AProcessThatEndsFailsTheCallAtOnce)
