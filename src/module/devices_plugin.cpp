@@ -1,0 +1,48 @@
+#include "tnv5/module/devices_plugin.h"
+
+#include "tnv5/platform/code_page.h"
+#include "tnv5/registration/load.h"
+
+namespace tnv5::module {
+
+TDevicesPlugin::~TDevicesPlugin()
+{
+    while (FLoads > 0) { // by a host that forgot
+        TDevicesPlugin::Unload();
+    }
+}
+
+void TDevicesPlugin::Load(const TModuleHost& host)
+{
+    if (host.engine == nullptr) {
+        throw platform::Exception("The module needs a script engine");
+    }
+    if (FLoads == 0) {
+        platform::setCodePage(host.codePage.isEmpty() ? QByteArray("windows-1251") : host.codePage);
+        platform::setExceptionHandler(host.exceptions);
+    }
+    registration::load(*host.engine);
+    ++FLoads;
+}
+
+void TDevicesPlugin::Unload()
+{
+    if (FLoads > 0) {
+        --FLoads;
+        registration::unload();
+    }
+}
+
+void TDevicesPlugin::Register(const registration::TPaletteHost& host)
+{
+    const auto former = registration::setPaletteHost(host);
+    try {
+        registration::Register();
+    } catch (...) {
+        registration::setPaletteHost(former);
+        throw;
+    }
+    registration::setPaletteHost(former);
+}
+
+} // namespace tnv5::module
