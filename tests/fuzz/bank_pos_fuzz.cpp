@@ -20,14 +20,14 @@ namespace {
 
 constexpr const char16_t* kProgIds[] = {u"ECRCommX.ECRLibSgn", u"ECRCommX.BPOS1Lib", u"TAxECRClass98",
                                         u"BluePad50v2.Borica", u"CardPay.PosApi"};
-constexpr const char16_t* kResponses[] = {u"RESP_MESSAGE", u"RESP_IDENTIFIER", u"RESP_CONFIRM", u"RESP_DECLINE",
-                                          u"RESP_TIMEOUT", u"RESP_BREAK"};
+constexpr const char16_t* kResponses[] = {u"RESP_MESSAGE", u"RESP_IDENTIFIER", u"RESP_CONFIRM",
+                                          u"RESP_DECLINE", u"RESP_TIMEOUT",    u"RESP_BREAK"};
 constexpr const char16_t* kOthers[] = {
-    u"POS_SOFT_VER",      u"POS_AMOUNT",           u"POS_CURRENCY",         u"POS_MERCHANT_ID",
-    u"POS_TRANS_STATUS",  u"POS_DEBIT_AMOUNT",     u"POS_DEBIT_NUMBER",     u"POS_CREDIT_AMOUNT",
-    u"POS_CREDIT_NUMBER", u"POS_CANCELLED_NUMBER", u"POS_CANCELLED_AMOUNT", u"POS_REPORT",
-    u"POS_SERIAL_NUMBER", u"POS_LICENSE",          u"POS_HOST_RECORD",      u"ACTION_PAYMENT",
-    u"ACTION_XREPORT_SUMMARY", u"ACTION_CLOSE_DAY", u"ACTION_POS_INFO",     u"ACTION_HOST_ECHO_TEST",
+    u"POS_SOFT_VER",           u"POS_AMOUNT",           u"POS_CURRENCY",         u"POS_MERCHANT_ID",
+    u"POS_TRANS_STATUS",       u"POS_DEBIT_AMOUNT",     u"POS_DEBIT_NUMBER",     u"POS_CREDIT_AMOUNT",
+    u"POS_CREDIT_NUMBER",      u"POS_CANCELLED_NUMBER", u"POS_CANCELLED_AMOUNT", u"POS_REPORT",
+    u"POS_SERIAL_NUMBER",      u"POS_LICENSE",          u"POS_HOST_RECORD",      u"ACTION_PAYMENT",
+    u"ACTION_XREPORT_SUMMARY", u"ACTION_CLOSE_DAY",     u"ACTION_POS_INFO",      u"ACTION_HOST_ECHO_TEST",
     u"ACTION_HOST_INFO"};
 
 class THost final : public fuzz::THostBase
