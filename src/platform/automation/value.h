@@ -79,8 +79,9 @@ struct TArgument
 {
     /// Implicit from anything that a value is made of, so that a list of arguments reads as one.
     template <class Value>
-    requires std::convertible_to<Value, TValue> TArgument(Value&& AValue)
-        : value(std::forward<Value>(AValue)) // NOLINT
+    requires std::convertible_to<const Value&, TValue>
+    TArgument(const Value& AValue) // NOLINT(google-explicit-constructor)
+        : value(AValue)
     {
     }
     TArgument(TValue AValue, bool AByReference) : value(std::move(AValue)), byReference(AByReference) {}
