@@ -2,6 +2,7 @@
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/demo_bar.h"
 #include "apps/tnv5/demo_counter.h"
+#include "apps/tnv5/demo_kiosk.h"
 #include "apps/tnv5/demo_lamps.h"
 #include "apps/tnv5/demo_report.h"
 #include "apps/tnv5/paced_time.h"
@@ -78,6 +79,7 @@ private:
     TDemoStreet FStreet;
     TDemoCounter FFruit;
     TDemoBar FBar;
+    TDemoKiosk FKiosk;
     TDemoLamps FLamps;
     TStopSignal FStop;
     platform::TTimer FTimer;
@@ -231,6 +233,7 @@ int TDemo::run()
     if (!FConnector.GetConnected()) {
         throw platform::Exception(QStringLiteral("The simulated bus cannot be opened"));
     }
+    FKiosk.sell();
     FFruit.open();
     FBar.open();
     FLamps.open();
@@ -348,11 +351,11 @@ int TDemo::conclude()
 {
     const QList<TVisit>& visits = FStreet.visits();
     for (const QString& line : closingTable(visits) + FFruit.closingRows() + FBar.closingRows() +
-                                   FLamps.closingRows() + QStringList(QString())) {
+                                   FKiosk.closingRows() + FLamps.closingRows() + QStringList(QString())) {
         print(line);
     }
     QStringList wrong = compare(visits, FClub.passesAfter(FFirstPass, std::numeric_limits<int>::max()));
-    wrong << FFruit.compare() << FBar.compare() << FLamps.compare();
+    wrong << FFruit.compare() << FBar.compare() << FKiosk.compare() << FLamps.compare();
     if (FOverdue) {
         wrong << QStringLiteral("not everybody has come through in time");
     }

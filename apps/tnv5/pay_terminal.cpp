@@ -2,14 +2,12 @@
 
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
-#include "sim/pos_bus.h"
+#include "apps/tnv5/terminal_simulation.h"
 #include "tnv5/bank/bank_pos.h"
 #include "tnv5/bank/bank_pos_texts.h"
 #include "tnv5/host/club.h"
-#include "tnv5/platform/automation/dbus_provider.h"
 #include "tnv5/platform/errors.h"
 
-#include <QCoreApplication>
 #include <memory>
 
 namespace tnv5::cli {
@@ -17,37 +15,6 @@ namespace tnv5::cli {
 namespace {
 
 constexpr int kLastType = 4;
-constexpr int kStartMs = 60'000;
-
-/// A simulated terminal: a bus of its own, and this very program on it as the terminal's process.
-class TSimulation
-{
-public:
-    TSimulation(const TTerminalName& terminal, int stepMs)
-    {
-        sim::endWithUs(FTerminal);
-        FTerminal.start(QCoreApplication::applicationFilePath(),
-                        {QStringLiteral("terminal"), QStringLiteral("--bus"), FBus.address(),
-                         QStringLiteral("--type"), QString::number(terminal.type), QStringLiteral("--end"),
-                         terminal.end, QStringLiteral("--step"), QString::number(stepMs)});
-        if (!FTerminal.waitForReadyRead(kStartMs)) {
-            throw platform::Exception(QStringLiteral("the simulated terminal does not start: ") +
-                                      QString::fromUtf8(FTerminal.readAllStandardError()).trimmed());
-        }
-        platform::automation::setAutomationBus(FBus.address().toStdString());
-    }
-    ~TSimulation()
-    {
-        platform::automation::setAutomationBus({});
-        FTerminal.kill();
-        FTerminal.waitForFinished();
-    }
-    Q_DISABLE_COPY_MOVE(TSimulation)
-
-private:
-    sim::TPrivateBus FBus;
-    QProcess FTerminal;
-};
 
 void setAddress(bank::TBankPOS& pos, const TTerminalPayment& payment)
 {
@@ -140,7 +107,7 @@ std::optional<TTerminalName> terminalNameOf(const QString& text)
 int payAtTerminal(const TTerminalPayment& payment)
 {
     const auto simulation = payment.terminal.simulated
-                                ? std::make_unique<TSimulation>(payment.terminal, payment.stepMs)
+                                ? std::make_unique<TTerminalSimulation>(payment.terminal, payment.stepMs)
                                 : nullptr;
     return pay(payment);
 }

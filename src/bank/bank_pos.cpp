@@ -69,17 +69,23 @@ bool TBankPOS::createInstance()
     }
     TObjectPtr created;
     QString message;
-    Attempt(
-        [&] {
-            const TObjectPtr object = platform::automation::CreateOleObject(wide(backEnd->progId()));
-            if (backEnd->isControl()) {
-                object->setEventHandler([this](std::u16string_view event, const TArguments& arguments) {
+    const auto failed = [&](const QString& text) {
+        message = text;
+        created = nullptr;
+    };
+    Attempt([&] { created = platform::automation::CreateOleObject(wide(backEnd->progId())); }, failed);
+    if (EcrInst) {
+        return true; // made by an operation inside the making
+    }
+    if (created && backEnd->isControl()) {
+        Attempt(
+            [&] {
+                created->setEventHandler([this](std::u16string_view event, const TArguments& arguments) {
                     platform::guarded([&] { hear(event, arguments); });
                 });
-            }
-            created = object;
-        },
-        [&](const QString& text) { message = text; });
+            },
+            failed);
+    }
     if (!created) {
         TPosDesk(*this).error(-1, texts::kCreationFailed + message);
         return false;

@@ -39,7 +39,7 @@ public:
         QString merchantNumber;
         if (merchant > 0) {
             merchantNumber = merchantId(desk, merchant);
-            receiveOnce(desk, kShortReceiveMs);
+            receive(desk, kShortReceiveMs); // what it gives does not count
         }
         set(desk, u"POS_AMOUNT", amount);
         set(desk, u"POS_CURRENCY", kCurrency);
@@ -95,7 +95,7 @@ public:
         if (!sent(desk, u"ACTION_HOST_INFO")) {
             return texts::kNone;
         }
-        receiveOnce(desk, kShortReceiveMs);
+        receive(desk, kShortReceiveMs); // what it gives does not count
         const QString number = get(desk, u"POS_MERCHANT_ID");
         return number.isEmpty() ? texts::kNone : number;
     }
@@ -127,10 +127,10 @@ private:
         desk.call(u"pos_set", {desk.constant(parameter), value});
     }
 
-    static int receiveOnce(TPosDesk& desk, int ms)
+    static auto receive(TPosDesk& desk, int ms)
     {
         TPosDesk::TArguments arguments{ms};
-        return TPosDesk::toNumber(desk.call(u"pos_receive", arguments, std::chrono::milliseconds(ms)));
+        return desk.call(u"pos_receive", arguments, std::chrono::milliseconds(ms));
     }
 
     /// Sends an action; reports when that cannot be done.
@@ -152,7 +152,7 @@ private:
     static int received(TPosDesk& desk)
     {
         for (;;) {
-            const int response = receiveOnce(desk, kReceiveMs);
+            const int response = TPosDesk::toNumber(receive(desk, kReceiveMs));
             desk.log(texts::kResponse + QString::number(response));
             if (desk.equals(response, u"RESP_MESSAGE")) {
                 desk.status(response, get(desk, u"RESP_MESSAGE"));

@@ -5,6 +5,12 @@
 
 namespace tnv5::module {
 
+namespace {
+
+const QByteArray kUsualCodePage = QByteArrayLiteral("windows-1251");
+
+} // namespace
+
 TDevicesPlugin::~TDevicesPlugin()
 {
     while (FLoads > 0) { // by a host that forgot
@@ -18,10 +24,15 @@ void TDevicesPlugin::Load(const TModuleHost& host)
         throw platform::Exception("The module needs a script engine");
     }
     if (FLoads == 0) {
-        platform::setCodePage(host.codePage.isEmpty() ? QByteArray("windows-1251") : host.codePage);
+        platform::setCodePage(host.codePage.isEmpty() ? kUsualCodePage : host.codePage);
         platform::setExceptionHandler(host.exceptions);
     }
-    registration::load(*host.engine);
+    try {
+        registration::load(*host.engine);
+    } catch (...) {
+        forget();
+        throw;
+    }
     ++FLoads;
 }
 
@@ -30,6 +41,15 @@ void TDevicesPlugin::Unload()
     if (FLoads > 0) {
         --FLoads;
         registration::unload();
+        forget();
+    }
+}
+
+void TDevicesPlugin::forget()
+{
+    if (FLoads == 0) {
+        platform::setExceptionHandler({});
+        platform::setCodePage(kUsualCodePage);
     }
 }
 

@@ -21,6 +21,9 @@ public:
     void Register(const registration::TPaletteHost& host) override;
 
 private:
+    /// What the host gave goes with its last load.
+    void forget();
+
     int FLoads = 0;
 };
 

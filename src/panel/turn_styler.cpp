@@ -9,6 +9,7 @@
 #include <QBoxLayout>
 #include <QCoreApplication>
 #include <QEvent>
+#include <QHash>
 
 namespace tnv5::panel {
 
@@ -35,16 +36,17 @@ QWidget* contentOf(QScrollArea& box)
         layout->setContentsMargins(0, 0, 0, 0);
         layout->setSpacing(0);
         layout->setAlignment(Qt::AlignTop);
+        layout->setSizeConstraint(
+            QLayout::SetMinimumSize); // the box scrolls also where it does not resize the widget
     }
     return content;
 }
 
 } // namespace
 
-TTurnStyler::TTurnStyler(QObject* AOwner)
-    : TComponent(AOwner), FTurnStylerList(new TTurnStylerList(this, this))
-{
-}
+TTurnStylerList::TTurnStylerList(TTurnStyler* AOwner) : FTurnStyler(AOwner), FOwner(AOwner), FDesk(AOwner) {}
+
+TTurnStyler::TTurnStyler(QObject* AOwner) : TComponent(AOwner), FTurnStylerList(new TTurnStylerList(this)) {}
 
 TTurnStyler::~TTurnStyler() = default;
 
@@ -89,6 +91,7 @@ void TTurnStyler::SetUpItems()
     QWidget* const content = contentOf(*FScrollBox);
     const TGateLook look{FButtonSize, FImages, FImagesBtn, FDefaultImage};
     std::vector<const TGatePanel*> built;
+    content->layout()->setEnabled(false); // each gate that is shown would lay out all of them
     for (TTurnStylerItem* const item : FTurnStylerList->items()) {
         if (item->MainPanel() == nullptr) {
             auto panel = std::make_unique<TGatePanel>(*item, content, look);
@@ -99,6 +102,7 @@ void TTurnStyler::SetUpItems()
         }
     }
     arrange();
+    content->layout()->setEnabled(true);
     content->layout()->activate();
     QEvent grown(QEvent::LayoutRequest);
     QCoreApplication::sendEvent(FScrollBox, &grown);
@@ -115,16 +119,20 @@ void TTurnStyler::arrange() const
     if (layout == nullptr) {
         return;
     }
-    int place = -1;
+    QHash<const QWidget*, int> places;
+    for (int place = 0; place < layout->count(); ++place) {
+        places.insert(layout->itemAt(place)->widget(), place);
+    }
+    int last = -1;
     bool ordered = true;
     std::vector<QFrame*> panels;
     for (const TTurnStylerItem* const item : FTurnStylerList->items()) {
         QFrame* const panel = item->MainPanel();
         if (panel != nullptr && panel->parentWidget() == content) {
             panels.push_back(panel);
-            const int next = layout->indexOf(panel);
-            ordered = ordered && next > place;
-            place = next;
+            const int place = places.value(panel, -1);
+            ordered = ordered && place > last;
+            last = place;
         }
     }
     if (ordered) {

@@ -111,6 +111,7 @@ public:
     void CTurnStylerBtnClick(TTurnStylerItem* Sender, int AIndex, const QString& AIP, const QString& AGate);
 
 private:
+    friend class TTurnStylerList;
     void directionClicked(TTurnStylerItem& item, const QString& AGate) override;
     void pictureClicked(TTurnStylerItem& item) override;
     void abandoned(std::unique_ptr<IGateView> view) override;

@@ -5,27 +5,31 @@
 
 namespace tnv5::panel {
 
-TTurnStylerList::TTurnStylerList(TTurnStyler* AOwner, IGateDesk* ADesk) : FTurnStyler(AOwner), FDesk(ADesk) {}
-
 TTurnStylerList::~TTurnStylerList()
 {
-    const auto items = std::exchange(FItems, {});
-    for (TTurnStylerItem* const item : items) {
-        item->FList = nullptr;
+    for (const auto& item : letGo()) {
         delete item;
     }
 }
 
 void TTurnStylerList::Clear()
 {
-    const auto items = std::exchange(FItems, {});
-    for (TTurnStylerItem* const item : items) {
-        item->FList = nullptr;
-        if (item->FView && FDesk != nullptr) {
-            FDesk->abandoned(std::move(item->FView));
+    for (const auto& item : letGo()) {
+        if (item && item->FView && desk() != nullptr) {
+            desk()->abandoned(std::move(item->FView));
         }
         delete item;
     }
+}
+
+/// Empties the list. Whoever hears that a gate is freed may free others.
+std::vector<QPointer<TTurnStylerItem>> TTurnStylerList::letGo()
+{
+    const auto items = std::exchange(FItems, {});
+    for (TTurnStylerItem* const item : items) {
+        item->FList = nullptr;
+    }
+    return {items.begin(), items.end()};
 }
 
 TTurnStylerItem* TTurnStylerList::GetTurnStylerItem(int AIndex) const
@@ -50,8 +54,8 @@ void TTurnStylerList::SetTurnStylerItem(int AIndex, TTurnStylerItem* AItem)
     AItem->FList = this;
     former->FList = nullptr;
     delete former;
-    if (FDesk != nullptr) {
-        FDesk->reordered();
+    if (desk() != nullptr) {
+        desk()->reordered();
     }
 }
 

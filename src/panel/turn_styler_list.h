@@ -2,6 +2,8 @@
 
 #include "tnv5/panel/turn_styler_item.h"
 
+#include <QPointer>
+#include <cstddef>
 #include <vector>
 
 namespace tnv5::panel {
@@ -15,12 +17,16 @@ class TTurnStylerList : public QObject
     Q_PROPERTY(int Count READ Count)
 
 public:
-    /// A list of nobody's, or of a panel, which makes its own.
-    explicit TTurnStylerList(TTurnStyler* AOwner = nullptr, IGateDesk* ADesk = nullptr);
+    /// A list of nobody's, or one that somebody else than a panel shows.
+    explicit TTurnStylerList(IGateDesk* ADesk = nullptr) : FDesk(ADesk) {}
+    /// A list of a panel, beside the one that the panel has: clicks of its gates reach the panel while it
+    /// lives.
+    explicit TTurnStylerList(TTurnStyler* AOwner);
+    explicit TTurnStylerList(std::nullptr_t) : TTurnStylerList(static_cast<IGateDesk*>(nullptr)) {}
     ~TTurnStylerList() override;
 
-    /// The panel that the list belongs to; none for one that the host made.
-    TTurnStyler* GetOwner() const { return FTurnStyler; }
+    /// The panel that the list belongs to; none for one of nobody's, or when the panel is gone.
+    TTurnStyler* GetOwner() const { return FOwner ? FTurnStyler : nullptr; }
 
     /// A new gate at the end.
     TTurnStylerItem* Add() { return new TTurnStylerItem(this); }
@@ -39,14 +45,16 @@ public:
 
     const std::vector<TTurnStylerItem*>& items() const { return FItems; }
     int indexOf(const TTurnStylerItem* item) const;
-    IGateDesk* desk() const { return FDesk; }
+    IGateDesk* desk() const { return FTurnStyler == nullptr || FOwner ? FDesk : nullptr; }
 
 private:
     friend class TTurnStylerItem;
+    std::vector<QPointer<TTurnStylerItem>> letGo();
     void take(TTurnStylerItem* item);
     void release(TTurnStylerItem* item);
 
-    TTurnStyler* FTurnStyler;
+    TTurnStyler* FTurnStyler = nullptr;
+    QPointer<QObject> FOwner; // the same, while it lives
     IGateDesk* FDesk;
     std::vector<TTurnStylerItem*> FItems;
 };

@@ -38,9 +38,10 @@ script::TScriptClasses paletteClasses()
 
 void Register()
 {
-    if (TPalette* const palette = paletteHost.palette) {
-        const QString page = paletteHost.pageName ? paletteHost.pageName() : QStringLiteral("Devices");
-        palette->RegisterComponents(page, paletteClasses());
+    const TPaletteHost host = paletteHost; // what it calls may set another one
+    if (host.palette != nullptr) {
+        const QString page = host.pageName ? host.pageName() : QString();
+        host.palette->RegisterComponents(page.isEmpty() ? QStringLiteral("Devices") : page, paletteClasses());
     }
 }
 

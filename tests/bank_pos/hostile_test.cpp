@@ -139,6 +139,40 @@ TEST(PosHostile, SurvivesEverythingAtEveryEvent)
     }
 }
 
+TEST(PosHostile, AMakerThatDestroysTheComponentIsNotListenedTo)
+{
+    const auto library = std::make_shared<testkit::TMemoryLibrary>();
+    auto pos = std::make_unique<bank::TBankPOS>();
+    const platform::automation::TRegisteredClass ours(bank::kControlClass.toStdU16String(), [&] {
+        pos.reset();
+        return library;
+    });
+    pos->SetPosType(2);
+    EXPECT_FALSE(pos->Init());
+    EXPECT_FALSE(library->listenedTo());
+}
+
+TEST(PosHostile, AMakerThatInitsMakesOneObject)
+{
+    std::vector<std::shared_ptr<testkit::TMemoryLibrary>> made;
+    auto pos = std::make_unique<bank::TBankPOS>();
+    bool again = true;
+    const platform::automation::TRegisteredClass ours(bank::kControlClass.toStdU16String(), [&] {
+        if (std::exchange(again, false)) {
+            EXPECT_TRUE(pos->Init());
+        }
+        return made.emplace_back(std::make_shared<testkit::TMemoryLibrary>());
+    });
+    pos->SetPosType(2);
+    EXPECT_TRUE(pos->Init());
+    ASSERT_EQ(made.size(), 2U);
+    EXPECT_EQ(pos->Instance(), made[0]);
+    EXPECT_TRUE(made[0]->listenedTo());
+    EXPECT_FALSE(made[1]->listenedTo());
+    pos.reset();
+    EXPECT_FALSE(made[0]->listenedTo());
+}
+
 TEST(PosHostile, TheTypeChosenAtTheBeginningCounts)
 {
     TPosFixture fixture(0);

@@ -57,7 +57,7 @@ protected:
     QString captions() const { return captions(list); }
 
     TDesk desk;
-    TTurnStylerList list{nullptr, &desk};
+    TTurnStylerList list{&desk};
 };
 
 TEST(GateItem, PublishesWhatItIs)

@@ -329,6 +329,22 @@ TEST_F(PanelBuild, AWidgetOfTheHostsInTheBoxIsUsed)
     EXPECT_EQ(layout->count(), 4);
 }
 
+TEST_F(PanelBuild, AWidgetOfTheHostsThatTheBoxDoesNotResizeGrows)
+{
+    box->setWidget(new QWidget);
+    box->widget()->resize(300, 100);
+    for (int i = 0; i < 5; ++i) {
+        add(QString::number(i), "01A", "");
+    }
+    gates->SetUpItems();
+    box->show();
+    settle();
+    EXPECT_EQ(box->widget()->height(), 5 * 53);
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(item(i)->MainPanel()->y(), i * 53);
+    }
+}
+
 TEST_F(PanelBuild, TheBoxScrolls)
 {
     for (int i = 0; i < 20; ++i) {

@@ -192,6 +192,40 @@ TEST_F(Calls, AClickByHand)
     EXPECT_EQ(engine.call("TTurnStyler.FindItemByGate", &gates, {"01A"}), QVariant(0));
 }
 
+TEST_F(Calls, GatesOfAListMadeByHandReachTheirPanel)
+{
+    auto gates = std::make_unique<panel::TTurnStyler>();
+    const QVariant owner = QVariant::fromValue<QObject*>(gates.get());
+    const QVariant list = engine.call("Create", nullptr, {owner});
+    const QVariant first = engine.call("Add", nullptr, {list});
+    auto* const item =
+        qobject_cast<panel::TTurnStylerItem*>(engine.call("Add", nullptr, {list}).value<QObject*>());
+    item->SetGateB("02B");
+    QStringList clicks;
+    gates->SetOnTurnStylerBtnClick(
+        [&](auto* sender, const QVariant& index, const QVariant&, const QVariant& gate) {
+            clicks += index.toString() + "/" + gate.toString() + (sender == item ? "" : "?");
+        });
+    engine.call("TTurnStylerItem.GateBBtnclick", item, {QVariant()});
+    EXPECT_EQ(clicks, QStringList{"1/02B"});
+    EXPECT_EQ(gates->ASelectedIndex(), 1);
+    engine.call("TTurnStylerItem.imgBtnclick", first.value<QObject*>(), {QVariant()});
+    EXPECT_EQ(gates->ASelectedIndex(), 0);
+    gates.reset(); // with its lists
+}
+
+TEST_F(Calls, AListWhosePanelIsGoneIsNobodys)
+{
+    auto gates = std::make_unique<panel::TTurnStyler>();
+    panel::TTurnStylerList list(gates.get());
+    auto* const item = list.Add();
+    EXPECT_EQ(list.GetOwner(), gates.get());
+    gates.reset();
+    EXPECT_EQ(list.GetOwner(), nullptr);
+    item->GateABtnclick(nullptr);
+    list.Clear();
+}
+
 /// A library that refuses everything and writes it down.
 class TLibrary : public platform::automation::TAutomationObject
 {

@@ -54,7 +54,9 @@ TEST_F(Palette, WithoutANameThePageIsDevices)
 {
     setPaletteHost({&palette, {}});
     Register();
-    EXPECT_EQ(palette.calls, QStringList{"Devices: " + kSeven});
+    setPaletteHost({&palette, [] { return QString(); }});
+    Register();
+    EXPECT_EQ(palette.calls, QStringList({"Devices: " + kSeven, "Devices: " + kSeven}));
 }
 
 TEST_F(Palette, WithoutAPaletteNothingHappens)

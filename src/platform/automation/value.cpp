@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <concepts>
 #include <limits>
 #include <optional>
 #include <type_traits>
@@ -61,11 +62,19 @@ bool sameLetters(const std::u16string& text, std::u16string_view lower)
     return true;
 }
 
-template <class Number>
-std::u16string digitsOf(Number number)
+std::u16string digitsOf(std::integral auto number)
 {
-    char buffer[64]{};
+    char buffer[24]{};
     const auto [end, error] = std::to_chars(std::begin(buffer), std::end(buffer), number);
+    return std::u16string(std::begin(buffer), end);
+}
+
+/// Never with an exponent: sums of money are told so.
+std::u16string digitsOf(double number)
+{
+    char buffer[400]{}; // the longest are those near 0, with more than 320 places
+    const auto [end, error] =
+        std::to_chars(std::begin(buffer), std::end(buffer), number, std::chars_format::fixed);
     return std::u16string(std::begin(buffer), end);
 }
 
