@@ -73,7 +73,11 @@ TTile* createTile(const QString& className, QWidget* parent)
 QIcon tileIcon(const QMetaObject& component)
 {
     useIcons();
-    return QIcon(QStringLiteral(":/tnv5/tiles/%1.png").arg(bareName(component)));
+    QIcon icon;
+    for (const int pixels : {kIcon, 2 * kIcon}) { // for plain screens and for fine ones
+        icon.addFile(QStringLiteral(":/tnv5/tiles/%1-%2.png").arg(bareName(component), QString::number(pixels)));
+    }
+    return icon;
 }
 
 QString bareName(const QMetaObject& meta)
