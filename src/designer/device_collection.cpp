@@ -60,8 +60,9 @@ QString specificationsOf(const QMetaObject& tile)
     for (int i = tile.propertyOffset(); i < tile.propertyCount(); ++i) {
         const QMetaProperty property = tile.property(i);
         if (property.typeId() == QMetaType::QString) {
-            rows += QStringLiteral("<stringpropertyspecification name=\"%1\" type=\"singleline\" notr=\"true\"/>")
-                        .arg(QLatin1String(property.name()));
+            rows +=
+                QStringLiteral("<stringpropertyspecification name=\"%1\" type=\"singleline\" notr=\"true\"/>")
+                    .arg(QLatin1String(property.name()));
         }
     }
     return rows;
@@ -112,9 +113,10 @@ private:
         const auto& tiles = tileClasses();
         for (const script::TScriptClass& offered : classes) {
             // each has one: the tiles are written from the palette
-            const auto tile = std::find_if(tiles.begin(), tiles.end(), [&offered](const TTileClass& candidate) {
-                return candidate.component == offered.Meta;
-            });
+            const auto tile =
+                std::find_if(tiles.begin(), tiles.end(), [&offered](const TTileClass& candidate) {
+                    return candidate.component == offered.Meta;
+                });
             FWidgets.push_back(std::make_unique<TDeviceWidget>(page, *tile));
         }
     }

@@ -6,8 +6,8 @@
 #include <algorithm>
 #include <utility>
 
-/// The pictures are in a static library, whose resources nobody asks for by themselves. Not in a namespace; the macro
-/// forbids it.
+/// The pictures are in a static library, whose resources nobody asks for by themselves. Not in a namespace;
+/// the macro forbids it.
 static void useIcons()
 {
     Q_INIT_RESOURCE(tnv5_tiles);
@@ -58,7 +58,8 @@ void TTile::paintEvent(QPaintEvent* /*event*/)
     }
     const QRect text = rect().adjusted(icon.right() + 1 + kMargin, 0, -kMargin, 0);
     style()->drawItemText(&painter, text, Qt::AlignVCenter | Qt::AlignLeft, palette(), isEnabled(),
-                          fontMetrics().elidedText(FTitle, Qt::ElideRight, text.width()), QPalette::WindowText);
+                          fontMetrics().elidedText(FTitle, Qt::ElideRight, text.width()),
+                          QPalette::WindowText);
 }
 
 TTile* createTile(const QString& className, QWidget* parent)
@@ -75,7 +76,8 @@ QIcon tileIcon(const QMetaObject& component)
     useIcons();
     QIcon icon;
     for (const int pixels : {kIcon, 2 * kIcon}) { // for plain screens and for fine ones
-        icon.addFile(QStringLiteral(":/tnv5/tiles/%1-%2.png").arg(bareName(component), QString::number(pixels)));
+        icon.addFile(
+            QStringLiteral(":/tnv5/tiles/%1-%2.png").arg(bareName(component), QString::number(pixels)));
     }
     return icon;
 }

@@ -70,8 +70,8 @@ struct TTileClass
 /// The tiles of all components that the palette offers, in its order.
 const std::vector<TTileClass>& tileClasses();
 
-/// Makes a tile by the name of its class, as it stands in a form file; none for any other name. With it a host's
-/// own form loader needs no plugin:
+/// Makes a tile by the name of its class, as it stands in a form file; none for any other name. With it a
+/// host's own form loader needs no plugin:
 ///
 ///     QWidget* TLoader::createWidget(const QString& className, QWidget* parent, const QString& name)
 ///     {

@@ -2,9 +2,10 @@
 //
 //     tile_generator SRC OUT    SRC: where the components' headers are; OUT: folder of tiles.h and tiles.cpp
 //
-// A widget's properties are known to form designers and loaders through its meta object only, and moc makes a meta
-// object from nothing but a class that is written down. Written by hand, such classes would drift from the components;
-// so they are written here, from the meta objects of the components, and moc reads them as any other header.
+// A widget's properties are known to form designers and loaders through its meta object only, and moc makes a
+// meta object from nothing but a class that is written down. Written by hand, such classes would drift from
+// the components; so they are written here, from the meta objects of the components, and moc reads them as
+// any other header.
 
 #include "tnv5/platform/errors.h"
 #include "tnv5/registration/palette.h"
@@ -93,19 +94,21 @@ TTileText tileText(const script::TScriptClass& offered)
                                     "    void %3(const %1& value) { set(\"%2\", value); }\n")
                          .arg(type, name, setter);
     }
-    text.declaration = QStringLiteral("/// `%1` on a form.\n"
-                                      "class %2 : public TTile\n"
-                                      "{\n"
-                                      "    Q_OBJECT\n"
-                                      "%3\n"
-                                      "public:\n"
-                                      "    explicit %2(QWidget* parent = nullptr) : TTile(std::make_unique<%4>(), parent) {}\n"
-                                      "\n"
-                                      "    %4* component() const { return static_cast<%4*>(TTile::component()); }\n"
-                                      "\n"
-                                      "%5"
-                                      "};\n")
-                           .arg(offered.Name(), text.tile, properties, text.component, accessors);
+    text.declaration =
+        QStringLiteral(
+            "/// `%1` on a form.\n"
+            "class %2 : public TTile\n"
+            "{\n"
+            "    Q_OBJECT\n"
+            "%3\n"
+            "public:\n"
+            "    explicit %2(QWidget* parent = nullptr) : TTile(std::make_unique<%4>(), parent) {}\n"
+            "\n"
+            "    %4* component() const { return static_cast<%4*>(TTile::component()); }\n"
+            "\n"
+            "%5"
+            "};\n")
+            .arg(offered.Name(), text.tile, properties, text.component, accessors);
     return text;
 }
 
@@ -136,8 +139,8 @@ void generate(const QString& root, const QString& out)
     }
     const QString generated = QStringLiteral("// Written by tile_generator.\n\n");
     write(out + "/tiles.h", generated + "#pragma once\n\n" + includes +
-                                "#include \"tnv5/designer/tile.h\"\n\nnamespace tnv5::designer {\n" + declarations +
-                                "\n} // namespace tnv5::designer\n");
+                                "#include \"tnv5/designer/tile.h\"\n\nnamespace tnv5::designer {\n" +
+                                declarations + "\n} // namespace tnv5::designer\n");
     write(out + "/tiles.cpp", generated +
                                   "#include \"tnv5/designer/tiles.h\"\n\nnamespace tnv5::designer {\n\n"
                                   "namespace {\n\n"

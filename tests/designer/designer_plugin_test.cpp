@@ -18,8 +18,8 @@
 #include <QExtensionManager>
 #include <QFile>
 #include <QImage>
-#include <QRegularExpression>
 #include <QLineEdit>
+#include <QRegularExpression>
 #include <QTest>
 #include <QTreeWidget>
 #include <gtest/gtest.h>
@@ -300,7 +300,8 @@ TEST_F(Designer, OpensAndSavesTheFormThatTheBuildCompiles)
 QStringList openHardware()
 {
     QStringList open;
-    for (const QFileInfo& link : QDir(QStringLiteral("/proc/self/fd")).entryInfoList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)) {
+    for (const QFileInfo& link : QDir(QStringLiteral("/proc/self/fd"))
+                                     .entryInfoList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)) {
         const QString target = QFile::symLinkTarget(link.filePath());
         if (target.contains(QStringLiteral("socket:")) || target.startsWith(QStringLiteral("/dev/"))) {
             open.append(target);

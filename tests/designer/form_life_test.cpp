@@ -47,7 +47,8 @@ void expectLive(QWidget& form)
         EXPECT_EQ(QLatin1String(component->metaObject()->className()), expected.componentClass());
         EXPECT_FALSE(component->Designing()) << expected.component;
         for (const TExpectedProperty& property : expected.properties) {
-            EXPECT_EQ(valueOf(*component, property), property.value) << expected.component << " " << property.name;
+            EXPECT_EQ(valueOf(*component, property), property.value)
+                << expected.component << " " << property.name;
             EXPECT_EQ(valueOf(*tile, property), property.value) << expected.component << " " << property.name;
         }
     }
@@ -119,7 +120,8 @@ TEST(FormLoader, AFormBuilderSavesAndReadsWithThePlugin)
         auto* const tile = second->findChild<QWidget*>(QLatin1String(name));
         ASSERT_NE(tile, nullptr);
         EXPECT_EQ(tile->property(enumeration).toInt(), 0);
-        tile->setProperty(enumeration, first->findChild<QWidget*>(QLatin1String(name))->property(enumeration));
+        tile->setProperty(enumeration,
+                          first->findChild<QWidget*>(QLatin1String(name))->property(enumeration));
     }
     expectLive(*second);
 }
