@@ -22,6 +22,7 @@
 #include <QRegularExpression>
 #include <QTest>
 #include <QTreeWidget>
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace tnv5::designer {
@@ -136,6 +137,7 @@ TEST_F(Designer, ShowsTheSevenInTheirOrderOnThePageDevices)
 TEST_F(Designer, KnowsTheTilesAsCustomWidgetsOfThePlugin)
 {
     auto* const base = core()->widgetDataBase();
+    std::vector<QImage> pictures;
     for (const TExpectedTile& expected : expectedTiles()) {
         const int index = base->indexOfClassName(expected.tileClass());
         ASSERT_NE(index, -1) << expected.component;
@@ -146,7 +148,10 @@ TEST_F(Designer, KnowsTheTilesAsCustomWidgetsOfThePlugin)
         EXPECT_EQ(item->toolTip(), expected.title());
         EXPECT_EQ(item->includeFile(), QStringLiteral("<tnv5/designer/tiles.h>"));
         EXPECT_EQ(QFileInfo(item->pluginPath()).fileName(), QStringLiteral("libtnv5_designer.so"));
-        EXPECT_FALSE(item->icon().isNull());
+        const QImage picture = item->icon().pixmap(24, 24).toImage();
+        EXPECT_FALSE(picture.isNull()) << expected.component;
+        EXPECT_EQ(std::count(pictures.begin(), pictures.end(), picture), 0) << expected.component;
+        pictures.push_back(picture);
     }
     EXPECT_EQ(base->indexOfClassName(QStringLiteral("tnv5::designer::TBankPosTile")), -1);
 }
