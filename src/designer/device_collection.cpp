@@ -1,10 +1,8 @@
-// The plugin of Qt Designer and of QUiLoader: the components of the palette, as tiles.
+#include "tnv5/designer/device_collection.h"
 
 #include "tnv5/designer/tile.h"
-#include "tnv5/registration/palette.h"
 
 #include <QMetaProperty>
-#include <QtUiPlugin/QDesignerCustomWidgetCollectionInterface>
 #include <algorithm>
 #include <optional>
 #include <utility>
@@ -82,48 +80,32 @@ QString TDeviceWidget::domXml() const
 
 } // namespace
 
-class TDeviceCollection : public QObject,
-                          public QDesignerCustomWidgetCollectionInterface,
-                          private registration::TPalette
+TDeviceCollection::TDeviceCollection()
 {
-    Q_OBJECT
-    Q_PLUGIN_METADATA(IID "org.qt-project.Qt.QDesignerCustomWidgetCollectionInterface")
-    Q_INTERFACES(QDesignerCustomWidgetCollectionInterface)
+    const auto former = registration::setPaletteHost({this, {}});
+    registration::Register();
+    registration::setPaletteHost(former);
+}
 
-public:
-    TDeviceCollection()
-    {
-        const auto former = registration::setPaletteHost({this, {}});
-        registration::Register();
-        registration::setPaletteHost(former);
+QList<QDesignerCustomWidgetInterface*> TDeviceCollection::customWidgets() const
+{
+    QList<QDesignerCustomWidgetInterface*> widgets;
+    for (const auto& widget : FWidgets) {
+        widgets.append(widget.get());
     }
+    return widgets;
+}
 
-    QList<QDesignerCustomWidgetInterface*> customWidgets() const override
-    {
-        QList<QDesignerCustomWidgetInterface*> widgets;
-        for (const auto& widget : FWidgets) {
-            widgets.append(widget.get());
-        }
-        return widgets;
+void TDeviceCollection::RegisterComponents(const QString& page, const script::TScriptClasses& classes)
+{
+    const auto& tiles = tileClasses();
+    for (const script::TScriptClass& offered : classes) {
+        // each has one: the tiles are written from the palette
+        const auto tile = std::find_if(tiles.begin(), tiles.end(), [&offered](const TTileClass& candidate) {
+            return candidate.component == offered.Meta;
+        });
+        FWidgets.push_back(std::make_unique<TDeviceWidget>(page, *tile));
     }
-
-private:
-    void RegisterComponents(const QString& page, const script::TScriptClasses& classes) override
-    {
-        const auto& tiles = tileClasses();
-        for (const script::TScriptClass& offered : classes) {
-            // each has one: the tiles are written from the palette
-            const auto tile =
-                std::find_if(tiles.begin(), tiles.end(), [&offered](const TTileClass& candidate) {
-                    return candidate.component == offered.Meta;
-                });
-            FWidgets.push_back(std::make_unique<TDeviceWidget>(page, *tile));
-        }
-    }
-
-    std::vector<std::unique_ptr<TDeviceWidget>> FWidgets;
-};
+}
 
 } // namespace tnv5::designer
-
-#include "device_collection.moc"
