@@ -10,3 +10,4 @@ cmake -S tests/install -B build/install/host -G Ninja -Wno-dev -DCMAKE_PREFIX_PA
   -DCMAKE_CXX_COMPILER_LAUNCHER="$(command -v ccache || true)" | grep 'installed headers'
 cmake --build build/install/host
 build/install/host/consumer
+QT_QPA_PLATFORM=offscreen build/install/host/form
