@@ -29,7 +29,8 @@ inline const QString kControlClass = QStringLiteral("TAxECRClass98");
 /// not say that nothing was charged: docs/payment-outcome.md tells what to do then.
 ///
 /// Handlers may do anything, but should not begin another operation while one waits. What a handler raises
-/// ends the operation and goes to its caller, inside an event of the control to the host's exception handler. Amounts are in the units of the library.
+/// ends the operation and goes to its caller, inside an event of the control to the host's exception handler.
+/// Amounts are in the units of the library.
 class TBankPOS : public TComponent
 {
     Q_OBJECT

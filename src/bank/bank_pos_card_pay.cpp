@@ -127,7 +127,7 @@ private:
         desk.call(u"pos_set", {desk.constant(parameter), value});
     }
 
-    static auto receive(TPosDesk& desk, int ms)
+    static platform::automation::TValue receive(TPosDesk& desk, int ms)
     {
         TPosDesk::TArguments arguments{ms};
         return desk.call(u"pos_receive", arguments, std::chrono::milliseconds(ms));
