@@ -84,8 +84,7 @@ function makeClass(name, parent) {
         name: name,
         methods: Object.create(parent === null ? null : parent.methods),
         indexed: Object.create(parent === null ? null : parent.indexed),
-        prototype: Object.create(parent === null ? base : parent.prototype),
-        items: {}
+        prototype: Object.create(parent === null ? base : parent.prototype)
     };
 }
 
@@ -177,8 +176,11 @@ function wrapObject(id, cls, names) {
             if (method !== undefined) {
                 return method;
             }
-            if (cls.indexed[name]) {
-                return items[name] || (items[name] = wrapItems(id, cls, name));
+            if (name in cls.indexed) {
+                if (!(name in items)) {
+                    items[name] = wrapItems(id, cls, name);
+                }
+                return items[name];
             }
             return bridge.read(id, name);
         },

@@ -16,7 +16,7 @@ using ScriptPanel = TTestOn<TPanelScriptFixture>;
 
 TEST_F(ScriptPanel, GatesAreAddedAndFoundByIndex)
 {
-    EXPECT_EQ(run("const list = panel.TurnStylerList; const item = Add(list); item.Caption = 'Hall';"
+    EXPECT_EQ(run("var list = panel.TurnStylerList; var item = Add(list); item.Caption = 'Hall';"
                   "item.GateA = '01A'; item.EntryA = 1;"
                   "[list.Count, list.Items[0] === item, list.Items[0].Caption, list.Items === list.Items]")
                   .toList(),
@@ -41,7 +41,7 @@ TEST_F(ScriptPanel, AListOfNobodysIsTakenOver)
 
 TEST_F(ScriptPanel, ItemsHaveTheirMethods)
 {
-    EXPECT_EQ(run("const item = Add(panel.TurnStylerList);"
+    EXPECT_EQ(run("var item = Add(panel.TurnStylerList);"
                   "[typeof item.GateABtnclick, typeof item.GateBBtnclick, typeof item.imgBtnclick].join()")
                   .toString(),
               "function,function,function");
@@ -52,8 +52,8 @@ TEST_F(ScriptPanel, ClicksReachTheScript)
 {
     QScrollArea box;
     engine->RegisterObject("box", &box);
-    run("panel.ScrollBox = box; const item = Add(panel.TurnStylerList); item.GateA = '01A'; item.EntryA = 1;"
-        "panel.SetUpItems(); panel.OnTurnStylerBtnClick = (...args) => print(args.length, args[0] === panel);"
+    run("panel.ScrollBox = box; var item = Add(panel.TurnStylerList); item.GateA = '01A'; item.EntryA = 1;"
+        "panel.SetUpItems(); panel.OnTurnStylerBtnClick = (...args) => print(args.length, args[0] === item);"
         "item.GateABtnclick(null)");
     const QStringList lines = trace.take();
     ASSERT_EQ(lines.size(), 1);
