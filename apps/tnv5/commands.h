@@ -29,5 +29,6 @@ void addQrCommand(CLI::App& app, TCommand& chosen);
 void addPayCommand(CLI::App& app, TCommand& chosen);
 void addMonitorCommand(CLI::App& app, TCommand& chosen);
 void addCertCommand(CLI::App& app, TCommand& chosen);
+void addScriptReferenceCommand(CLI::App& app, TCommand& chosen);
 
 } // namespace tnv5::cli

@@ -338,6 +338,14 @@ QJSValue TCore::toScript(const QVariant& given)
     case QMetaType::QStringList:
     case QMetaType::QVariantList:
         return listToScript(value.toList());
+    case QMetaType::QVariantMap: {
+        QJSValue object = Engine.newObject();
+        const QVariantMap fields = value.toMap();
+        for (auto field = fields.begin(); field != fields.end(); ++field) {
+            object.setProperty(field.key(), toScript(field.value()));
+        }
+        return object;
+    }
     default:
         break;
     }

@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <algorithm>
+#include <csignal>
 
 namespace tnv5::js {
 
@@ -9,6 +10,29 @@ namespace {
 
 constexpr std::chrono::milliseconds kLookAt{20}; // how often memory is looked at
 constexpr qint64 kPage = 4'096;
+
+/// Threads that are made meanwhile get no signals: the host decides about them on its own thread.
+class TNoSignals
+{
+public:
+#ifdef Q_OS_UNIX
+    TNoSignals()
+    {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &FBefore);
+    }
+    ~TNoSignals()
+    {
+        pthread_sigmask(SIG_SETMASK, &FBefore, nullptr);
+    }
+    TNoSignals(const TNoSignals&) = delete;
+    TNoSignals& operator=(const TNoSignals&) = delete;
+
+private:
+    sigset_t FBefore;
+#endif
+};
 
 } // namespace
 
@@ -18,9 +42,10 @@ qint64 memoryInUse()
     return file.open(QIODevice::ReadOnly) ? file.readAll().split(' ').value(1).toLongLong() * kPage : 0;
 }
 
-TWatchdog::TWatchdog(std::function<void(bool)> interrupt)
-    : FInterrupt(std::move(interrupt)), FThread([this] { watch(); })
+TWatchdog::TWatchdog(std::function<void(bool)> interrupt) : FInterrupt(std::move(interrupt))
 {
+    const TNoSignals noSignals;
+    FThread = std::thread([this] { watch(); });
 }
 
 TWatchdog::~TWatchdog()

@@ -133,7 +133,7 @@ struct TCppClub : TClub
             trace.note(QStringList{"gate check", textOf(device), textOf(type), textOf(card), textOf(status),
                                    textOf(mode), textOf(result)}
                            .join(u'|'));
-            mess = "|Hello|" + card.toString() + "|||";
+            mess = "|Hello|" + card.toString() + "||||";
             result = mode.toInt() != 0 || card == "M2" ? 1 : 0;
         });
         lamps.SetConnector(&connector);
@@ -200,7 +200,7 @@ gate.OnLog = noting('gate log');
 gate.OnCheckStatus = noting('gate status');
 gate.OnCheckSQL = (sender, ip, device, type, card, status, img, mode, mess, result) => {
     note('gate check', device, type, card, status, mode, result.value);
-    mess.value = '|Hello|' + card + '|||';
+    mess.value = '|Hello|' + card + '||||';
     result.value = mode !== 0 || card === 'M2' ? 1 : 0;
 };
 

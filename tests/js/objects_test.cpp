@@ -247,6 +247,18 @@ TEST_F(ScriptObjects, ValuesGoThroughUnchanged)
     EXPECT_TRUE(failing("const a = []; a[0] = a; Echo(a)").contains("RangeError: Maximum call stack"));
 }
 
+TEST_F(ScriptObjects, EntriesOfDeviceListsAreObjectsWithFields)
+{
+    run("var lamps = new TSwitchDevice(); lamps.p_hw_ProtocolIn('#10.0.0.5:000APING5A')");
+    EXPECT_EQ(run("lamps.DeviceList.length").toInt(), 1);
+    EXPECT_EQ(run("const one = lamps.DeviceList[0]; [one.IP, one.Device, typeof one.DeviceType, typeof "
+                  "one.Pingtime]")
+                  .toList(),
+              (QVariantList{"10.0.0.5", "000A", "string", "number"}));
+    EXPECT_EQ(failing("lamps.DeviceList = []"),
+              "club.js:1: TypeError: TSwitchDevice.DeviceList is read-only");
+}
+
 TEST_F(ScriptObjects, TheCoffeeProcedureIsThere)
 {
     EXPECT_EQ(run("typeof _qrcodestr").toString(), "function");

@@ -112,4 +112,28 @@ TEST_F(ScriptAutomation, AnObjectIsSpokenToByName)
               "club.js:1: TypeError: Property 'nothing' of object [object Object] is not a function");
 }
 
+TEST_F(ScriptAutomation, TheTerminalsObjectIsThereOnceItIsMade)
+{
+    const TRegisteredClass ours(u"ECRCommX.BPOS1Lib", [this] { return library; });
+    run("pos.PosType = 1");
+    EXPECT_EQ(run("pos.Init()").toBool(), true);
+    EXPECT_EQ(run("pos.IEcrInst.get('LastResult')").toInt(), 0);
+    run("pos = null");
+    endEngine();
+    EXPECT_EQ(library.use_count(), 1);
+}
+
+TEST_F(ScriptAutomation, TheExamplePays)
+{
+    const TRegisteredClass ours(u"ECRCommX.BPOS1Lib", [this] { return library; });
+    bool quit = false;
+    proc("Quit", [&] { quit = true; });
+    engine->RegisterConst("Arguments", QStringList("1"));
+    runExample("bank.js");
+    EXPECT_TRUE(quit);
+    EXPECT_TRUE(trace.take().contains("print the library is there"));
+    EXPECT_TRUE(calls.contains("Purchase")) << qPrintable(calls.join(u' '));
+    EXPECT_EQ(failures, QStringList());
+}
+
 } // namespace

@@ -5,6 +5,7 @@
 #include "tnv5/registration/load.h"
 #include "tnv5/script/binding.h"
 
+#include <QFile>
 #include <chrono>
 
 namespace tnv5::tests {
@@ -40,6 +41,14 @@ struct TScriptFixture : TPortFixture
     }
 
     QVariant run(const QString& text) { return engine->evaluate(text, "club.js"); }
+
+    /// Runs an example.
+    void runExample(const QString& name)
+    {
+        QFile file(QStringLiteral(TNV5_SCRIPTS "/") + name);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        engine->evaluate(QString::fromUtf8(file.readAll()), name);
+    }
 
     /// The message of the error that a script ends with; empty: it does not.
     QString failing(const QString& text)

@@ -3,6 +3,8 @@
 #include "script_fixture.h"
 #include "tnv5/panel/turn_styler.h"
 
+#include <QPushButton>
+
 namespace {
 
 using namespace tnv5;
@@ -58,6 +60,24 @@ TEST_F(ScriptPanel, ClicksReachTheScript)
     const QStringList lines = trace.take();
     ASSERT_EQ(lines.size(), 1);
     EXPECT_TRUE(lines[0].endsWith(" true")) << qPrintable(lines[0]);
+}
+
+TEST_F(ScriptPanel, TheExampleShowsItsGates)
+{
+    QScrollArea box;
+    engine->RegisterObject("box", &box);
+    runExample("panel.js");
+    trace.expect({"print 0: Hall", "print 1: Sauna"});
+    const auto buttons = box.findChildren<QPushButton*>();
+    ASSERT_FALSE(buttons.isEmpty());
+    for (QPushButton* const button : buttons) {
+        button->click();
+    }
+    const QStringList clicks = trace.take();
+    EXPECT_TRUE(clicks.contains("print open 01A") && clicks.contains("print open 03A"))
+        << qPrintable(clicks.join(u'\n'));
+    EXPECT_EQ(failures, QStringList());
+    endEngine(); // the panel goes before its box
 }
 
 } // namespace
