@@ -51,15 +51,15 @@ void TScriptClub::registerProcs()
         books();
         return FDesk->pictureFor(card);
     }));
-    FEngine->RegisterProc(scriptProc("SetGate", [this](const QString& text) {
-        const auto gate = host::toGate(text);
-        if (!gate) {
-            throw Exception(QStringLiteral("\"%1\" is no gate; write it as address:zone:direction, such as "
-                                           "01A:hall:in")
-                                .arg(text));
-        }
-        books().setGate(*gate);
-    }));
+    FEngine->RegisterProc(
+        scriptProc("SetGate", [this](const QString& address, const QString& zone, const QString& way) {
+            const auto direction = host::toDirection(way);
+            if (address.isEmpty() || zone.isEmpty() || !direction) {
+                throw Exception(
+                    QStringLiteral("A gate has an address, a zone, and a direction: in, out or inner"));
+            }
+            books().setGate({address, zone, *direction});
+        }));
     FEngine->RegisterProc(scriptProc("Quit", [] { // also before the event loop runs
         QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
     }));

@@ -5,7 +5,9 @@ const [gatePort, busPort, scalePort] = Arguments;
 const trouble = where => (sender, text) => print(where + ': ' + text);
 
 // Who may come in where.
-['01A:hall:in', '02A:hall:out', '001T:sauna:in'].forEach(gate => SetGate(gate));
+SetGate('01A', 'hall', 'in');
+SetGate('02A', 'hall', 'out');
+SetGate('001T', 'sauna', 'in');
 
 // The hall: two turnstiles on a line of classic controllers.
 const hall = new TTurnStylerDevice();

@@ -162,7 +162,7 @@ TEST(ScriptProgram, AWholeClub)
     EXPECT_LT(script.readAll().count('\n'), 60);
 
     TRun run({example("club.js"), "--db", database, gateLine.path(), busLine.path(), scaleLine.path()});
-    EXPECT_TRUE(run.says("The club is open.")) << qPrintable(run.complaints());
+    ASSERT_TRUE(run.says("The club is open.")) << qPrintable(run.complaints());
     gates.readCard("01A", "12345678");
     EXPECT_TRUE(run.says("01A  Anna Berg (12345678)  opened")) << qPrintable(run.output() + run.complaints());
     EXPECT_TRUE(run.says("01A  Anna Berg (12345678)  passed")) << qPrintable(run.output() + run.complaints());
