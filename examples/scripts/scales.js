@@ -1,9 +1,9 @@
-// A scale: lists the families, then shows each new weight.
+// A scale: tells its family, then shows each new weight.
 // tnv5 run scales.js /dev/ttyUSB0 2
 const families = [];
 const scales = new TScalesDevice();
 scales.GetScalesList(families);
-print('families: ' + families.length);
+print('family ' + Arguments[1] + ': ' + families[Arguments[1]]);
 
 scales.ScalesType = Arguments[1];
 scales.OnError = (sender, text) => print('trouble: ' + text);
