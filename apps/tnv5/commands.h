@@ -30,5 +30,6 @@ void addPayCommand(CLI::App& app, TCommand& chosen);
 void addTerminalCommand(CLI::App& app, TCommand& chosen);
 void addMonitorCommand(CLI::App& app, TCommand& chosen);
 void addCertCommand(CLI::App& app, TCommand& chosen);
+void addScriptReferenceCommand(CLI::App& app, TCommand& chosen);
 
 } // namespace tnv5::cli

@@ -30,6 +30,7 @@ int run(int argc, char** argv)
     tnv5::cli::addTerminalCommand(app, chosen);
     tnv5::cli::addMonitorCommand(app, chosen);
     tnv5::cli::addCertCommand(app, chosen);
+    tnv5::cli::addScriptReferenceCommand(app, chosen);
     CLI11_PARSE(app, argc, argv);
 
     qputenv("QT_NO_GLIB", "1"); // Qt's own event loop answers a card sooner

@@ -1,6 +1,7 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/open_port.h"
+#include "apps/tnv5/script_club.h"
 #include "apps/tnv5/stop_signal.h"
 #include "tnv5/host/club_host.h"
 #include "tnv5/host/port_diagnosis.h"
@@ -16,6 +17,8 @@ namespace {
 
 struct TRunOptions
 {
+    std::string script;
+    std::vector<std::string> arguments; // of the script
     std::string port;
     std::string database;
     std::vector<std::string> gates;
@@ -81,26 +84,59 @@ int run(const TRunOptions& options)
     return kDone;
 }
 
+int runScript(const TRunOptions& options)
+{
+    QStringList arguments;
+    for (const std::string& each : options.arguments) {
+        arguments << QString::fromStdString(each);
+    }
+    TScriptClub club(QString::fromStdString(options.database), arguments);
+    const TStopSignal stop(&QCoreApplication::quit);
+    if (!club.start(QString::fromStdString(options.script))) {
+        return kFailed;
+    }
+    QCoreApplication::exec();
+    club.stop();
+    print(QStringLiteral("Stopped."));
+    return kDone;
+}
+
 } // namespace
 
 void addRunCommand(CLI::App& app, TCommand& chosen)
 {
     const auto options = std::make_shared<TRunOptions>();
-    CLI::App* command = app.add_subcommand("run", "Run the gates on a serial port until Ctrl-C");
+    CLI::App* command = app.add_subcommand(
+        "run", "Run the gates on a serial port, or a whole club by a script, until Ctrl-C");
+    CLI::Option* const script =
+        command->add_option("script", options->script, "A script that runs the club: see docs/scripts.md")
+            ->type_name("SCRIPT");
+    command->add_option("arguments", options->arguments, "What the script finds in Arguments")->needs(script);
     command->add_option("--port", options->port, "Serial port, best a stable name from \"tnv5 ports\"")
-        ->required()
+        ->excludes(script)
         ->type_name("NAME");
     command->add_option("--db", options->database, "The club's database; made when it is not there")
-        ->required()
         ->type_name("FILE");
     command
         ->add_option("--gates", options->gates,
                      "Gates to add or change, as address:zone:direction, such as 01A:hall:in 02A:hall:out;\n"
                      "directions are in, out and inner (a door inside the club)")
+        ->excludes(script)
         ->type_name("GATE");
     command->add_option("--baud", options->baudRate, "Speed of the line")->capture_default_str();
     command->add_flag("--wait", options->wait, "Wait for a port that is not there yet");
-    command->callback([&chosen, options] { chosen = [options] { return run(*options); }; });
+    command->callback([&chosen, options] {
+        if (!options->script.empty()) {
+            chosen = [options] { return runScript(*options); };
+            return;
+        }
+        for (const auto& [name, value] : {std::pair("--port", options->port), {"--db", options->database}}) {
+            if (value.empty()) {
+                throw CLI::RequiredError(name);
+            }
+        }
+        chosen = [options] { return run(*options); };
+    });
 }
 
 } // namespace tnv5::cli

@@ -131,6 +131,24 @@ TScriptProc scriptProc(const char* name, Result (*function)(Params...))
             }};
 }
 
+/// The same for a function object, such as a lambda with what it needs of the host.
+template <class Body>
+requires requires
+{
+    &Body::operator();
+}
+TScriptProc scriptProc(const char* name, Body body)
+{
+    using TSignature = TSignatureOf<Body>;
+    using TParams = typename TSignature::TParams;
+    using TResult = typename TSignature::TResult;
+    return {QString::fromLatin1(name), scriptParams(static_cast<TParams*>(nullptr)),
+            TScriptValue<std::remove_cvref_t<TResult>>::Type,
+            [body = std::move(body)](QObject* /*self*/, QVariantList& args) {
+                return callWith<TResult>(static_cast<TParams*>(nullptr), args, body);
+            }};
+}
+
 /// A property with a function that reads it and one that writes it; an indexed one has an index before the
 /// value.
 template <class Owner, auto Read, auto Write>

@@ -108,7 +108,7 @@ struct TScriptRecord
 };
 
 /// What the bindings need of a host's script engine. A host makes its own, or takes the JavaScript engine of
-/// `tnv5::script_host`.
+/// `tnv5::js`.
 ///
 /// What is registered under one name by several units stands side by side: each is removed by its handle.
 /// Handles are never used again.

@@ -1,0 +1,139 @@
+#include "apps/tnv5/script_club.h"
+
+#include "apps/tnv5/console.h"
+#include "apps/tnv5/open_port.h"
+#include "tnv5/registration/load.h"
+#include "tnv5/script/binding.h"
+#include "tnv5/turnstile/turnstile_types.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+namespace tnv5::cli {
+
+using platform::Exception;
+
+TScriptClub::TScriptClub(const QString& database, const QStringList& arguments)
+    : FEngine(std::make_unique<js::TJsEngine>())
+{
+    if (!database.isEmpty()) {
+        FDatabase.emplace(database);
+        FDesk.emplace(*FDatabase);
+        FDesk->OnPass = [](const host::TPass& pass) { printNow(host::logLine(pass)); };
+        FDesk->OnTrouble = complainNow;
+    }
+    FEngine->OnPrint = printNow;
+    FEngine->OnError = [](const js::TScriptFailure& failure) {
+        complainNow(failure.message());
+        for (const QString& call : failure.Stack.split(u'\n', Qt::SkipEmptyParts)) {
+            complainNow(QStringLiteral("    ") + call);
+        }
+    };
+    registration::load(*FEngine);
+    FEngine->RegisterConst(QStringLiteral("Arguments"), arguments);
+    registerProcs();
+}
+
+TScriptClub::~TScriptClub()
+{
+    stop();
+}
+
+void TScriptClub::registerProcs()
+{
+    using script::scriptProc;
+    FEngine->RegisterProc(scriptProc(
+        "OpenPort", [this](const QString& name, int baudRate) { return openPort(name, baudRate); }));
+    FEngine->RegisterProc(scriptProc("Decide", [this](const QString& gate, const QString& card, int mode) {
+        return decide(gate, card, mode);
+    }));
+    FEngine->RegisterProc(scriptProc("PictureOf", [this](const QString& card) {
+        books();
+        return FDesk->pictureFor(card);
+    }));
+    FEngine->RegisterProc(
+        scriptProc("SetGate", [this](const QString& address, const QString& zone, const QString& way) {
+            const auto direction = host::toDirection(way);
+            if (address.isEmpty() || zone.isEmpty() || !direction) {
+                throw Exception(
+                    QStringLiteral("A gate has an address, a zone, and a direction: in, out or inner"));
+            }
+            books().setGate({address, zone, *direction});
+        }));
+    FEngine->RegisterProc(scriptProc("Quit", [] { // also before the event loop runs
+        QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+    }));
+}
+
+host::TDatabase& TScriptClub::books()
+{
+    if (!FDatabase) {
+        throw Exception(QStringLiteral("There are no books: start with --db FILE"));
+    }
+    return *FDatabase;
+}
+
+QObject* TScriptClub::openPort(const QString& name, int baudRate)
+{
+    TPort& opened = *FPorts.emplace_back(std::make_unique<TPort>());
+    opened.port.SetPort(name);
+    opened.port.SetBaudRate(baudRate);
+    opened.keeper.OnOpened = [name] { printNow(QStringLiteral("%1 is open.").arg(name)); };
+    opened.keeper.OnLost = [name](const QString& why) {
+        complainNow(
+            QStringLiteral("%1 went away (%2); it will be opened again when it is back.").arg(name, why));
+    };
+    opened.keeper.OnCannotOpen = [&opened, name](const QString& why) {
+        complainNow(why);
+        if (opened.keeper.openings() == 0) {
+            explain(name);
+        }
+    };
+    opened.keeper.start(); // a port that is not there yet is waited for
+    return &opened.port;
+}
+
+int TScriptClub::decide(const QString& gate, const QString& card, int mode)
+{
+    books();
+    if (mode == turnstile::cmOpen) {
+        return int(FDesk->decideNew(gate, card).opened());
+    }
+    if (const auto ending = host::endingOf(mode)) {
+        FDesk->endPass(gate, card, *ending);
+        return 1;
+    }
+    return 0;
+}
+
+bool TScriptClub::start(const QString& file)
+{
+    QFile script(file);
+    if (!script.open(QIODevice::ReadOnly)) {
+        complain(QStringLiteral("%1: %2").arg(file, script.errorString()));
+        return false;
+    }
+    try {
+        FEngine->evaluate(QString::fromUtf8(script.readAll()), file);
+        return true;
+    } catch (const js::EScriptError&) {
+        return false; // told by the engine
+    }
+}
+
+void TScriptClub::stop()
+{
+    if (FEngine) {
+        registration::unload();
+        FEngine.reset();
+    }
+    for (const auto& each : FPorts) {
+        each->keeper.stop();
+    }
+    if (FDesk) {
+        FDesk->OnTrouble = complain; // no gate waits any more, and nothing may be left out
+        FDesk->close();
+    }
+}
+
+} // namespace tnv5::cli

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "tnv5/host/club_desk.h"
+#include "tnv5/host/port_keeper.h"
+#include "tnv5/js/js_engine.h"
+#include "tnv5/platform/serial_port.h"
+
+#include <optional>
+
+namespace tnv5::cli {
+
+/// A club that is run by a script: the engine, the ports that the script opened, and the books, if there are
+/// any.
+class TScriptClub
+{
+public:
+    /// @param database the club's; empty: none
+    /// @param arguments what follows the script on the command line
+    TScriptClub(const QString& database, const QStringList& arguments);
+    ~TScriptClub();
+    TScriptClub(const TScriptClub&) = delete;
+    TScriptClub& operator=(const TScriptClub&) = delete;
+
+    /// Runs the script's statements; its handlers work from then on. @return false when it failed, which has
+    /// been told.
+    bool start(const QString& file);
+    /// Ends the books and the components.
+    void stop();
+
+private:
+    struct TPort
+    {
+        platform::TSerialPort port;
+        host::TPortKeeper keeper{port};
+    };
+
+    void registerProcs();
+    QObject* openPort(const QString& name, int baudRate);
+    int decide(const QString& gate, const QString& card, int mode);
+    host::TDatabase& books();
+
+    std::optional<host::TDatabase> FDatabase;
+    std::optional<host::TClubDesk> FDesk;
+    std::vector<std::unique_ptr<TPort>> FPorts;
+    std::unique_ptr<js::TJsEngine> FEngine;
+};
+
+} // namespace tnv5::cli
