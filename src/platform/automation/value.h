@@ -72,6 +72,7 @@ struct TArgument
 {
     /// Implicit from anything that a value is made of, so that a list of arguments reads as one.
     template <class Value>
+    // NOLINTNEXTLINE(bugprone-forwarding-reference-overload)
     requires std::convertible_to<Value, TValue> TArgument(Value&& AValue)
         : value(std::forward<Value>(AValue)) // NOLINT
     {
