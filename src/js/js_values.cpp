@@ -37,7 +37,8 @@ QVariant toEnumeration(const QVariant& value, QMetaType type)
 {
     const int number = script::ToInteger(value);
     const QMetaEnum all = enumerationOf(type);
-    if (all.isValid() && all.valueToKey(number) == nullptr) {
+    // The components take any number into theirs; those of ports are closed.
+    if (all.isValid() && all.isScoped() && all.valueToKey(number) == nullptr) {
         throw EConvertError(QStringLiteral("%1 is not a value of %2").arg(number).arg(all.name()));
     }
     QVariant result(number);

@@ -14,8 +14,8 @@ const QString kHead = QStringLiteral("# Script reference\n\n"
                                      "Made by `tnv5 script-reference` from what the module registers; a test "
                                      "compares. How scripts work is in\n"
                                      "[scripts.md](scripts.md). *var* marks a parameter by reference: an "
-                                     "object whose `value` is written back, for a\n"
-                                     "string list an array that is filled in place.\n");
+                                     "object whose `value` is written back; a\n"
+                                     "string list is an array that is filled in place.\n");
 
 QString title(const QString& text)
 {

@@ -29,9 +29,9 @@ TEST(ScriptReference, HasEveryKindOfThing)
           "| `LastError` | integer, read-only |\n", "| `DeviceList` | array, read-only |\n",
           "| `OnWeight` | object, integer |\n", "| `IsConnected` | boolean |\n",
           "| `Items[index]` | object |\n", "| `IEcrInst` | object, read-only |\n",
-          "| `GetScalesList` | *var* string list | nothing |\n",
-          "| `CashAdvance` | integer, integer | boolean |\n", "| `Create` | object | object |\n",
-          "| `TStatusEvent` | object, integer, string |\n", "Record `TRFidInfo`: `IP`, `DeviceType`"}) {
+          "| `GetScalesList` | string list | nothing |\n", "| `CashAdvance` | integer, integer | boolean |\n",
+          "| `Create` | object | object |\n", "| `TStatusEvent` | object, integer, string |\n",
+          "Record `TRFidInfo`: `IP`, `DeviceType`"}) {
         EXPECT_TRUE(page.contains(QString::fromUtf8(line))) << line;
     }
     EXPECT_FALSE(page.contains("objectName"));
