@@ -208,6 +208,17 @@ class Runner:
                 found.setdefault(row["name"], []).append(row["items_per_second"])
         return medians(found)
 
+    def script(self):
+        """Median time of a card decision, in us: in C++ and by a script."""
+        rounds, seconds = self.amount((1, 0.001), (2, 0.1), (5, 0.5))
+        found = {}
+        for number in range(rounds):
+            progress(f"decisions by a script, round {number + 1} of {rounds}")
+            for row in self.google(".", seconds, "script_bench"):
+                factor = {"ns": 1e-3, "us": 1}[row["time_unit"]]
+                found.setdefault(row["name"], []).append(row["cpu_time"] * factor)
+        return medians(found)
+
     def panel(self):
         """Median time of each thing that the panel does, in ms."""
         rounds, seconds = self.amount((1, 0.001), (2, 0.1), (5, 0.5))
@@ -350,6 +361,12 @@ def coffee_table(rates):
             + f"\n\nAim: at least 0.40 of the bare blocks: {met(rates[COFFEE[0][0]] >= 0.4 * best)}.")
 
 
+def script_table(times):
+    plain, script = times["DecisionInCpp"], times["DecisionByScript"]
+    rows = [["in C++", f"{plain:.2f} us", ""], ["by a script", f"{script:.2f} us", f"{script - plain:.2f} us"]]
+    return table(["A card decided", "time", "added"], rows)
+
+
 def panel_table(times):
     rows = [[title, f"{times[name]:,.2f} ms"] for name, title in PANEL]
     return (table(["Gate panel", "time"], rows)
@@ -421,6 +438,7 @@ def main():
         check_table(connector),
         scales_table(*runner.scales()),
         coffee_table(runner.coffee()),
+        script_table(runner.script()),
         panel_table(runner.panel()),
         idle_scales_table(runner.idle_scales()),
         ports_table(runner.ports()),
