@@ -88,6 +88,26 @@ TEST_F(Module, ItsComponentsWork)
     EXPECT_EQ(told, QStringList());
 }
 
+TEST_F(Module, WhatTheHostGaveGoesWithTheLastUnload)
+{
+    auto host = std::make_shared<int>();
+    const std::weak_ptr<int> kept = host;
+    const auto handler = [](std::shared_ptr<int> own) {
+        return [own = std::move(own)](const QString&, const std::exception_ptr&) {};
+    };
+    devices->Load({&engine, handler(std::move(host)), {}});
+    devices->Load({&engine, {}, {}});
+    devices->Unload();
+    EXPECT_FALSE(kept.expired());
+    devices->Unload();
+    EXPECT_TRUE(kept.expired());
+    host = std::make_shared<int>();
+    const std::weak_ptr<int> refused = host;
+    engine.refused = "const podNet = int 2";
+    EXPECT_THROW(devices->Load({&engine, handler(std::move(host)), {}}), platform::Exception);
+    EXPECT_TRUE(refused.expired());
+}
+
 TEST_F(Module, WhatItNeedsIsSaid)
 {
     EXPECT_THROW(devices->Load({}), platform::Exception);

@@ -246,6 +246,19 @@ TEST(Registration, AnEngineThatRefusesIsLeftAsItWas)
     }
 }
 
+TEST(Registration, AHostThatForgetsToUnloadEnds)
+{
+    EXPECT_EXIT(
+        {
+            {
+                TRecordingEngine engine;
+                registration::load(engine);
+            }
+            std::exit(0);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
 TEST(Registration, EqualNamesOfOtherUnitsStay)
 {
     TRecordingEngine engine;
