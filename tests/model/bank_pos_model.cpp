@@ -880,7 +880,7 @@ bool TModelPos::payByMessages(int amount, int merchant)
     QString number;
     if (either<"purchase 4: a merchant", "purchase 4: no merchant">(merchant > 0)) {
         number = merchantNumber(merchant);
-        askNumber("pos_receive", {1'000});
+        ask("pos_receive", {1'000});
     }
     set("POS_AMOUNT", amount);
     set("POS_CURRENCY", 980);
@@ -911,7 +911,7 @@ QString TModelPos::merchantNumber(int index)
     if (!send("ACTION_HOST_INFO")) {
         return "-1";
     }
-    askNumber("pos_receive", {1'000});
+    ask("pos_receive", {1'000});
     const QString number = get("POS_MERCHANT_ID");
     return either<"merchant: none", "merchant: found">(number.isEmpty()) ? QString("-1") : number;
 }
