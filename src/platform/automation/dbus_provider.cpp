@@ -56,6 +56,13 @@ private:
     int FNumber = 0;
 };
 
+/// A bus that has just ended may still count as connected.
+bool isGone(const QDBusError& error)
+{
+    return error.type() == QDBusError::Disconnected || error.type() == QDBusError::NoReply ||
+           error.type() == QDBusError::NoServer;
+}
+
 class TDBusProvider final : public TAutomationProvider
 {
 public:
@@ -70,12 +77,14 @@ public:
         if (!bus->interface()->isServiceRegistered(name)) {
             bus->interface()->startService(name);
         }
-        const QString owner = bus->interface()->serviceOwner(name);
-        if (owner.isEmpty()) {
-            why = u"no class of this process, and nobody on the bus";
+        const QDBusReply<QString> owner = bus->interface()->serviceOwner(name);
+        if (!owner.isValid() || owner.value().isEmpty()) {
+            why = bus->isConnected() && !isGone(owner.error())
+                      ? u"no class of this process, and nobody on the bus"
+                      : u"no class of this process, and there is no bus";
             return nullptr;
         }
-        return std::make_shared<TDBusObject>(*bus, name, owner);
+        return std::make_shared<TDBusObject>(*bus, name, owner.value());
     }
 };
 
