@@ -253,7 +253,8 @@ def main():
     if not files:
         files = output("git", "ls-files", "--cached", "--others", "--exclude-standard",
                        *(f"{folder}/*.cpp" for folder in FOLDERS)).split()
-        files = [file for file in files if (ROOT / file).exists()]
+        # What only another system compiles is checked by its compiler's warnings (scripts/test-windows.sh).
+        files = [file for file in files if (ROOT / file).exists() and not file.endswith("_windows.cpp")]
     if not Lint().run_all(files):
         sys.exit("lint: FAILED")
     print(f"lint: {len(files)} files are clean")
