@@ -5,8 +5,11 @@
 
 #include <QCoreApplication>
 #include <QDBusConnectionInterface>
+#include <QDBusPendingCall>
+#include <QDBusPendingCallWatcher>
 #include <QDBusReply>
 #include <QDBusVariant>
+#include <QEventLoop>
 
 namespace tnv5::platform::automation {
 
@@ -90,8 +93,16 @@ QDBusMessage TDBusObject::send(const QString& interface, std::u16string_view met
     QDBusMessage message = QDBusMessage::createMethodCall(FOwner, pathOf(FName), interface, toQt(method));
     message.setArguments(values);
     message.setAutoStartService(false);
-    const auto mode = QCoreApplication::instance() != nullptr ? QDBus::BlockWithGui : QDBus::Block;
-    return FBus.call(message, mode, static_cast<int>((limit + kGrace).count()));
+    const QDBusPendingCall pending = FBus.asyncCall(message, static_cast<int>((limit + kGrace).count()));
+    QDBusPendingCallWatcher watcher(pending);
+    if (QCoreApplication::instance() != nullptr && !watcher.isFinished()) {
+        // not QDBus::BlockWithGui, which waits for ever when the answer comes just before its loop
+        QEventLoop loop;
+        QObject::connect(&watcher, &QDBusPendingCallWatcher::finished, &loop, &QEventLoop::quit);
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    }
+    watcher.waitForFinished(); // where there is no loop, or the program is about to end
+    return watcher.reply();
 }
 
 TValue TDBusObject::valuesOf(const QDBusMessage& reply, TArguments& arguments,
