@@ -6,28 +6,6 @@ namespace tnv5::bank::model {
 
 namespace {
 
-constexpr const char* kTexts[] = {"logfile",
-                                  "IP",
-                                  "RRN",
-                                  "TransactionID",
-                                  "AuthID",
-                                  "PAN",
-                                  "IssuerName",
-                                  "MerchantID",
-                                  "TerminalID",
-                                  "DeviceModelName",
-                                  "DeviceSerialNumber",
-                                  "DeviceSoftVer",
-                                  "DeviceTerminalID",
-                                  "LibVersion",
-                                  "LastErrorMsg",
-                                  "LastStatusMsg",
-                                  "TotalsDebitAmt",
-                                  "TotalsDebitNum",
-                                  "TotalsCreditAmt",
-                                  "TotalsCreditNum",
-                                  "TotalsCancelledAmt",
-                                  "TotalsCancelledNum"};
 constexpr const char* kNumbers[] = {"PosType", "ComPort",  "ComPortRate", "IPPort",
                                     "TimeOut", "Language", "LastError",   "LastStatus"};
 
@@ -45,7 +23,7 @@ QString textIn(const QVariant& value)
 
 TModelPos::TModelPos(TModelWorld& world, bool designing) : TModel(world, designing)
 {
-    for (const char* const name : kTexts) {
+    for (const char* const name : kTextProperties) {
         FProperties[name] = QString();
     }
     for (const char* const name : kNumbers) {

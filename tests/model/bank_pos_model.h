@@ -9,6 +9,30 @@ namespace tnv5::bank::model {
 
 using namespace modelkit;
 
+/// The published properties that hold text.
+inline constexpr const char* kTextProperties[] = {"logfile",
+                                                  "IP",
+                                                  "RRN",
+                                                  "TransactionID",
+                                                  "AuthID",
+                                                  "PAN",
+                                                  "IssuerName",
+                                                  "MerchantID",
+                                                  "TerminalID",
+                                                  "DeviceModelName",
+                                                  "DeviceSerialNumber",
+                                                  "DeviceSoftVer",
+                                                  "DeviceTerminalID",
+                                                  "LibVersion",
+                                                  "LastErrorMsg",
+                                                  "LastStatusMsg",
+                                                  "TotalsDebitAmt",
+                                                  "TotalsDebitNum",
+                                                  "TotalsCreditAmt",
+                                                  "TotalsCreditNum",
+                                                  "TotalsCancelledAmt",
+                                                  "TotalsCancelledNum"};
+
 /// A library as the model sees it; the stage is behind it.
 struct TModelLibrary
 {

@@ -183,30 +183,8 @@ protected:
         if (!FPos) {
             return;
         }
-        const char* const texts[] = {"RRN",
-                                     "TransactionID",
-                                     "AuthID",
-                                     "PAN",
-                                     "IssuerName",
-                                     "MerchantID",
-                                     "TerminalID",
-                                     "DeviceModelName",
-                                     "DeviceSerialNumber",
-                                     "DeviceSoftVer",
-                                     "DeviceTerminalID",
-                                     "LibVersion",
-                                     "LastErrorMsg",
-                                     "LastStatusMsg",
-                                     "TotalsDebitAmt",
-                                     "TotalsDebitNum",
-                                     "TotalsCreditAmt",
-                                     "TotalsCreditNum",
-                                     "TotalsCancelledAmt",
-                                     "TotalsCancelledNum",
-                                     "IP",
-                                     "logfile"};
         QStringList all;
-        for (const char* const name : texts) {
+        for (const char* const name : kTextProperties) {
             all << FPos->property(name).toString();
         }
         for (const char* const name : {"PosType", "LastError", "LastStatus", "log", "ComPort", "TimeOut"}) {

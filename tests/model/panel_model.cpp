@@ -258,17 +258,17 @@ void TModelPanel::clicked(TModelGate& gate, const QString& address)
     CTurnStylerBtnClick(&gate, index, gate.IP(), address);
 }
 
-void TModelPanel::clickOnScreen(const std::shared_ptr<TShown>& shown, int part)
+void TModelPanel::clickOnScreen(const std::shared_ptr<TShown>& shown, int which)
 {
     TModelGate* const gate = shown->gate;
     if (!either<"a click on a gate", "a click on a dead panel">(gate != nullptr)) {
         return;
     }
     FWorld.guarded([&] {
-        if (part == 2) {
+        if (which == 2) {
             gate->imgBtnclick(nullptr);
-        } else if (either<"an enabled button", "a disabled button">(part == 0 ? shown->canA : shown->canB)) {
-            part == 0 ? gate->GateABtnclick(nullptr) : gate->GateBBtnclick(nullptr);
+        } else if (either<"an enabled button", "a disabled button">(which == 0 ? shown->canA : shown->canB)) {
+            which == 0 ? gate->GateABtnclick(nullptr) : gate->GateBBtnclick(nullptr);
         }
     });
 }

@@ -156,7 +156,7 @@ public:
     bool built(const TModelGate& gate) const;
     void clicked(TModelGate& gate, const QString& address);
     /// A click on the screen: 0, 1 a button, 2 the picture.
-    void clickOnScreen(const std::shared_ptr<TShown>& shown, int part);
+    void clickOnScreen(const std::shared_ptr<TShown>& shown, int which);
 
 private:
     TModelGates FGates{*this};

@@ -28,7 +28,7 @@ TNV5_STEPS(Create, Destroy,
            Find,      // `text`
            Event,     // of gate `a` with index `b`, `text`
            ItemClick, // gate `a`, method `b`
-           Click,     // `a`th last panel made, part `b`, way `c`
+           Click,     // `a`th last panel made, `b`: which button or picture, way `c`
            Add,       // `text`: caption, addresses, IP; entries `a` and `b`
            Edit,      // gate `a`, field `b`, `text`, number `c`
            Remove,    // gate `a`

@@ -155,7 +155,7 @@ QStringList screen(const TModelBox& box, int& numbered)
     return lines;
 }
 
-void clickOn(QScrollArea& box, int index, int part, int way)
+void clickOn(QScrollArea& box, int index, int which, int way)
 {
     const QList<QFrame*> panels = panelsOf(box);
     const QFrame* const panel = panels.value(panels.size() - 1 - index);
@@ -163,9 +163,9 @@ void clickOn(QScrollArea& box, int index, int part, int way)
         return;
     }
     const TParts parts(panel);
-    QPushButton* const button = part == 0 ? parts.a : parts.b;
-    QWidget* const widget = part == 2 ? static_cast<QWidget*>(parts.image) : button;
-    if (way == 0 || part == 2) {
+    QPushButton* const button = which == 0 ? parts.a : parts.b;
+    QWidget* const widget = which == 2 ? static_cast<QWidget*>(parts.image) : button;
+    if (way == 0 || which == 2) {
         press(widget, QPointF(0, 0));
     } else if (way == 1) {
         pressSpace(button);
@@ -174,18 +174,18 @@ void clickOn(QScrollArea& box, int index, int part, int way)
     }
 }
 
-void clickOn(TModelBox& box, TModelPanel* panel, int index, int part, int way)
+void clickOn(TModelBox& box, TModelPanel* panel, int index, int which, int way)
 {
     if (index < 0 || index >= int(box.asMade.size())) {
         return;
     }
     const auto clicked = box.asMade[box.asMade.size() - 1 - std::size_t(index)];
-    const bool nothingToHit = way == 0 && part != 2 && clicked->size <= 1;
+    const bool nothingToHit = way == 0 && which != 2 && clicked->size <= 1;
     if (either<"a click by mouse into nothing", "a click">(nothingToHit)) {
         return;
     }
     if (panel != nullptr) {
-        panel->clickOnScreen(clicked, part);
+        panel->clickOnScreen(clicked, which);
     }
 }
 
