@@ -3,8 +3,8 @@
 
 #include <QCoreApplication>
 #include <QSet>
+#include <tnv5/answers/gate_answers.h>
 #include <tnv5/platform/serial_port.h>
-#include <tnv5/turnstile/turnstile_device.h>
 
 using namespace tnv5;
 
@@ -17,9 +17,9 @@ int main(int argc, char** argv)
     port.SetPort(QCoreApplication::arguments().value(1, QStringLiteral("/dev/ttyUSB0")));
     turnstile::TTurnStylerDevice gate;
     gate.SetComport(&port);
-    gate.SetOnCheckSQL([&members](auto*, auto& /*device*/, auto& card, auto& /*status*/, auto& /*img*/,
-                                  auto& mode, QVariant& result) {
-        result = mode == turnstile::cmOpen ? int(members.contains(card.toString())) : 1;
+    answers::TGateAnswers answers(gate);
+    answers.onCard([&members](const answers::TCardQuestion& question) {
+        return members.contains(question.card) ? answers::TAnswer::open() : answers::TAnswer::refuse();
     });
 
     try {

@@ -1,9 +1,9 @@
 // Testing a card decision without hardware and without waiting: the port is in memory, time is in your hand.
 
 #include <cstdio>
+#include <tnv5/answers/gate_answers.h>
 #include <tnv5/testing/manual_clock.h>
 #include <tnv5/testing/wire.h>
-#include <tnv5/turnstile/turnstile_device.h>
 
 using namespace tnv5;
 
@@ -22,9 +22,10 @@ void testDecision()
     testkit::TWire wire(port);
     turnstile::TTurnStylerDevice gate;
     gate.SetComport(&port);
-    gate.SetOnCheckSQL([](auto*, auto& /*device*/, auto& card, auto& /*status*/, auto& /*img*/, auto& mode,
-                          QVariant& result) {
-        result = mode == turnstile::cmOpen ? int(mayEnter(card.toString(), platform::TimeOfDay())) : 1;
+    answers::TGateAnswers answers(gate);
+    answers.onCard([](const answers::TCardQuestion& question) {
+        return mayEnter(question.card, platform::TimeOfDay()) ? answers::TAnswer::open()
+                                                              : answers::TAnswer::refuse();
     });
     port.Open();
 

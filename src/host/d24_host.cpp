@@ -1,22 +1,9 @@
 #include "tnv5/host/d24_host.h"
 
 #include "tnv5/common/messages.h"
-
-#include <algorithm>
+#include "tnv5/d24/display_text.h"
 
 namespace tnv5::host {
-
-namespace {
-
-// A bar would begin the next line of the display, and a carriage return end the command.
-QString plain(QString text)
-{
-    std::replace_if(
-        text.begin(), text.end(), [](QChar c) { return c == u'|' || c < u' '; }, u' ');
-    return text;
-}
-
-} // namespace
 
 QString displayText(const TPass& pass)
 {
@@ -26,7 +13,7 @@ QString displayText(const TPass& pass)
     const QString who = pass.name.isEmpty() ? QStringLiteral("Card ") + pass.card : pass.name;
     const QString what =
         pass.opened() ? QStringLiteral("Balance ") + amountText(pass.balance) : toText(pass.refusal);
-    return u'|' + plain(who) + u'|' + what + QStringLiteral("||||");
+    return d24::TDisplayText(who, what).text();
 }
 
 TD24Host::TD24Host(d24::TTurnStylerDeviceD24& device, TClubDesk& desk) : FDevice(&device), FDesk(desk)

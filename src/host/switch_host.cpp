@@ -112,22 +112,22 @@ int TSwitchHost::onCheck(const QString& board, const QString& relay, const QStri
     if (place == nullptr) {
         return 0; // no lamp: the component follows what the board says
     }
-    noteStatus(*place, status);
+    place->caution.seen(status);
     bool yes = false;
     switch (mode) {
     case cmSwitchOn:
         yes = maySwitchOn(*place);
-        place->status = yes ? kOn : kOff;
+        place->caution.leave(yes ? kOn : kOff);
         break;
     case cmSwitchOff:
     case cmRunning:
         yes = maySwitchOff(*place);
-        place->status = yes ? kOff : kOn;
+        place->caution.leave(yes ? kOff : kOn);
         break;
     case cmNoAnswer:
-        place->doubt = kSettleLooks; // the component takes it for off from now on
+        place->caution.doubt(); // the component takes it for off from now on
         yes = !answers(board);
-        place->status = yes ? kOff : status;
+        place->caution.leave(yes ? kOff : status);
         if (const PLampTime order = yes ? place->order() : nullptr) {
             end(*place, order, TLampEnding::Unanswered);
         }
@@ -140,7 +140,7 @@ int TSwitchHost::onCheck(const QString& board, const QString& relay, const QStri
 
 bool TSwitchHost::maySwitchOn(TPlace& place)
 {
-    if (place.unsure(cmSwitchOn)) {
+    if (place.caution.unsure(cmSwitchOn)) {
         return false;
     }
     if (!place.running()) {
@@ -156,16 +156,16 @@ bool TSwitchHost::maySwitchOn(TPlace& place)
             return false;
         }
     }
-    place.commanded(cmSwitchOn);
+    place.caution.commanded(cmSwitchOn);
     return true;
 }
 
 bool TSwitchHost::maySwitchOff(TPlace& place)
 {
-    if (place.running() || place.unsure(cmSwitchOff)) {
+    if (place.running() || place.caution.unsure(cmSwitchOff)) {
         return false;
     }
-    place.commanded(cmSwitchOff);
+    place.caution.commanded(cmSwitchOff);
     return true;
 }
 
@@ -176,8 +176,9 @@ QString TSwitchHost::onNewItem(const QString& board, const QString& relay, const
     if (place == nullptr) {
         return statusDevice == kOn ? kOn : kOff;
     }
-    place->status = place->running() ? kOn : kOff;
-    return place->status;
+    const QString& wanted = place->running() ? kOn : kOff;
+    place->caution.leave(wanted);
+    return wanted;
 }
 
 void TSwitchHost::onStatus(const QString& board, const QString& status)
@@ -187,38 +188,12 @@ void TSwitchHost::onStatus(const QString& board, const QString& status)
     }
 }
 
-// A wanted state that is not the one left behind comes from the board itself ("SS"), which is quicker than
-// its answers about the state of its relays.
-void TSwitchHost::noteStatus(TPlace& place, const QString& status)
-{
-    if (status == kNone || place.status == status) {
-        return;
-    }
-    if (!place.status.isEmpty()) {
-        place.doubt = kSettleLooks;
-    }
-    place.status = status;
-}
-
-bool TSwitchHost::TPlace::unsure(int what) const
-{
-    return doubt > 0 || (command == what && settling > 0);
-}
-
-void TSwitchHost::TPlace::commanded(int what)
-{
-    command = what;
-    settling = kSettleLooks;
-}
-
 // ---- what the books say
 
-// Counted, not timed: while the program itself stands still, no answer comes in either.
 void TSwitchHost::tick()
 {
     for (auto& [key, place] : FPlaces) {
-        place.doubt = std::max(place.doubt - 1, 0);
-        place.settling = std::max(place.settling - 1, 0);
+        place.caution.tick();
     }
     look();
 }
@@ -270,17 +245,17 @@ bool TSwitchHost::direct(TPlace& place)
         }
         return order != nullptr;
     }
-    noteStatus(place, job->Status);
+    place.caution.seen(job->Status);
     if (job->Status == kNone) {
         return false; // the component will ask
     }
     const bool lit = job->Status == kOn && job->StatusDevice == kOn; // also without anybody's paying
-    if (order && (place.running() || (lit && !place.unsure(cmSwitchOff)))) {
+    if (order && (place.running() || (lit && !place.caution.unsure(cmSwitchOff)))) {
         begin(place, order);
     }
     const bool on = place.running() || place.order();
     const QString& wanted = on ? kOn : kOff;
-    if (place.unsure(on ? cmSwitchOn : cmSwitchOff)) {
+    if (place.caution.unsure(on ? cmSwitchOn : cmSwitchOff)) {
         return false;
     }
     if (job->Status != wanted) {
@@ -295,7 +270,7 @@ void TSwitchHost::setWanted(TPlace& place, const QString& wanted)
     if (!FDevice) {
         return;
     }
-    place.status = wanted;
+    place.caution.leave(wanted);
     const platform::TDateTime until = wanted == kOn ? place.end() : platform::Now();
     platform::guarded(
         [&] { FDevice->p_hw_CheckStatus(kLink, place.lamp.board, place.lamp.relay, wanted, until); });

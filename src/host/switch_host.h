@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tnv5/answers/relay_caution.h"
 #include "tnv5/host/lamp_books.h"
 #include "tnv5/platform/timer.h"
 #include "tnv5/switch/switch_device.h"
@@ -32,20 +33,16 @@ struct TLampState
 /// What the books say is what the relays must be: on from the moment in which time begins until its end, and
 /// off otherwise, whatever the component, the boards or people at them say meanwhile. The time left is the
 /// books', not the component's, whose own end of a job moves on by a minute again and again. Relays that are
-/// no lamps are never commanded.
-///
-/// Commands change a relay over, so none is given while it is not sure what state the relay is in: for
-/// `kSettleLooks` looks after a board reported a change by itself, and the same command is not repeated for
-/// as long.
+/// no lamps are never commanded, and lamps only while it is sure what state they are in (`TRelayCaution`).
 ///
 /// It takes the component's `OnCheckSQL`, `OnNewItem`, `OnCheckStatus` and `OnError`. The database must
 /// outlive the host; the component may go first. The hooks must not destroy the host.
 class TSwitchHost
 {
 public:
-    static constexpr int kLookMs = 250;        ///< how often the ends of times are looked for
+    /// How often the ends of times are looked for.
+    static constexpr int kLookMs = answers::TRelayCaution::kLookMs;
     static constexpr int kReloadMs = 1'000;    ///< how often the books are read: others may write them, too
-    static constexpr int kSettleLooks = 16;    ///< boards tell their relays every 2 s, up to 2 s late
     static constexpr int kPatienceMs = 10'000; ///< how long an order waits for its lamp
 
     /// @throws EDatabase
@@ -85,19 +82,13 @@ private:
         TLamp lamp;
         switching::PRFidInfo job; // the component's; none until it has one, never removed afterwards
         QList<PLampTime> times;   // what has not ended
-        QString status;           // wanted state that was left in the job; empty: none yet
-        int doubt = 0;            // looks to wait: the board reported a change by itself
-        int command = -1;         // last one permitted: `cmSwitchOn` or `cmSwitchOff`
-        int settling = 0;         // looks to wait until it may be repeated
-        bool gone = false;        // its board: told
+        answers::TRelayCaution caution;
+        bool gone = false; // its board: told
 
         /// When the time that is running on it will be over; 0: none is.
         platform::TDateTime end() const;
         bool running() const { return end() > 0; }
         PLampTime order() const;
-        /// Whether a command could do the opposite of what it should.
-        bool unsure(int what) const;
-        void commanded(int what);
     };
 
     void attach();
@@ -109,7 +100,6 @@ private:
     void onStatus(const QString& board, const QString& status);
     bool maySwitchOn(TPlace& place);
     bool maySwitchOff(TPlace& place);
-    void noteStatus(TPlace& place, const QString& status);
 
     // what the books say
     void tick();
