@@ -10,4 +10,9 @@ cmake -S tests/install -B build/install/host -G Ninja -Wno-dev -DCMAKE_PREFIX_PA
   -DCMAKE_CXX_COMPILER_LAUNCHER="$(command -v ccache || true)" | grep 'installed headers'
 cmake --build build/install/host
 build/install/host/consumer
+PKG_CONFIG_PATH=$(dirname "$(find "$PWD/$installed" -name tnv5_devices.pc)")
+export PKG_CONFIG_PATH
+# shellcheck disable=SC2046 # one word an option
+c++ -fPIC tests/install/plain.cpp -o build/install/plain $(pkg-config --cflags --libs tnv5_devices)
+build/install/plain
 QT_QPA_PLATFORM=offscreen build/install/host/form

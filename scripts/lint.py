@@ -3,7 +3,9 @@
 
 Two kinds of jobs, and together they check what clang-tidy would check file by file:
 
-- The static analyzer looks at each file alone: what it finds depends on which functions it sees together.
+- The static analyzer looks at each file alone: what it finds depends on which functions it sees together. It is called
+  by the compiler, with the checks that clang-tidy's configuration names, because it then takes the headers of Qt from a
+  precompiled one; clang-tidy would walk through all of them.
 - All other checks look at the files of a target put together to one: most of their time goes into the headers of
   Qt, which are then read once and not once a file. A name that a file has in common with another one gets
   a number there; files that cannot stand together all the same go into units of their own.
@@ -14,6 +16,7 @@ changes.
 
 import argparse
 import bisect
+import collections
 import concurrent.futures
 import hashlib
 import json
@@ -105,13 +108,39 @@ class Flags:
         return self.by_folder[folder]
 
 
+class Precompiled:
+    """The headers of others that several files of a target include, compiled once for all of them."""
+
+    INCLUDE = re.compile(r"^#include (<[^>]+>)", re.MULTILINE)
+    FILES = 3  # so many must include a header
+
+    def __init__(self, files, flags, tools):
+        self.lock = threading.Lock()
+        self.flags = flags
+        counted = collections.Counter(header for file in files
+                                      for header in self.INCLUDE.findall((ROOT / file).read_text(encoding="utf-8")))
+        self.text = "".join(f"#include {header}\n" for header in sorted(counted) if counted[header] >= self.FILES)
+        self.path = BUILD / "precompiled" / (digest(tools, *flags, self.text) + ".h")
+
+    def options(self):
+        """What makes the compiler take them from there. A header that cannot be precompiled is read by each file."""
+        with self.lock:
+            made = self.path.with_suffix(".pch")
+            if self.text and not self.path.exists():
+                subprocess.run(["clang++", *self.flags, "-x", "c++-header", "-o", str(made), "-"], check=False,
+                               input=self.text, stderr=subprocess.DEVNULL, text=True, cwd=ROOT)
+                self.path.write_text(self.text, encoding="utf-8")
+            return ["-include-pch", str(made)] if made.exists() else []
+
+
 class Job:
     """Some checks of a file, or of several put together to one."""
 
-    def __init__(self, files, what, checks):
+    def __init__(self, files, what, checks, precompiled=None):
         self.files = files
         self.what = what
         self.checks = checks
+        self.precompiled = precompiled  # of an analyzer's job
 
     def name(self):
         return self.files[0] if len(self.files) == 1 else f"{len(self.files)} files of {self.folder()}"
@@ -191,13 +220,14 @@ class Lint:
         self.total = 0
 
     def jobs(self, files):
-        checks = output("clang-tidy", "--list-checks").split()
-        others = ",".join("-" + check for check in checks
-                          if "-" in check and not check.startswith("clang-analyzer-"))
+        analyzer = "clang-analyzer-"
+        checks = ",".join(check[len(analyzer):] for check in output("clang-tidy", "--list-checks").split()
+                          if check.startswith(analyzer))
         for together in grouped(files, self.flags.of):
-            yield Job(together, "all other checks", "-clang-analyzer-*")
-        for file in files:
-            yield Job([file], "analyzer", others)
+            yield Job(together, "all other checks", f"-{analyzer}*")
+            precompiled = Precompiled(together, self.flags.of(together[0]), self.tools)
+            for file in together:
+                yield Job([file], "analyzer", checks, precompiled)
 
     def mark(self, job):
         """The file that says that a job passed with the files as they are."""
@@ -208,6 +238,14 @@ class Lint:
         done = subprocess.run(["clang-tidy", "--quiet", f"--checks={checks}", str(path), "--",
                                *self.flags.of(files[0])],
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, check=False, cwd=ROOT)
+        return done.returncode == 0, done.stdout
+
+    def analyze(self, job):
+        file = job.files[0]
+        done = subprocess.run(["clang++", *self.flags.of(file), *job.precompiled.options(), "--analyze",
+                               "--analyzer-no-default-checks", "-Xclang", f"-analyzer-checker={job.checks}",
+                               "-Xclang", "-analyzer-output=text", "-Xclang", "-analyzer-werror", str(ROOT / file)],
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False, cwd=ROOT)
         return done.returncode == 0, done.stdout
 
     def check(self, files, checks):
@@ -227,7 +265,7 @@ class Lint:
 
     def run(self, job):
         began = time.monotonic()
-        clean, report = self.check(job.files, job.checks)
+        clean, report = self.analyze(job) if job.precompiled else self.check(job.files, job.checks)
         if clean:
             self.mark(job).touch()
         with self.lock:
@@ -239,6 +277,7 @@ class Lint:
     def run_all(self, files):
         CACHE.mkdir(parents=True, exist_ok=True)
         (BUILD / "units").mkdir(exist_ok=True)
+        (BUILD / "precompiled").mkdir(exist_ok=True)
         jobs = [job for job in self.jobs(files) if not self.mark(job).exists()]
         jobs.sort(key=Job.weight, reverse=True)
         self.total = len(jobs)

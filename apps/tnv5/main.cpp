@@ -1,6 +1,7 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
 #include "tnv5/platform/errors.h"
+#include "tnv5/version.h"
 
 #include <CLI/CLI.hpp>
 #include <QGuiApplication>
@@ -12,7 +13,7 @@ namespace {
 int run(int argc, char** argv)
 {
     CLI::App app("Drives the turnstiles and doors of a club.\n", "tnv5");
-    app.set_version_flag("--version", "tnv5 " TNV5_VERSION);
+    app.set_version_flag("--version", "tnv5 " TNV5_VERSION_STRING);
     app.require_subcommand(1);
     app.footer("\nA first look, without any hardware:  tnv5 demo\n"
                "More about a command:                tnv5 COMMAND --help");
