@@ -2,6 +2,7 @@
 
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
+#include "apps/tnv5/stop_signal.h"
 #include "apps/tnv5/terminal_simulation.h"
 #include "tnv5/bank/bank_pos.h"
 #include "tnv5/bank/bank_pos_texts.h"
@@ -72,9 +73,23 @@ int pay(const TTerminalPayment& payment)
             print(QStringLiteral("  ") + text, TColour::Faint);
         });
     }
+    bool sent = false;
+    const TStopSignal stop([&sent] { // a library that has the amount cannot be told to stop
+        if (sent) {
+            complain(
+                QStringLiteral("The terminal has the payment, and ends it. Ctrl-C again leaves this program "
+                               "without its outcome."));
+        }
+    });
     if (!pos.Init() || !pos.Connect()) {
         return kFailed;
     }
+    if (stop.received()) {
+        pos.Disconnect();
+        print(QStringLiteral("Stopped, nothing was sent."));
+        return kInterrupted;
+    }
+    sent = true;
     print(QStringLiteral("%1 goes to the terminal").arg(host::amountText(payment.cents)));
     const bool paid = pos.Purchase(payment.cents, payment.discount, payment.merchant);
     const int result = resultOf(pos, payment, paid);

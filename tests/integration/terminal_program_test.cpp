@@ -44,6 +44,22 @@ TEST(TerminalProgram, EndsWithTheOutcomeOfEachLibrary)
     EXPECT_EQ(TProgramRun(TNV5_PROGRAM, pay("sim:4:timeout")).exitCode(), 5); // nobody knows
 }
 
+TEST(TerminalProgram, ASignalDoesNotLeaveAPaymentAlone)
+{
+    TProgramRun run(TNV5_PROGRAM, {"pay", "--terminal", "sim:1", "--amount", "12.50", "--step", "1000"});
+    EXPECT_TRUE(run.says("terminal: Insert or tap the card"));
+    run.stop();
+    EXPECT_TRUE(run.says("The terminal has the payment, and ends it."));
+    EXPECT_EQ(run.exitCode(), 0);
+    EXPECT_TRUE(run.says("12.50 approved"));
+    TProgramRun left(TNV5_PROGRAM, {"pay", "--terminal", "sim:1", "--amount", "12.50", "--step", "60000"});
+    EXPECT_TRUE(left.says("terminal: Insert or tap the card"));
+    left.stop();
+    EXPECT_TRUE(left.says("Ctrl-C again leaves this program"));
+    left.stop();
+    EXPECT_EQ(left.exitCode(), -1) << "ended by the signal";
+}
+
 TEST(TerminalProgram, SaysWhatCannotBeDone)
 {
     for (const char* name : {"5", "sim", "sim:", "sim:7", "sim:1:fly", "1:decline", "x", "sim:1:decline:2"}) {
