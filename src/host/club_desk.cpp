@@ -40,6 +40,7 @@ TClubDesk::TClubDesk(TDatabase& database) : FDatabase(database), FJournal(databa
 {
     FJournal.OnTrouble = [this](const QString& text) { trouble(text); };
     FJournal.OnLost = [this](const TPass& pass) {
+        ++FLost;
         trouble(QStringLiteral("NOT IN THE JOURNAL: %1  %2").arg(toText(pass.began), logLine(pass)));
     };
     holderPicture({}); // loads the fonts now, not while the first person waits
@@ -86,6 +87,20 @@ TPass TClubDesk::decideNew(const QString& address, const QString& card)
     }
     note(pass);
     return *pass;
+}
+
+bool TClubDesk::hasPass(const QString& address, const QString& card) const
+{
+    return FUnderWay.contains({address, card});
+}
+
+QString TClubDesk::holderAt(const QString& address) const
+{
+    const auto pass = FUnderWay.lower_bound({address, {}});
+    if (pass == FUnderWay.end() || pass->first.first != address) {
+        return {};
+    }
+    return pass->second->name.isEmpty() ? pass->second->card : pass->second->name;
 }
 
 // Everything that the database knows about a pass, and what follows from it.

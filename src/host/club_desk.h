@@ -43,6 +43,14 @@ public:
     TPass decideNew(const QString& address, const QString& card);
     /// A pass under way has ended.
     void endPass(const QString& address, const QString& card, TEnding ending);
+    /// Whether a pass is under way.
+    bool hasPass(const QString& address, const QString& card) const;
+    /// Who is passing at a gate, the card when it is nobody's; empty when nobody is.
+    QString holderAt(const QString& address) const;
+    /// Passes that wait to be written into the journal.
+    qsizetype waiting() const { return FJournal.waiting(); }
+    /// Passes that will never be in the journal.
+    qint64 lost() const { return FLost; }
     /// Picture of a card's holder, null when there is none or it cannot be found out.
     QImage pictureFor(const QString& card);
     /// Tells the person in charge.
@@ -68,6 +76,7 @@ private:
     QCache<qint64, QImage> FPictures;
     std::deque<std::function<void()>> FNews; // what is to be told, in order
     platform::TTimer FNewsTimer;
+    qint64 FLost = 0;
     bool FClosed = false;
 };
 
