@@ -198,7 +198,8 @@ QStringList version6()
                         "a card has a number");
     steps += refuseBoth("gate", "address", "empty", "trim(new.address, char(9, 10, 13, 32, 160)) = ''",
                         "a gate has an address");
-    steps += refuseBoth("membership", "valid_from", "from", "date(new.valid_from, '+0 days') IS NOT new.valid_from",
+    steps += refuseBoth("membership", "valid_from", "from",
+                        "date(new.valid_from, '+0 days') IS NOT new.valid_from",
                         "valid_from is no date such as 2026-01-31");
     steps += refuseBoth("membership", "valid_to", "to", "date(new.valid_to, '+0 days') IS NOT new.valid_to",
                         "valid_to is no date such as 2026-01-31");
