@@ -7,27 +7,30 @@
 
 namespace tnv5::host {
 
-/// What a running club offers to those who talk to it over its local socket. All calls are made in the thread of the
-/// event loop that the club lives in.
-class IClubControl {
+/// What a running club offers to those who talk to it over its local socket. All calls are made in the thread
+/// of the event loop that the club lives in.
+class IClubControl
+{
 public:
     virtual ~IClubControl() = default;
 
     /// All that can be shown of the club at this moment (docs/local-socket.md describes the members).
     virtual QJsonObject state() = 0;
 
-    /// Opens a gate by hand; `gate` is its address as in the club's file ("01", "12345/3"). Returns "" when the command
-    /// was given to the controller, or one plain sentence why not. It is journalled with who did it and why.
+    /// Opens a gate by hand; `gate` is its address as in the club's file ("01", "12345/3"). Returns "" when
+    /// the command was given to the controller, or one plain sentence why not. It is journalled with who did
+    /// it and why.
     virtual QString open(const QString& gate, const QString& who, const QString& reason) = 0;
 
-    /// Reads the club's file again; what it does not change goes on. Returns "" or what is wrong with the file, in
-    /// which case nothing has changed.
+    /// Reads the club's file again; what it does not change goes on. Returns "" or what is wrong with the
+    /// file, in which case nothing has changed.
     virtual QString reload() = 0;
 
     /// The picture of a card's member as PNG; empty when there is none.
     virtual QByteArray picture(const QString& card) = 0;
 
-    /// Up to `limit` passes that the journal has after row `after`, oldest first, as the events "pass" carry them.
+    /// Up to `limit` passes that the journal has after row `after`, oldest first, as the events "pass" carry
+    /// them.
     virtual QJsonArray journal(qint64 after, int limit) = 0;
 };
 
