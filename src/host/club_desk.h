@@ -35,14 +35,33 @@ public:
     TClubDesk(const TClubDesk&) = delete;
     TClubDesk& operator=(const TClubDesk&) = delete;
 
-    /// Writes the journal to its end; passes that are still under way are entered as interrupted. What cannot
-    /// be written is told through `OnTrouble`, pass by pass.
+    /// Writes the journal to its end; passes that are still under way are entered as interrupted, and outages
+    /// end: nobody looks after the line from now on. What cannot be written is told through `OnTrouble`, pass
+    /// by pass.
     void close();
 
     /// Decides about a new pass; a pass that opens is under way from now on.
     TPass decideNew(const QString& address, const QString& card);
     /// A pass under way has ended.
     void endPass(const QString& address, const QString& card, TEnding ending);
+    /// The next opening by hand at a gate, within `kByHandMs`, was asked for by `who`, because of `reason`:
+    /// the host calls it just before it makes the controller open, and both are kept with the pass.
+    void expectByHand(const QString& address, const QString& who, const QString& reason);
+    static constexpr int kByHandMs = 10'000;
+
+    /// A line cannot be used any more: an outage begins in the journal, unless one is under way on that line.
+    void lineLost(const QString& line, const QString& why);
+    /// A line can be used again: its outage ends.
+    void lineBack(const QString& line);
+
+    /// Whether a pass is under way.
+    bool hasPass(const QString& address, const QString& card) const;
+    /// Who is passing at a gate, the card when it is nobody's; empty when nobody is.
+    QString holderAt(const QString& address) const;
+    /// Passes that wait to be written into the journal.
+    qsizetype waiting() const { return FJournal.waiting(); }
+    /// Passes that will never be in the journal.
+    qint64 lost() const { return FLost; }
     /// Picture of a card's holder, null when there is none or it cannot be found out.
     QImage pictureFor(const QString& card);
     /// Tells the person in charge.
@@ -56,7 +75,15 @@ public:
 private:
     using TKey = std::pair<QString, QString>; // address and card
 
+    struct TByHand
+    {
+        platform::TDateTime asked;
+        QString who;
+        QString reason;
+    };
+
     void lookUp(TPass& pass);
+    void signByHand(TPass& pass);
     bool isInside(const TMember& member, const TPass& pass) const;
     PPass takePass(const QString& address, const QString& card);
     void note(const PPass& pass);
@@ -65,9 +92,12 @@ private:
     TDatabase& FDatabase;
     TJournal FJournal;
     std::map<TKey, PPass> FUnderWay;
+    std::map<QString, TByHand> FByHand;  // by the gate
+    std::map<QString, POutage> FOutages; // under way, by the line
     QCache<qint64, QImage> FPictures;
     std::deque<std::function<void()>> FNews; // what is to be told, in order
     platform::TTimer FNewsTimer;
+    qint64 FLost = 0;
     bool FClosed = false;
 };
 

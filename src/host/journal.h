@@ -22,6 +22,7 @@ public:
     /// Passes that may wait while the database fails. Beyond that the oldest one that waits is given up: it
     /// goes to `OnLost`.
     static constexpr qsizetype kMaxWaiting = 100'000;
+    static constexpr qsizetype kMaxOutages = 1'000; ///< that may wait; the oldest one is given up
 
     explicit TJournal(TDatabase& database);
     ~TJournal();
@@ -30,6 +31,9 @@ public:
 
     /// A new pass, or one that has changed since it was added.
     void add(const PPass& pass);
+
+    /// A line that cannot be used, or can be used again since it was added.
+    void add(const POutage& outage);
 
     /// Writes everything that waits, now. @return false when it failed; then it keeps waiting.
     bool flush();
@@ -57,6 +61,7 @@ private:
     TDatabase& FDatabase;
     platform::TTimer FTimer;
     QList<PPass> FWaiting;
+    QList<POutage> FOutages;
     QSet<const TPass*> FQueued;  // the same, to find them
     QHash<qint64, bool> FInside; // what the waiting passes make of their members
     bool FFailing = false;
