@@ -58,6 +58,10 @@ public:
     bool hasPass(const QString& address, const QString& card) const;
     /// Who is passing at a gate, the card when it is nobody's; empty when nobody is.
     QString holderAt(const QString& address) const;
+    /// Whoever is passing at a gate is interrupted: nothing will be heard of it any more.
+    void interrupt(const QString& address);
+    /// The journal could not be written when it was last tried.
+    bool journalFails() const { return FJournal.failing(); }
     /// Passes that wait to be written into the journal.
     qsizetype waiting() const { return FJournal.waiting(); }
     /// Passes that will never be in the journal.
@@ -71,6 +75,8 @@ public:
     std::function<void(const TPass& pass)> OnPass;
     /// One line for the person in charge: errors of the components and of the database.
     std::function<void(const QString& text)> OnTrouble;
+    /// A pass will never be in the journal; none: it is told through `OnTrouble`.
+    std::function<void(const QString& text)> OnLost;
 
 private:
     using TKey = std::pair<QString, QString>; // address and card

@@ -102,7 +102,8 @@ QStringList TClubGates::troubles()
 
 // ---- classic lines
 
-TClubLine::TClubLine(TClubSite& site, const TLinePlan& plan) : TClubGates(site, plan), FHost(FDevice, site.desk)
+TClubLine::TClubLine(TClubSite& site, const TLinePlan& plan)
+    : TClubGates(site, plan), FHost(FDevice, site.desk)
 {
     keep(FHost.Keeping);
     FDevice.SetComport(&FPort.port());
@@ -153,7 +154,8 @@ TClubBus::TClubBus(TClubSite& site, const TLinePlan& plan) : TClubGates(site, pl
     keep(FHost.Keeping);
     FConnector.SetConnectorType(connector::podComPort);
     FConnector.SetComport(&FPort.port());
-    FConnector.SetOnError([this](platform::TComponent*, const QString& text) { FSite.log.warning(FPlan.name, text); });
+    FConnector.SetOnError(
+        [this](platform::TComponent*, const QString& text) { FSite.log.warning(FPlan.name, text); });
     FDevice.SetConnector(&FConnector);
     FRelays.SetConnector(&FConnector);
     attach();
@@ -168,7 +170,8 @@ TClubBus::~TClubBus()
 
 void TClubBus::attach()
 {
-    FConnector.SetOnGetData([this](platform::TComponent* sender, const QString& line) { hear(sender, line); });
+    FConnector.SetOnGetData(
+        [this](platform::TComponent* sender, const QString& line) { hear(sender, line); });
 }
 
 void TClubBus::hear(platform::TComponent* sender, const QString& line)

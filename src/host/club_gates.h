@@ -69,8 +69,8 @@ private:
 
 /// A bus of networked gates and relay boards.
 ///
-/// A connector hands its lines to one component; here boards of sides "A" and "B" are the relay boards' component's,
-/// all others the gates'.
+/// A connector hands its lines to one component; here boards of sides "A" and "B" are the relay boards'
+/// component's, all others the gates'.
 class TClubBus final : public TClubGates
 {
 public:

@@ -37,7 +37,10 @@ QJsonObject passEvent(const QJsonObject& pass)
 QJsonObject lineEvent(const TLogLine& line)
 {
     const QString source = line.source.isEmpty() ? QString() : line.source + QStringLiteral(": ");
-    return {{"event", "line"}, {"level", toText(line.level)}, {"time", isoTime(line.timeMs)}, {"text", source + line.text}};
+    return {{"event", "line"},
+            {"level", toText(line.level)},
+            {"time", isoTime(line.timeMs)},
+            {"text", source + line.text}};
 }
 
 QJsonObject saleJson(const TSale& sale)

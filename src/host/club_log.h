@@ -36,6 +36,9 @@ public:
     void warning(const QString& source, const QString& text) { add(TLogLevel::Warning, source, text); }
     void error(const QString& source, const QString& text) { add(TLogLevel::Error, source, text); }
 
+    /// An error that is written whatever there was before.
+    void always(const QString& text);
+
     /// Opens the file anew, for programs that rename it (logrotate), or another one.
     void reopen(const QString& file);
     void reopen() { reopen(FFile); }

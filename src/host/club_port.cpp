@@ -42,7 +42,11 @@ QString TClubPort::whyNot() const
 
 QJsonObject TClubPort::state() const
 {
-    return {{"name", FName}, {"port", FPort.Port()}, {"open", open()}, {"why", open() ? QString() : FWhy}, {"since", isoTime(FSinceMs)}};
+    return {{"name", FName},
+            {"port", FPort.Port()},
+            {"open", open()},
+            {"why", open() ? QString() : FWhy},
+            {"since", isoTime(FSinceMs)}};
 }
 
 void TClubPort::opened()
@@ -60,7 +64,9 @@ void TClubPort::lost(const QString& why)
 {
     FWhy = why;
     FSinceMs = nowMs();
-    FSite.log.error(FName, QStringLiteral("%1 went away (%2); it will be opened again when it is back").arg(FPort.Port(), why));
+    FSite.log.error(
+        FName,
+        QStringLiteral("%1 went away (%2); it will be opened again when it is back").arg(FPort.Port(), why));
     FSite.desk.lineLost(FName, why);
     if (OnLost) {
         OnLost(why);

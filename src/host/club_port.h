@@ -20,7 +20,8 @@ struct TClubSite
     std::function<void(const QJsonObject& event)> tell; ///< those who watch
 };
 
-/// A serial port of a running club: kept open, its comings and goings in the log and, as outages, in the journal.
+/// A serial port of a running club: kept open, its comings and goings in the log and, as outages, in the
+/// journal.
 class TClubPort
 {
 public:
@@ -57,7 +58,8 @@ private:
     qint64 FSinceMs;
 };
 
-/// Lets others watch a component, or nobody; asked for again and again, it opens what could not be opened before.
+/// Lets others watch a component, or nobody; asked for again and again, it opens what could not be opened
+/// before.
 /// @return whether it is as it should be
 bool serveMonitor(controller::TControllerDevice& device, const std::optional<TMonitorPlan>& plan);
 /// Ends watching, and begins it as a plan says.
