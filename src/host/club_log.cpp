@@ -15,7 +15,7 @@ namespace tnv5::host {
 
 namespace {
 
-constexpr qsizetype kMaxText = 2'000; // a packet may have 64 KiB, and a pipe takes 4 KiB at once
+constexpr qsizetype kMaxText = 2'000;    // a packet may have 64 KiB, and a pipe takes 4 KiB at once
 constexpr int kPriorities[] = {6, 4, 3}; // info, warning, error of syslog
 
 qint64 nowMs()
