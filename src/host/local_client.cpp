@@ -189,9 +189,9 @@ void TLocalClient::TLink::read()
             onLine(*line);
         } else if (FLines.overlong()) {
             lost(local_texts::kJunk.arg(Path));
-        } else if (const QByteArray bytes = socket->read(kMaxLocalLine); !bytes.isEmpty()) {
+        } else if (socket->bytesAvailable() > 0) {
             FHeard = true;
-            FLines.add(bytes);
+            FLines.add(socket->read(kMaxLocalLine));
         } else {
             return;
         }

@@ -49,7 +49,7 @@ void TLocalPeer::read()
             break;
         }
         // All that has come first: an answer to somebody who has left ends the connection with what it holds.
-        while (!FLines.ready() && FLines.add(FSocket->read(kReadBytes)) && FSocket->bytesAvailable() > 0) {
+        while (!FLines.ready() && FSocket->bytesAvailable() > 0 && FLines.add(FSocket->read(kReadBytes))) {
         }
         if (const auto line = FLines.take()) {
             FOnLine(*this, *line);
