@@ -4,8 +4,8 @@
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/stop_signal.h"
 #include "tnv5/host/club_check.h"
-#include "tnv5/host/club_json.h"
 #include "tnv5/host/club_plant.h"
+#include "tnv5/host/local_events.h"
 #include "tnv5/host/local_path.h"
 #include "tnv5/host/local_server.h"
 
@@ -37,7 +37,10 @@ public:
           FClub(file, plan, FBooks, FLog),
           FServer(FClub, socket.isEmpty() ? host::usualSocket(plan.name) : socket)
     {
-        FLog.OnLine = [this](const host::TLogLine& line) { FServer.tell(host::lineEvent(line)); };
+        FLog.OnLine = [this](const host::TLogLine& line) {
+            const QString source = line.source.isEmpty() ? QString() : line.source + QStringLiteral(": ");
+            FServer.tell(host::lineEvent(line.level, host::momentOf(line.timeMs), source + line.text));
+        };
         FClub.OnEvent = [this](const QJsonObject& event) { FServer.tell(event); };
         FClub.OnChanged = [this] { FServer.stateChanged(); };
     }

@@ -1,6 +1,6 @@
 #include "tnv5/host/club_counters.h"
 
-#include "tnv5/host/club_json.h"
+#include "tnv5/host/local_events.h"
 
 namespace tnv5::host {
 
@@ -20,7 +20,7 @@ TClubScale::TClubScale(TClubSite& site, const TScalePlan& plan)
     FScales.SetUpComport();
     FCounter.OnSold = [this](const TSale& sale) {
         FSite.log.info(FPlan.name, logLine(sale));
-        FSite.tell(saleJson(sale));
+        FSite.tell(saleEvent(sale));
     };
     FCounter.OnTrouble = [this](const QString& text) {
         FTold = text;
@@ -72,7 +72,7 @@ TClubTerminal::TClubTerminal(TClubSite& site, const TTerminalPlan& plan)
         FCents = 0;
         FStage = toText(payment.outcome);
         FSite.log.info(FPlan.name, logLine(payment));
-        FSite.tell(paymentJson(payment));
+        FSite.tell(paymentEvent(payment));
     };
     FCounter.OnStep = [this](const QString& text) {
         FStage = text;

@@ -48,6 +48,8 @@ public:
     /// the host calls it just before it makes the controller open, and both are kept with the pass.
     void expectByHand(const QString& address, const QString& who, const QString& reason);
     static constexpr int kByHandMs = 10'000;
+    /// Whether that opening has not been asked for by a component yet.
+    bool expectsByHand(const QString& address) const { return FByHand.contains(address); }
 
     /// A line cannot be used any more: an outage begins in the journal, unless one is under way on that line.
     void lineLost(const QString& line, const QString& why);

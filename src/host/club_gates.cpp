@@ -2,7 +2,7 @@
 
 #include "tnv5/common/messages.h"
 #include "tnv5/connector/routed_line.h"
-#include "tnv5/host/club_json.h"
+#include "tnv5/host/local_events.h"
 #include "tnv5/platform/clock.h"
 
 namespace tnv5::host {
@@ -68,7 +68,8 @@ QString TClubGates::open(const QString& address, const QString& who, const QStri
         return QStringLiteral("somebody is passing at %1").arg(address);
     }
     FSite.desk.expectByHand(address, who, reason);
-    return command(address) ? QString() : QStringLiteral("%1 could not be told to open").arg(address);
+    command(address);
+    return FSite.desk.expectsByHand(address) ? QStringLiteral("%1 could not be told to open").arg(address) : QString();
 }
 
 QJsonArray TClubGates::gatesState() const
@@ -139,12 +140,10 @@ void TClubLine::look()
 }
 
 // As if a card had been read: the component asks the desk, which opens for the pseudo card and journals it.
-bool TClubLine::command(const QString& address)
+void TClubLine::command(const QString& address)
 {
     FDevice.p_hw_ProtocolIn(u'$' + address + u'R' + common::kCardManual);
     FDevice.p_hw_CallStackArray(); // now, and not at the next tick
-    const turnstile::PRFidInfo pass = FDevice.StackItem(FDevice.p_hw_FindDevice(address));
-    return pass && pass->CardNumber == common::kCardManual && pass->Status == common::kOpen;
 }
 
 // ---- buses
@@ -227,7 +226,7 @@ void TClubBus::setLamps(const QList<TLampPlan>& lamps)
         FLampHost = std::make_unique<TSwitchHost>(FRelays, FSite.database, names);
         FLampHost->OnTime = [this](const TLampTime& time) {
             FSite.log.info(FPlan.name, logLine(time));
-            FSite.tell(lampTimeJson(time));
+            FSite.tell(lampTimeEvent(time));
         };
         FLampHost->OnTrouble = [this](const QString& text) { FSite.log.warning(FPlan.name, text); };
     }
@@ -238,12 +237,10 @@ bool TClubBus::busy(const QString& address) const
     return FDevice.p_hw_FindDevice(kLink, address) >= 0;
 }
 
-bool TClubBus::command(const QString& address)
+void TClubBus::command(const QString& address)
 {
     FDevice.p_hw_manual(kLink, address, common::kOpen);
     FDevice.p_hw_CallStackArray(); // now, and not at the next tick
-    const d24::PRFidInfo pass = FDevice.StackItem(FDevice.p_hw_FindDevice(kLink, address));
-    return pass && pass->CardNumber == common::kCardManual && pass->Status == common::kOpen;
 }
 
 std::optional<bool> TClubBus::answering(const QString& address) const
@@ -256,10 +253,11 @@ QJsonArray TClubBus::boardsState() const
 {
     QJsonArray boards;
     for (auto board = FHeardMs.begin(); board != FHeardMs.end(); ++board) {
-        boards.append(QJsonObject{{"address", board.key()},
-                                  {"line", FPlan.name},
-                                  {"answering", answering(board.key()).value_or(false)},
-                                  {"heard", board.value() == 0 ? QString() : isoTime(board.value())}});
+        boards.append(
+            QJsonObject{{"address", board.key()},
+                        {"line", FPlan.name},
+                        {"answering", answering(board.key()).value_or(false)},
+                        {"heard", board.value() == 0 ? QString() : isoTime(momentOf(board.value()))}});
     }
     return boards;
 }

@@ -36,7 +36,7 @@ public:
 protected:
     /// Whether a person is in the gate, and the command that makes it open.
     virtual bool busy(const QString& address) const = 0;
-    virtual bool command(const QString& address) = 0;
+    virtual void command(const QString& address) = 0;
     /// Nothing: it was never heard, or cannot be known.
     virtual std::optional<bool> answering(const QString& address) const = 0;
     void keep(TGateKeeping& keeping);
@@ -59,7 +59,7 @@ public:
 
 protected:
     bool busy(const QString& address) const override { return FDevice.p_hw_FindDevice(address) >= 0; }
-    bool command(const QString& address) override;
+    void command(const QString& address) override;
     std::optional<bool> answering(const QString&) const override { return std::nullopt; }
 
 private:
@@ -91,7 +91,7 @@ public:
 
 protected:
     bool busy(const QString& address) const override;
-    bool command(const QString& address) override;
+    void command(const QString& address) override;
     std::optional<bool> answering(const QString& address) const override;
 
 private:

@@ -1,7 +1,7 @@
 #include "tnv5/host/club_plant.h"
 
 #include "tnv5/host/club_check.h"
-#include "tnv5/host/club_json.h"
+#include "tnv5/host/local_events.h"
 #include "tnv5/platform/clock.h"
 
 #include <QBuffer>
@@ -55,7 +55,7 @@ TClubPlant::TClubPlant(const QString& file, const TClubPlan& plan, TDatabase& da
     FDesk.OnPass = [this](const TPass& pass) {
         const std::optional<TGate> gate = gateAt(pass.gate);
         FLog.info(gate ? pass.gate : QStringLiteral("a gate that is not in the file"), passText(pass));
-        tell(passEvent(passJson(pass, gate)));
+        tell(passEvent(pass, gate ? gate->zone : QString()));
         changed();
     };
     FLook.SetInterval(kLookMs);
@@ -262,7 +262,7 @@ QJsonObject TClubPlant::state()
     }
     return {{"club", FPlan.name},
             {"version", QCoreApplication::applicationVersion()},
-            {"started", isoTime(FStartedMs)},
+            {"started", isoTime(momentOf(FStartedMs))},
             {"pid", QCoreApplication::applicationPid()},
             {"lines", lines},
             {"gates", gates},
@@ -371,7 +371,11 @@ QJsonArray TClubPlant::journal(qint64 after, int limit)
             TRows rows = FNameOf.run({pass.member});
             pass.name = rows.next() ? rows.value(0).toString() : QString();
         }
-        passes.append(passJson(pass, gateAt(pass.gate)));
+        const std::optional<TGate> gate = gateAt(pass.gate);
+        if (gate) {
+            pass.direction = gate->direction;
+        }
+        passes.append(toJson(pass, gate ? gate->zone : QString()));
     }
     return passes;
 }

@@ -1,5 +1,6 @@
 #include "tnv5/host/club_port.h"
 
+#include "tnv5/host/local_events.h"
 #include "tnv5/host/port_diagnosis.h"
 #include "tnv5/platform/clock.h"
 
@@ -46,7 +47,7 @@ QJsonObject TClubPort::state() const
             {"port", FPort.Port()},
             {"open", open()},
             {"why", open() ? QString() : FWhy},
-            {"since", isoTime(FSinceMs)}};
+            {"since", isoTime(momentOf(FSinceMs))}};
 }
 
 void TClubPort::opened()
