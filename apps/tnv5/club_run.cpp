@@ -92,7 +92,7 @@ private:
 
 int runClub(const QString& file, const QString& socket)
 {
-    ignoreBrokenPipes();
+    failInsteadOfEnding();
     const host::TClubFile club = host::checkClub(file);
     if (!complainAbout(file, club.errors)) {
         return kFailed;

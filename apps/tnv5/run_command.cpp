@@ -73,7 +73,7 @@ int run(const TRunOptions& options)
         }
     };
 
-    ignoreBrokenPipes();
+    failInsteadOfEnding();
     const THangUp hangUp([] {}); // a closed terminal ends nothing
     const TStopSignal stop(&QCoreApplication::quit);
     if (!keeper.start() && !options.wait) {
@@ -97,7 +97,7 @@ int runScript(const TRunOptions& options)
     for (const std::string& each : options.arguments) {
         arguments << QString::fromStdString(each);
     }
-    ignoreBrokenPipes();
+    failInsteadOfEnding();
     const THangUp hangUp([] {}); // a closed terminal ends nothing
     TScriptClub club(QString::fromStdString(options.database), arguments);
     const TStopSignal stop(&QCoreApplication::quit);

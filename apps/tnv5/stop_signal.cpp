@@ -97,9 +97,10 @@ void THangUp::onSignal()
     platform::guarded(FOnHangUp);
 }
 
-void ignoreBrokenPipes()
+void failInsteadOfEnding()
 {
     signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
 }
 
 void fillStandardStreams()

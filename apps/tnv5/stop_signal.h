@@ -47,8 +47,9 @@ private:
     int FDescriptor;
 };
 
-/// Writing to a pipe that nobody reads fails from now on, instead of ending the program.
-void ignoreBrokenPipes();
+/// Writing to a pipe that nobody reads, or to a file that may not grow, fails from now on, instead of ending
+/// the program.
+void failInsteadOfEnding();
 
 /// Standard input, output and error that the program was started without become /dev/null, so that no file
 /// that is opened later takes their place and gets what is printed.

@@ -69,7 +69,8 @@ QString TClubGates::open(const QString& address, const QString& who, const QStri
     }
     FSite.desk.expectByHand(address, who, reason);
     command(address);
-    return FSite.desk.expectsByHand(address) ? QStringLiteral("%1 could not be told to open").arg(address) : QString();
+    return FSite.desk.expectsByHand(address) ? QStringLiteral("%1 could not be told to open").arg(address)
+                                             : QString();
 }
 
 QJsonArray TClubGates::gatesState() const
