@@ -1,5 +1,6 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
+#include "tnv5/host/card_payment.h"
 #include "tnv5/host/club_file.h"
 #include "tnv5/host/local_client.h"
 #include "tnv5/host/local_path.h"
@@ -25,6 +26,11 @@ struct THostOptions
     std::string gate;
     std::string reason;
     std::string who;
+    std::string device; // scale, lamp or terminal
+    std::string card;
+    std::string product;
+    std::string amount;
+    int minutes = 0;
     bool json = false;
 };
 
@@ -152,6 +158,45 @@ int reload(const THostOptions& options)
     return kDone;
 }
 
+int sell(const THostOptions& options, const QJsonObject& request)
+{
+    QJsonObject whole = request;
+    whole.insert(u"do", QStringLiteral("sell"));
+    whole.insert(u"card", QString::fromStdString(options.card));
+    ask(options, whole);
+    print(QStringLiteral("Ordered at %1; \"tnv5 status\" and the log tell what becomes of it.")
+              .arg(QString::fromStdString(options.device)));
+    return kDone;
+}
+
+int sellGoods(const THostOptions& options)
+{
+    return sell(options, {{"scale", QString::fromStdString(options.device)},
+                          {"product", QString::fromStdString(options.product)}});
+}
+
+int sellTime(const THostOptions& options)
+{
+    return sell(options, {{"lamp", QString::fromStdString(options.device)}, {"minutes", options.minutes}});
+}
+
+int sellAmount(const THostOptions& options)
+{
+    const QString text = QString::fromStdString(options.amount);
+    const std::optional<qint64> cents = host::toCents(text);
+    if (!cents) {
+        throw platform::Exception(QStringLiteral("\"%1\" is no amount; write it like 12.50").arg(text));
+    }
+    return sell(options, {{"terminal", QString::fromStdString(options.device)}, {"cents", *cents}});
+}
+
+int cancelSale(const THostOptions& options)
+{
+    ask(options, {{"do", "cancel"}, {"device", QString::fromStdString(options.device)}});
+    print(QStringLiteral("Withdrawn at %1.").arg(QString::fromStdString(options.device)));
+    return kDone;
+}
+
 CLI::App* addCommand(CLI::App& app, const char* name, const char* text, THostOptions& options)
 {
     CLI::App* command = app.add_subcommand(name, text);
@@ -160,6 +205,31 @@ CLI::App* addCommand(CLI::App& app, const char* name, const char* text, THostOpt
                      "Which club, when several run here: its file, its name or its socket")
         ->type_name("CLUB");
     return command;
+}
+
+void addSellCommands(CLI::App& app, TCommand& chosen, const std::shared_ptr<THostOptions>& options)
+{
+    CLI::App* const sale = app.add_subcommand("sell", "Sell by weight, time or amount at a running club");
+    sale->require_subcommand(1);
+    const auto add = [&](const char* name, const char* text, const char* device,
+                         int (*run)(const THostOptions&)) {
+        CLI::App* const command = addCommand(*sale, name, text, *options);
+        command->add_option("device", options->device, "Its name in the club's file")
+            ->required()
+            ->type_name(device);
+        command->callback([&chosen, options, run] { chosen = [options, run] { return run(*options); }; });
+        return command;
+    };
+    CLI::App* command =
+        add("goods", "What is on a scale, as soon as it has come to rest", "SCALE", sellGoods);
+    command->add_option("card", options->card, "Whose account is charged")->required()->type_name("CARD");
+    command->add_option("product", options->product, "What it is")->required()->type_name("PRODUCT");
+    command = add("time", "Minutes on a lamp", "LAMP", sellTime);
+    command->add_option("card", options->card, "Whose account is charged")->required()->type_name("CARD");
+    command->add_option("minutes", options->minutes, "How many")->required()->type_name("MINUTES");
+    command = add("amount", "An amount at a bank terminal", "TERMINAL", sellAmount);
+    command->add_option("amount", options->amount, "Such as 12.50")->required()->type_name("AMOUNT");
+    add("nothing", "Withdraw what a scale or terminal still waits for", "DEVICE", cancelSale);
 }
 
 } // namespace
@@ -177,6 +247,8 @@ void addHostCommands(CLI::App& app, TCommand& chosen)
         ->required();
     command->add_option("--who", options->who, "Who, beside the name of the user");
     command->callback([&chosen, options] { chosen = [options] { return open(*options); }; });
+
+    addSellCommands(app, chosen, options);
 
     command = addCommand(app, "reload", "Let a running club read its file again", *options);
     command->footer("\nWhat has not changed goes on: no gate closes. A file with a mistake changes nothing.");

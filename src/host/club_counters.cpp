@@ -90,13 +90,13 @@ void TClubTerminal::recover()
     FCounter.recover();
 }
 
-QString TClubTerminal::pay(qint64 cents, qint64 discount)
+QString TClubTerminal::pay(qint64 cents)
 {
     if (!FPort.open()) {
         return FPort.whyNot();
     }
     FTold.clear();
-    if (!FCounter.order(cents, discount)) {
+    if (!FCounter.order(cents)) {
         return FTold;
     }
     FCents = cents;

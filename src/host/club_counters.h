@@ -16,6 +16,8 @@ public:
     TClubPort& port() { return FPort; }
     /// Somebody takes what is on the platform. @return "" or why not
     QString sell(const QString& card, const QString& product);
+    /// Forgets an order that still waits.
+    void cancel() { FCounter.cancel(); }
     QJsonObject state() const;
 
 private:
@@ -40,7 +42,7 @@ public:
     /// Payments that an earlier run has left under way become unknown; once, before any is ordered.
     void recover();
     /// The terminal's next request gets this amount. @return "" or why not
-    QString pay(qint64 cents, qint64 discount);
+    QString pay(qint64 cents);
     /// Withdraws an order, or refuses the next step of the payment under way.
     void cancel() { FCounter.cancel(); }
     QJsonObject state() const;

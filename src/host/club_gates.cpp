@@ -229,8 +229,20 @@ void TClubBus::setLamps(const QList<TLampPlan>& lamps)
             FSite.log.info(FPlan.name, logLine(time));
             FSite.tell(lampTimeEvent(time));
         };
-        FLampHost->OnTrouble = [this](const QString& text) { FSite.log.warning(FPlan.name, text); };
+        FLampHost->OnTrouble = [this](const QString& text) {
+            FLampTold = text;
+            FSite.log.warning(FPlan.name, text);
+        };
     }
+}
+
+QString TClubBus::sellTime(const QString& lamp, const QString& card, int minutes)
+{
+    if (!FPort.open()) {
+        return FPort.whyNot();
+    }
+    FLampTold = QStringLiteral("%1 cannot be switched on").arg(lamp);
+    return FLampHost->sell(card, lamp, minutes) ? QString() : FLampTold;
 }
 
 bool TClubBus::busy(const QString& address) const

@@ -85,7 +85,8 @@ public:
     void look() override;
 
     bool hasLamp(const QString& name) const { return FLampNames.contains(name); }
-    TSwitchHost* lampHost() { return FLampHost.get(); }
+    /// Orders time on one of its lamps. @return "" or why not @throws EDatabase
+    QString sellTime(const QString& lamp, const QString& card, int minutes);
     QJsonArray boardsState() const;
     QJsonArray lampsState();
 
@@ -105,6 +106,7 @@ private:
     std::unique_ptr<TSwitchHost> FLampHost;
     QList<TLampPlan> FLamps;
     QStringList FLampNames;
+    QString FLampTold;              // by the host of the lamps, while it is asked to sell
     QMap<QString, qint64> FHeardMs; // boards of the plan, by address; 0: never
 };
 

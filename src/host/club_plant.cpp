@@ -24,6 +24,17 @@ bool goesOn(const TLinePlan& before, const TLinePlan& now)
     return before.name == now.name && before.port == now.port && before.baud == now.baud;
 }
 
+/// What an order says, or why the books do not allow it.
+template <class Order>
+QString attempt(const Order& order)
+{
+    try {
+        return order();
+    } catch (const EDatabase& error) {
+        return error.message();
+    }
+}
+
 template <class Plan>
 const Plan* find(const QList<Plan>& plans, const QString& name)
 {
@@ -350,6 +361,43 @@ QString TClubPlant::reload()
     FLog.reopen(file.plan.log);
     apply(file.plan);
     FLog.info({}, name + QStringLiteral(" has been read again"));
+    return {};
+}
+
+QString TClubPlant::sellGoods(const QString& scale, const QString& card, const QString& product)
+{
+    const auto found = FScales.find(scale);
+    return found == FScales.end() ? QStringLiteral("there is no scale \"%1\"").arg(scale)
+                                  : attempt([&] { return found->second->sell(card, product); });
+}
+
+QString TClubPlant::sellTime(const QString& lamp, const QString& card, int minutes)
+{
+    for (const auto& [name, bus] : FBuses) {
+        if (bus->hasLamp(lamp)) {
+            return attempt([&] { return bus->sellTime(lamp, card, minutes); });
+        }
+    }
+    return QStringLiteral("there is no lamp \"%1\"").arg(lamp);
+}
+
+QString TClubPlant::sellAmount(const QString& terminal, qint64 cents)
+{
+    const auto found = FTerminals.find(terminal);
+    return found == FTerminals.end() ? QStringLiteral("there is no terminal \"%1\"").arg(terminal)
+                                     : attempt([&] { return found->second->pay(cents); });
+}
+
+QString TClubPlant::cancelSale(const QString& device)
+{
+    if (const auto scale = FScales.find(device); scale != FScales.end()) {
+        scale->second->cancel();
+    } else if (const auto terminal = FTerminals.find(device); terminal != FTerminals.end()) {
+        terminal->second->cancel();
+    } else {
+        return QStringLiteral("there is no scale or terminal \"%1\"").arg(device);
+    }
+    changed();
     return {};
 }
 

@@ -38,6 +38,10 @@ public:
     QJsonObject state() override;
     QString open(const QString& gate, const QString& who, const QString& reason) override;
     QString reload() override;
+    QString sellGoods(const QString& scale, const QString& card, const QString& product) override;
+    QString sellTime(const QString& lamp, const QString& card, int minutes) override;
+    QString sellAmount(const QString& terminal, qint64 cents) override;
+    QString cancelSale(const QString& device) override;
     QByteArray picture(const QString& card) override;
     QJsonArray journal(qint64 after, int limit) override;
 

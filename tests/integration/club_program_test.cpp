@@ -12,6 +12,8 @@ using host::TEnding;
 
 using TClubProgram = TClubSite;
 
+const QString kAnna = QStringLiteral("M1");
+
 QJsonObject named(const QJsonArray& list, const char* key, const QString& value)
 {
     for (const QJsonValue& each : list) {
@@ -110,6 +112,38 @@ TEST_F(TClubProgram, OpenedByHand)
     EXPECT_TRUE(run->says(QStringLiteral("error entrance: ")));
     EXPECT_NE(open(QStringLiteral("01A")), 0);
     EXPECT_TRUE(said.contains(QStringLiteral("entrance is not open: "))) << qUtf8Printable(said);
+}
+
+TEST_F(TClubProgram, SellsByWeightAndByTheMinute)
+{
+    const auto run = start();
+    const auto sell = [this](const QStringList& words) {
+        return command(QStringList(QStringLiteral("sell")) + words +
+                       QStringList({QStringLiteral("--club"), socket}));
+    };
+    EXPECT_EQ(sell({QStringLiteral("goods"), QStringLiteral("fruit"), kAnna, QStringLiteral("apples")}), 0)
+        << qUtf8Printable(said);
+    scale.put(450);
+    host::TDatabase books(database);
+    EXPECT_TRUE(eventually([&] { return books.lastSale() == 1; }));
+    const host::TSale sale = books.salesAfter(0, 1).value(0);
+    EXPECT_EQ(sale.grams, 450);
+    EXPECT_EQ(sale.cents, 144);
+    EXPECT_EQ(sale.card, kAnna);
+    EXPECT_TRUE(run->says(QStringLiteral("450 g apples at 3.20/kg: 1.44")));
+    EXPECT_EQ(sell({QStringLiteral("goods"), QStringLiteral("fruit"), kAnna, QStringLiteral("pears")}), 1);
+    EXPECT_TRUE(said.contains(QStringLiteral("nothing is sold as \"pears\""))) << qUtf8Printable(said);
+    EXPECT_EQ(sell({QStringLiteral("goods"), QStringLiteral("meat"), kAnna, QStringLiteral("apples")}), 1);
+    EXPECT_TRUE(said.contains(QStringLiteral("there is no scale \"meat\"")));
+
+    EXPECT_TRUE(eventually([&] { return bus.counts(QStringLiteral("201A")).Pings > 0; }));
+    EXPECT_EQ(sell({QStringLiteral("time"), QStringLiteral("Sun"), kAnna, QStringLiteral("5")}), 0)
+        << qUtf8Printable(said);
+    EXPECT_TRUE(eventually([&] { return bus.relayOn(QStringLiteral("201A"), 1); }));
+    EXPECT_EQ(books.holderOf(kAnna)->member.balance, -144 - 250);
+    EXPECT_EQ(sell({QStringLiteral("time"), QStringLiteral("Moon"), kAnna, QStringLiteral("5")}), 1);
+    EXPECT_EQ(sell({QStringLiteral("amount"), QStringLiteral("bar"), QStringLiteral("12.50")}), 1);
+    EXPECT_TRUE(said.contains(QStringLiteral("there is no terminal \"bar\""))) << qUtf8Printable(said);
 }
 
 TEST_F(TClubProgram, AFileWithMistakesStartsNothing)
