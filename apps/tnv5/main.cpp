@@ -33,8 +33,23 @@ int run(int argc, char** argv)
     tnv5::cli::addTerminalCommand(app, chosen);
     tnv5::cli::addMonitorCommand(app, chosen);
     tnv5::cli::addCertCommand(app, chosen);
+    tnv5::cli::addInitCommand(app, chosen);
+    tnv5::cli::addMemberCommand(app, chosen);
+    tnv5::cli::addCardCommand(app, chosen);
+    tnv5::cli::addMembershipCommand(app, chosen);
+    tnv5::cli::addZoneCommand(app, chosen);
+    tnv5::cli::addGateCommand(app, chosen);
+    tnv5::cli::addProductCommand(app, chosen);
+    tnv5::cli::addInsideCommand(app, chosen);
+    tnv5::cli::addJournalCommand(app, chosen);
+    tnv5::cli::addBackupCommand(app, chosen);
+    tnv5::cli::addPruneCommand(app, chosen);
     tnv5::cli::addScriptReferenceCommand(app, chosen);
-    CLI11_PARSE(app, argc, argv);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? tnv5::cli::kDone : tnv5::cli::kMisused; // 0: --help
+    }
 
     qputenv("QT_NO_GLIB", "1"); // Qt's own event loop answers a card sooner
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {

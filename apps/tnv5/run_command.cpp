@@ -1,3 +1,4 @@
+#include "apps/tnv5/book_options.h"
 #include "apps/tnv5/club_run.h"
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
@@ -47,7 +48,7 @@ void setGates(host::TDatabase& club, const std::vector<std::string>& gates)
 
 int run(const TRunOptions& options)
 {
-    host::TDatabase club(QString::fromStdString(options.database));
+    host::TDatabase club(QString::fromStdString(options.database), host::TOpening::Existing);
     setGates(club, options.gates);
 
     platform::TSerialPort port;
@@ -127,8 +128,7 @@ void addRunCommand(CLI::App& app, TCommand& chosen)
     command->add_option("--port", options->port, "Serial port, best a stable name from \"tnv5 ports\"")
         ->excludes(script)
         ->type_name("NAME");
-    command->add_option("--db", options->database, "The club's database; made when it is not there")
-        ->type_name("FILE");
+    addDatabaseOption(*command, options->database);
     command
         ->add_option("--gates", options->gates,
                      "Gates to add or change, as address:zone:direction, such as 01A:hall:in 02A:hall:out;\n"

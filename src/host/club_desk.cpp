@@ -53,6 +53,9 @@ TClubDesk::TClubDesk(TDatabase& database) : FDatabase(database), FJournal(databa
     holderPicture({}); // loads the fonts now, not while the first person waits
     FNewsTimer.SetInterval(kNewsDelayMs);
     FNewsTimer.OnTimer = [this](platform::TTimer*) { tellNews(); };
+    FFileTimer.SetInterval(kFileMs);
+    FFileTimer.OnTimer = [this](platform::TTimer*) { lookAfterFile(); };
+    FFileTimer.SetEnabled(true);
 }
 
 TClubDesk::~TClubDesk()
@@ -73,7 +76,20 @@ void TClubDesk::close()
         lineBack(QString(FOutages.begin()->first));
     }
     FJournal.close();
+    FFileTimer.SetEnabled(false);
+    lookAfterFile();
     tellNews();
+}
+
+void TClubDesk::lookAfterFile()
+{
+    const QString what = FDatabase.misplaced();
+    if (FFileMisplaced != !what.isEmpty()) {
+        FFileMisplaced = !what.isEmpty();
+        trouble(FFileMisplaced
+                    ? what
+                    : QStringLiteral("the database %1 is in its place again").arg(FDatabase.fileName()));
+    }
 }
 
 TPass TClubDesk::decideNew(const QString& address, const QString& card)

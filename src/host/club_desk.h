@@ -24,6 +24,8 @@ std::optional<TEnding> endingOf(int mode);
 /// decided about, because the database fails, is refused and said so; work goes on. The exit button and an
 /// opening by hand always open.
 ///
+/// It looks after the file: a database that is deleted or replaced while the desk is open is told once.
+///
 /// Everything that takes time happens later: the journal is written and the hooks are called from timers. The
 /// database must outlive the desk.
 class TClubDesk
@@ -39,6 +41,8 @@ public:
     /// end: nobody looks after the line from now on. What cannot be written is told through `OnTrouble`, pass
     /// by pass.
     void close();
+
+    static constexpr int kFileMs = 5'000; ///< between looks after the file
 
     /// Decides about a new pass; a pass that opens is under way from now on.
     TPass decideNew(const QString& address, const QString& card);
@@ -90,6 +94,7 @@ private:
         QString reason;
     };
 
+    void lookAfterFile();
     void lookUp(TPass& pass);
     void signByHand(TPass& pass);
     bool isInside(const TMember& member, const TPass& pass) const;
@@ -105,6 +110,8 @@ private:
     QCache<qint64, QImage> FPictures;
     std::deque<std::function<void()>> FNews; // what is to be told, in order
     platform::TTimer FNewsTimer;
+    platform::TTimer FFileTimer;
+    bool FFileMisplaced = false;
     qint64 FLost = 0;
     bool FClosed = false;
 };
