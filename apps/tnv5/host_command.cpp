@@ -34,6 +34,17 @@ struct THostOptions
     bool json = false;
 };
 
+/// Where a club listens: as a service, or as somebody's program.
+QString socketNamed(const QString& name)
+{
+    for (const QString& socket : host::usualSockets()) {
+        if (QFileInfo(socket).completeBaseName() == name) {
+            return socket;
+        }
+    }
+    return host::usualSocket(name);
+}
+
 /// Where a club listens by its file.
 QString socketOfFile(const QString& path)
 {
@@ -45,7 +56,7 @@ QString socketOfFile(const QString& path)
     if (plan.name.isEmpty()) {
         throw platform::Exception(QStringLiteral("%1 names no club; see \"tnv5 check %1\"").arg(path));
     }
-    return plan.socket.isEmpty() ? host::usualSocket(plan.name) : plan.socket;
+    return plan.socket.isEmpty() ? socketNamed(plan.name) : plan.socket;
 }
 
 /// The socket that is meant: a path, a club's file, a club's name, or the only one that there is.
@@ -58,7 +69,7 @@ QString socketOf(const QString& club)
         return club;
     }
     if (!club.isEmpty()) {
-        return host::usualSocket(club);
+        return socketNamed(club);
     }
     const QStringList sockets = host::usualSockets();
     if (sockets.size() != 1) {

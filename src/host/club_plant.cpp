@@ -71,7 +71,6 @@ TClubPlant::TClubPlant(const QString& file, const TClubPlan& plan, TDatabase& da
     };
     FLook.SetInterval(kLookMs);
     FLook.OnTimer = [this](platform::TTimer*) { look(); };
-    enterIntoBooks(plan);
 }
 
 TClubPlant::~TClubPlant()
@@ -87,6 +86,7 @@ void TClubPlant::start()
                              .arg(abandoned)
                              .arg(toText(TEnding::Abandoned)));
     }
+    enterIntoBooks(FPlan);
     FStartedMs = platform::TClock::current().nowMs();
     FRunning = true;
     apply(FPlan);

@@ -21,14 +21,15 @@ class TClubPlant final : public IClubControl
 public:
     static constexpr int kLookMs = 5'000;
 
-    /// Enters gates and lamps of the file into the books. @throws EDatabase
+    /// @throws EDatabase
     TClubPlant(const QString& file, const TClubPlan& plan, TDatabase& database, TClubLog& log);
     /// Closes the club when that has not been done.
     ~TClubPlant() override;
     TClubPlant(const TClubPlant&) = delete;
     TClubPlant& operator=(const TClubPlant&) = delete;
 
-    /// Closes what a killed host has left open in the books, and opens the ports. @throws EDatabase
+    /// Closes what a killed host has left open in the books, enters the gates and lamps of the file, and
+    /// opens the ports. @throws EDatabase
     void start();
     /// Ends everything; passes under way are interrupted. @return passes that could not be written
     qint64 close();

@@ -4,6 +4,7 @@
 
 #include "support/text_printers.h"
 
+#include <QFile>
 #include <gtest/gtest.h>
 
 namespace tnv5::host {
@@ -271,6 +272,15 @@ TEST(ClubFile, WhereSomethingStandsMakesNoDifference)
     };
     EXPECT_EQ(planOf("").lines, planOf("# remark\n\n").lines);
     EXPECT_EQ(planOf("").gates, planOf("# remark\n\n").gates);
+}
+
+TEST(ClubFile, TheExampleIsGood)
+{
+    QFile file(QStringLiteral(TNV5_EXAMPLES_FOLDER "/club.toml"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const TClubFile club = readClub(file.readAll(), {});
+    EXPECT_EQ(club.errors, QList<TFileError>());
+    EXPECT_EQ(club.plan.gates.size(), 3);
 }
 
 TEST(ClubFile, NearestWord)
