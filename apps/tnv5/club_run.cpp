@@ -25,14 +25,30 @@ bool complainAbout(const QString& file, const QList<host::TFileError>& errors)
     return errors.isEmpty();
 }
 
+/// What nobody else catches goes into the log while this lives.
+class TIntoLog
+{
+public:
+    explicit TIntoLog(host::TClubLog& log)
+        : FBefore(platform::setExceptionHandler(
+              [&log](const QString& message, const std::exception_ptr&) { log.error({}, message); }))
+    {
+    }
+    ~TIntoLog() { platform::setExceptionHandler(FBefore); }
+    TIntoLog(const TIntoLog&) = delete;
+    TIntoLog& operator=(const TIntoLog&) = delete;
+
+private:
+    platform::TExceptionHandler FBefore;
+};
+
 /// A club that runs, with its log, its books and its socket.
 class TClubRun
 {
 public:
     TClubRun(const QString& file, const host::TClubPlan& plan, const QString& socket)
         : FLog(plan.log),
-          FHandler(platform::setExceptionHandler(
-              [this](const QString& message, const std::exception_ptr&) { FLog.error({}, message); })),
+          FIntoLog(FLog),
           FBooks(plan.database, host::TOpening::Existing),
           FClub(file, plan, FBooks, FLog),
           FServer(FClub, socket.isEmpty() ? host::usualSocket(plan.name) : socket)
@@ -49,7 +65,6 @@ public:
         FLog.OnLine = nullptr; // the server goes first
         FClub.OnEvent = nullptr;
         FClub.OnChanged = nullptr;
-        platform::setExceptionHandler(FHandler);
     }
     TClubRun(const TClubRun&) = delete;
     TClubRun& operator=(const TClubRun&) = delete;
@@ -57,7 +72,10 @@ public:
     int run()
     {
         const TStopSignal stop(&QCoreApplication::quit);
-        const THangUp hangUp([this] { FClub.reload(); });
+        const THangUp hangUp([this] {
+            FLog.reopen(); // also when the file has a mistake
+            FClub.reload();
+        });
         FLog.info({}, QStringLiteral("%1 begins, process %2, %3. Ctrl-C ends.")
                           .arg(FClub.plan().name)
                           .arg(QCoreApplication::applicationPid())
@@ -82,7 +100,7 @@ private:
     }
 
     host::TClubLog FLog;
-    platform::TExceptionHandler FHandler; // the one before
+    TIntoLog FIntoLog;
     host::TDatabase FBooks;
     host::TClubPlant FClub;
     host::TLocalServer FServer;

@@ -1,3 +1,4 @@
+#include "apps/tnv5/book_options.h"
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
 #include "tnv5/host/card_payment.h"
@@ -249,8 +250,11 @@ void addHostCommands(CLI::App& app, TCommand& chosen)
 {
     const auto options = std::make_shared<THostOptions>();
     CLI::App* command = addCommand(app, "status", "Show how a running club is", *options);
-    command->add_flag("--json", options->json, "Print the object of docs/local-socket.md");
-    command->callback([&chosen, options] { chosen = [options] { return status(*options); }; });
+    command->add_flag("--json", options->json,
+                      "Print the object of docs/local-socket.md, or {\"error\":\"...\"}");
+    command->callback([&chosen, options] {
+        chosen = [options] { return runJson(options->json, [&options] { return status(*options); }); };
+    });
 
     command = addCommand(app, "open", "Open a gate of a running club by hand", *options);
     command->add_option("gate", options->gate, "Address of the gate")->required()->type_name("GATE");

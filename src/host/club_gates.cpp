@@ -190,6 +190,23 @@ void TClubBus::hear(platform::TComponent* sender, const QString& line)
     }
 }
 
+void TClubBus::tellOfSilence()
+{
+    for (auto board = FHeardMs.begin(); board != FHeardMs.end(); ++board) {
+        const bool silent = FPort.open() && answering(board.key()) == std::optional(false);
+        if (silent == FSilent.contains(board.key())) {
+            continue;
+        }
+        if (silent) {
+            FSilent.append(board.key());
+            FSite.log.warning(FPlan.name, QStringLiteral("%1 does not answer any more").arg(board.key()));
+        } else if (answering(board.key()).value_or(false)) {
+            FSilent.removeAll(board.key());
+            FSite.log.info(FPlan.name, QStringLiteral("%1 answers again").arg(board.key()));
+        }
+    }
+}
+
 void TClubBus::change(const TLinePlan& plan)
 {
     if (plan.monitor != FPlan.monitor) {
@@ -312,6 +329,7 @@ QStringList TClubBus::troubles()
 
 void TClubBus::look()
 {
+    tellOfSilence();
     serveMonitor(FDevice, FPlan.monitor);
     serveMonitor(FRelays, FPlan.lampMonitor);
 }

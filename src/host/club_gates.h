@@ -97,6 +97,7 @@ protected:
 
 private:
     void hear(platform::TComponent* sender, const QString& line);
+    void tellOfSilence();
     void attach();
 
     connector::TDeviceConnector FConnector;
@@ -107,6 +108,7 @@ private:
     QList<TLampPlan> FLamps;
     QStringList FLampNames;
     QString FLampTold;              // by the host of the lamps, while it is asked to sell
+    QStringList FSilent;            // boards that do not answer any more: told
     QMap<QString, qint64> FHeardMs; // boards of the plan, by address; 0: never
 };
 

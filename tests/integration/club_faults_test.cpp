@@ -125,6 +125,22 @@ TEST_F(TClubFaults, ALogThatIsRenamedAndAFullDiskForIt)
     endsWell(*run);
 }
 
+TEST_F(TClubFaults, TheLogOfAService)
+{
+    const auto run = startBy(QStringLiteral("JOURNAL_STREAM=9:1 exec $RUN"));
+    linePty.unplug();
+    EXPECT_TRUE(run->says(QStringLiteral(" error entrance: ")));
+    static const QRegularExpression kLine(
+        QStringLiteral("^<(6|4|3)>\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}(Z|[+-]\\d\\d:\\d\\d) "
+                       "(info|warning|error) "));
+    const QStringList lines = run->output().split(u'\n', Qt::SkipEmptyParts);
+    for (const QString& text : lines) {
+        EXPECT_TRUE(kLine.match(text).hasMatch()) << qUtf8Printable(text);
+        EXPECT_EQ(text.startsWith(QStringLiteral("<3>")), text.contains(QStringLiteral(" error ")));
+    }
+    EXPECT_GT(lines.size(), 3);
+}
+
 TEST_F(TClubFaults, AFullDiskForTheJournal)
 {
     const auto run = start();

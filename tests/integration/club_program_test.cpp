@@ -1,9 +1,12 @@
 // A whole club by its file, as a person runs it.
 
 #include "integration/club_site.h"
+#include "sim/bank_terminal.h"
 #include "support/text_printers.h"
 
 #include <QJsonDocument>
+#include <QTcpServer>
+#include <QTcpSocket>
 
 namespace tnv5::integration {
 namespace {
@@ -144,6 +147,51 @@ TEST_F(TClubProgram, SellsByWeightAndByTheMinute)
     EXPECT_EQ(sell({QStringLiteral("time"), QStringLiteral("Moon"), kAnna, QStringLiteral("5")}), 1);
     EXPECT_EQ(sell({QStringLiteral("amount"), QStringLiteral("bar"), QStringLiteral("12.50")}), 1);
     EXPECT_TRUE(said.contains(QStringLiteral("there is no terminal \"bar\""))) << qUtf8Printable(said);
+}
+
+TEST_F(TClubProgram, TakesACardPayment)
+{
+    sim::TPty barPty(QStringLiteral("bar"));
+    sim::TSimulatedBankTerminal terminal(barPty, 2);
+    terminal.CardMs = 0;
+    terminal.BankMs = 0;
+    writeFile({}, "[[terminal]]\nname = \"bar\"\nport = \"" + barPty.path().toUtf8() + "\"\nversion = 2\n");
+    const auto run = start();
+    EXPECT_TRUE(eventually([&] { return barPty.opened(); }));
+    const auto sell = [this](const QString& what, const QStringList& more) {
+        return command(QStringList({QStringLiteral("sell"), what, QStringLiteral("bar")}) + more +
+                       QStringList({QStringLiteral("--club"), socket}));
+    };
+    const auto amount = [&](const QString& text) { return sell(QStringLiteral("amount"), {text}); };
+    EXPECT_EQ(amount(QStringLiteral("12.505")), 1);
+    EXPECT_EQ(amount(QStringLiteral("9.00")), 0) << qUtf8Printable(said);
+    EXPECT_EQ(amount(QStringLiteral("1.00")), 1) << "another one waits";
+    EXPECT_EQ(sell(QStringLiteral("nothing"), {}), 0) << qUtf8Printable(said);
+    EXPECT_EQ(amount(QStringLiteral("12.50")), 0) << qUtf8Printable(said);
+    EXPECT_EQ(state().value(u"terminals").toArray().at(0).toObject().value(u"cents").toInt(), 1'250);
+    EXPECT_TRUE(eventually([&] { return terminal.idle() && terminal.begin({}); }));
+    host::TDatabase books(database);
+    EXPECT_TRUE(eventually([&] {
+        const auto payments = books.paymentsAfter(0, 10);
+        return payments.size() == 1 && payments[0].outcome == host::TOutcome::Approved &&
+               payments[0].cents == 1'250;
+    }));
+    EXPECT_EQ(state().value(u"terminals").toArray().at(0).toObject().value(u"cents").toInt(), 0);
+}
+
+TEST_F(TClubProgram, OthersMayWatchAsTheFileSays)
+{
+    QTcpServer any;
+    ASSERT_TRUE(any.listen(QHostAddress::LocalHost)); // a port that is free
+    const QByteArray port = QByteArray::number(any.serverPort());
+    any.close();
+    writeFile("[[line]]\nname = \"back\"\nport = \"/dev/no-such-port\"\nmonitor = { port = " + port + " }\n");
+    const auto run = start();
+    QTcpSocket watcher;
+    watcher.connectToHost(QHostAddress::LocalHost, port.toUShort());
+    EXPECT_TRUE(eventually([&] { return watcher.state() == QAbstractSocket::ConnectedState; }))
+        << "also while its port is not there";
+    EXPECT_TRUE(run->says(QStringLiteral("error back: ")));
 }
 
 TEST_F(TClubProgram, AFileWithMistakesStartsNothing)
