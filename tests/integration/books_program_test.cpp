@@ -129,7 +129,7 @@ TEST_F(BooksProgram, EveryVerb)
         {"product list --csv", "name,price\nalmonds,13.00\n"},
         {"member add --card 7 --card 8 Anna~Berg --balance 5", "1\n"},
         {"member change Anna~Berg --credit -2.50 --suspended yes --inside yes", ""},
-        {"member change 1 --name Anna_Klein", ""},
+        {"member change 1 --name Anna~Klein", ""},
         {"member add Boris", "2\n"},
         {"card add 9 Boris", ""},
         {"card change 9 --number 10 --member 1", ""},
