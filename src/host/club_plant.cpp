@@ -100,12 +100,19 @@ qint64 TClubPlant::close()
 {
     FRunning = false;
     FLook.SetEnabled(false);
+    for (const auto& [name, terminal] : FTerminals) {
+        if (const qsizetype unwritten = terminal->unwritten(); unwritten > 0) {
+            FLost += unwritten;
+            FLog.always(
+                QStringLiteral("%1: NOT IN THE BOOKS: the outcome of %2 payments").arg(name).arg(unwritten));
+        }
+    }
     FTerminals.clear();
     FScales.clear();
     FBuses.clear();
     FLines.clear();
     FDesk.close();
-    return FDesk.lost();
+    return FDesk.lost() + FLost;
 }
 
 // The file says what there is; the books follow, so that the other commands know it, too.
