@@ -115,6 +115,7 @@ constexpr int kClosingLimitMs = 20'000; // for the visitors who are still under 
 constexpr int kDeskClosingLimitMs = 90'000;
 constexpr int kUsualSeconds = 20;
 constexpr int kDeskSeconds = 600;
+constexpr int kLongSeconds = 60; // somebody looks, with a desk
 
 // Parts of the time at which things happen.
 constexpr double kCableGoesBad = 0.3;
@@ -145,7 +146,7 @@ TDemo::TDemo(host::TDatabase& club, const TDemoOptions& options, TPacedTime& tim
       FStreet(FAllGates, [this](const QString& gate) { return ready(gate); }),
       FFruit(club, time.lines),
       FBar(club, time.lines),
-      FLamps(club, time.lines, options.desk ? kDeskMinuteMs : kMinuteMs),
+      FLamps(club, time.lines, options.desk && FSeconds >= kLongSeconds ? kDeskMinuteMs : kMinuteMs),
       FStop([] { QCoreApplication::quit(); })
 {
     time.lines.add(FPty);
