@@ -14,14 +14,14 @@ TMPDIR=$work "$build/tnv5/tnv5" demo --plain --seconds 600 --desk "$work/club.so
 demo=$!
 take() { # FILE LANGUAGE THEME
   QT_QPA_PLATFORM="offscreen:configfile=$work/screen.json" QT_LOGGING_RULES='*.warning=false' \
-    "$build/tnv5-desk/tnv5-desk" --socket "$work/club.socket" --language "$2" --theme "$3" --after 6 \
+    "$build/tnv5-desk/tnv5-desk" --socket "$work/club.socket" --language "$2" --theme "$3" --after 10 \
     --screenshot "$work/$1" 2>"$work/desk.log" || { cat "$work/desk.log" >&2; exit 1; }
 }
 cat >"$work/screen.json" <<'JSON'
 {"screens": [{"name": "desk", "x": 0, "y": 0, "width": 1280, "height": 800, "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1}]}
 JSON
 mkdir -p "$folder"
-sleep 2 # the first cards are read
+sleep 3 # the first cards are read
 for language in en ru uk; do
   for theme in light dark; do
     take "desk-$language-$theme.png" "$language" "$theme"

@@ -8,7 +8,7 @@ namespace tnv5::desk {
 
 namespace {
 
-constexpr QRgb kAlike = 0xfffcfcfc; // colours that differ less count as one
+constexpr QRgb kAlike = 0xfff8f8f8; // colours that differ less count as one
 constexpr std::size_t kMostColours = 256;
 
 } // namespace
