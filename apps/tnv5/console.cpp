@@ -29,20 +29,6 @@ void write(std::FILE* file, const QString& text)
     std::fflush(file);
 }
 
-/// A line as it may go to a terminal: what came from a wire or a file must not command it.
-QString harmless(const QString& line)
-{
-    QString text;
-    for (const QChar character : line) {
-        if (character.category() == QChar::Other_Control) {
-            text += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QChar(u'0'));
-        } else {
-            text += character;
-        }
-    }
-    return text;
-}
-
 QString inColour(const QString& line, TColour colour)
 {
     static const char* const kCodes[] = {"", "31", "32", "33", "2"};
@@ -87,6 +73,20 @@ void writeLineNow(std::FILE* file, const QString& line)
 }
 
 } // namespace
+
+// What came from a wire or a file must not command a terminal.
+QString harmless(const QString& line)
+{
+    QString text;
+    for (const QChar character : line) {
+        if (character.category() == QChar::Other_Control) {
+            text += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QChar(u'0'));
+        } else {
+            text += character;
+        }
+    }
+    return text;
+}
 
 void print(const QString& line)
 {

@@ -17,7 +17,7 @@ TScriptClub::TScriptClub(const QString& database, const QStringList& arguments)
     : FEngine(std::make_unique<js::TJsEngine>())
 {
     if (!database.isEmpty()) {
-        FDatabase.emplace(database);
+        FDatabase.emplace(database, host::TOpening::Existing);
         FDesk.emplace(*FDatabase);
         FDesk->OnPass = [](const host::TPass& pass) { printNow(host::logLine(pass)); };
         FDesk->OnTrouble = complainNow;

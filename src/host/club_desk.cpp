@@ -42,11 +42,20 @@ TClubDesk::TClubDesk(TDatabase& database) : FDatabase(database), FJournal(databa
     FJournal.OnTrouble = [this](const QString& text) { trouble(text); };
     FJournal.OnLost = [this](const TPass& pass) {
         ++FLost;
-        trouble(QStringLiteral("NOT IN THE JOURNAL: %1  %2").arg(toText(pass.began), logLine(pass)));
+        const QString text =
+            QStringLiteral("NOT IN THE JOURNAL: %1  %2").arg(toText(pass.began), logLine(pass));
+        if (OnLost) {
+            OnLost(text);
+        } else {
+            trouble(text);
+        }
     };
     holderPicture({}); // loads the fonts now, not while the first person waits
     FNewsTimer.SetInterval(kNewsDelayMs);
     FNewsTimer.OnTimer = [this](platform::TTimer*) { tellNews(); };
+    FFileTimer.SetInterval(kFileMs);
+    FFileTimer.OnTimer = [this](platform::TTimer*) { lookAfterFile(); };
+    FFileTimer.SetEnabled(true);
 }
 
 TClubDesk::~TClubDesk()
@@ -67,7 +76,20 @@ void TClubDesk::close()
         lineBack(QString(FOutages.begin()->first));
     }
     FJournal.close();
+    FFileTimer.SetEnabled(false);
+    lookAfterFile();
     tellNews();
+}
+
+void TClubDesk::lookAfterFile()
+{
+    const QString what = FDatabase.misplaced();
+    if (FFileMisplaced != !what.isEmpty()) {
+        FFileMisplaced = !what.isEmpty();
+        trouble(FFileMisplaced
+                    ? what
+                    : QStringLiteral("the database %1 is in its place again").arg(FDatabase.fileName()));
+    }
 }
 
 TPass TClubDesk::decideNew(const QString& address, const QString& card)
@@ -134,6 +156,15 @@ void TClubDesk::lineBack(const QString& line)
 bool TClubDesk::hasPass(const QString& address, const QString& card) const
 {
     return FUnderWay.contains({address, card});
+}
+
+void TClubDesk::interrupt(const QString& address)
+{
+    for (auto pass = FUnderWay.lower_bound({address, {}});
+         pass != FUnderWay.end() && pass->first.first == address;
+         pass = FUnderWay.lower_bound({address, {}})) {
+        endPass(address, QString(pass->first.second), TEnding::Interrupted);
+    }
 }
 
 QString TClubDesk::holderAt(const QString& address) const

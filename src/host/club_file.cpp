@@ -249,7 +249,7 @@ private:
         plan.at = section.line();
         plan.name = uniqueName(section);
         plan.port = serialPort(section);
-        plan.version = section.numberOr("version", 0, int(bank::terminalVersions().size()) - 1, 0);
+        plan.version = section.number("version", 1, int(bank::terminalVersions().size()) - 1);
         return plan;
     }
 

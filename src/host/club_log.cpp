@@ -1,9 +1,8 @@
 #include "tnv5/host/club_log.h"
 
-#include "tnv5/platform/clock.h"
+#include "tnv5/host/local_events.h"
 #include "tnv5/platform/errors.h"
 
-#include <QDateTime>
 #include <QFile>
 #include <cerrno>
 #include <cstring>
@@ -44,24 +43,9 @@ QString harmless(const QString& line)
 
 } // namespace
 
-QString toText(TLogLevel level)
+platform::TDateTime momentOf(qint64 ms)
 {
-    switch (level) {
-    case TLogLevel::Info:
-        return QStringLiteral("info");
-    case TLogLevel::Warning:
-        return QStringLiteral("warning");
-    case TLogLevel::Error:
-        break;
-    }
-    return QStringLiteral("error");
-}
-
-QString isoTime(qint64 ms)
-{
-    const QDate day = QDate(1899, 12, 30).addDays(ms / platform::kMsPerDay);
-    const QDateTime time(day, QTime::fromMSecsSinceStartOfDay(int(ms % platform::kMsPerDay)));
-    return time.toOffsetFromUtc(time.offsetFromUtc()).toString(Qt::ISODateWithMs);
+    return double(ms) / double(platform::kMsPerDay);
 }
 
 QString logText(const TLogLine& line)
@@ -71,7 +55,7 @@ QString logText(const TLogLine& line)
     if (text.size() > kMaxText) {
         text = text.left(kMaxText) + u'…';
     }
-    return isoTime(line.timeMs) + u' ' + toText(line.level) + u' ' + harmless(text).left(kMaxText);
+    return isoTime(momentOf(line.timeMs)) + u' ' + toText(line.level) + u' ' + harmless(text).left(kMaxText);
 }
 
 TClubLog::TClubLog(const QString& file)
@@ -128,9 +112,14 @@ void TClubLog::flush()
     writeQueue();
 }
 
-void TClubLog::add(TLogLevel level, const QString& source, const QString& text)
+void TClubLog::add(TLevel level, const QString& source, const QString& text)
 {
     pass(FFilter.take({nowMs(), level, source, text}));
+}
+
+void TClubLog::always(const QString& text)
+{
+    pass({{nowMs(), TLevel::Error, {}, text}});
 }
 
 void TClubLog::pass(const QList<TLogLine>& lines)
@@ -159,7 +148,7 @@ void TClubLog::writeQueue()
             FService ? '<' + QByteArray::number(kPriorities[int(line.level)]) + '>' : QByteArray();
         if (FUntold > 0) {
             const TLogLine note = {line.timeMs,
-                                   TLogLevel::Warning,
+                                   TLevel::Warning,
                                    {},
                                    countText(FUntold) + QStringLiteral(" lines are missing here")};
             if (write((FService ? "<4>" : "") + logText(note).toUtf8() + '\n')) {

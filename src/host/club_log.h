@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tnv5/host/log_filter.h"
+#include "tnv5/platform/clock.h"
 #include "tnv5/platform/timer.h"
 
 #include <functional>
@@ -32,9 +33,12 @@ public:
     TClubLog(const TClubLog&) = delete;
     TClubLog& operator=(const TClubLog&) = delete;
 
-    void info(const QString& source, const QString& text) { add(TLogLevel::Info, source, text); }
-    void warning(const QString& source, const QString& text) { add(TLogLevel::Warning, source, text); }
-    void error(const QString& source, const QString& text) { add(TLogLevel::Error, source, text); }
+    void info(const QString& source, const QString& text) { add(TLevel::Info, source, text); }
+    void warning(const QString& source, const QString& text) { add(TLevel::Warning, source, text); }
+    void error(const QString& source, const QString& text) { add(TLevel::Error, source, text); }
+
+    /// An error that is written whatever there was before.
+    void always(const QString& text);
 
     /// Opens the file anew, for programs that rename it (logrotate), or another one.
     void reopen(const QString& file);
@@ -52,7 +56,7 @@ public:
     std::function<void(const TLogLine& line)> OnLine;
 
 private:
-    void add(TLogLevel level, const QString& source, const QString& text);
+    void add(TLevel level, const QString& source, const QString& text);
     void pass(const QList<TLogLine>& lines);
     void writeQueue();
     bool write(const QByteArray& line);
@@ -76,8 +80,7 @@ private:
 /// A line as it stands in a log, without its end. Example: "2026-11-22T09:12:33.123+01:00 error  the disk is
 /// full".
 QString logText(const TLogLine& line);
-/// Example: "2026-11-22T09:12:33.123+01:00".
-QString isoTime(qint64 ms);
-QString toText(TLogLevel level);
+/// A time of the module's clock as a date-time.
+platform::TDateTime momentOf(qint64 ms);
 
 } // namespace tnv5::host

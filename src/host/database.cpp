@@ -1,5 +1,8 @@
 #include "tnv5/host/database_parts.h"
 
+#include <QFile>
+#include <sys/stat.h>
+
 namespace tnv5::host {
 
 namespace {
@@ -21,6 +24,15 @@ TGate gateFrom(const TRows& row)
 }
 
 } // namespace
+
+TFileIdentity identityOf(const QString& file)
+{
+    struct stat info = {};
+    if (stat(QFile::encodeName(file).constData(), &info) != 0) {
+        return std::nullopt;
+    }
+    return std::pair(quint64{info.st_dev}, quint64{info.st_ino});
+}
 
 TDatabase::TDatabase(const QString& file, TOpening opening) : F(std::make_unique<TParts>(file, opening))
 {
@@ -109,6 +121,26 @@ std::optional<TGate> TDatabase::gateAt(const QString& address)
 QList<TGate> TDatabase::gates()
 {
     return F->gates.run().all(gateFrom);
+}
+
+QString TDatabase::fileName() const
+{
+    return F->file;
+}
+
+QString TDatabase::misplaced() const
+{
+    if (!F->identity) { // in memory
+        return {};
+    }
+    const TFileIdentity now = identityOf(F->file);
+    if (now == F->identity) {
+        return {};
+    }
+    return QStringLiteral(
+               "the database %1 was %2 while the program runs: what is written now is lost with the old "
+               "file; stop the program and put it back")
+        .arg(F->file, now ? QStringLiteral("replaced") : QStringLiteral("deleted"));
 }
 
 const QSqlDatabase& TDatabase::connection() const

@@ -92,6 +92,12 @@ public:
     /// The connection, for statements about tables of a part's own.
     const QSqlDatabase& connection() const;
 
+    /// Path of the file, as it was given.
+    QString fileName() const;
+    /// What has become of the file since it was opened: empty when it is in its place, or else a sentence
+    /// that says it was deleted or replaced, so that what is written is lost.
+    QString misplaced() const;
+
     /// How long a write waits for another program, in milliseconds.
     void setBusyTimeout(int ms);
 

@@ -11,19 +11,28 @@ inline QString notNull(const QString& text)
     return text.isNull() ? QStringLiteral("") : text;
 }
 
+/// Which file a name stands for; nothing when there is none.
+using TFileIdentity = std::optional<std::pair<quint64, quint64>>;
+TFileIdentity identityOf(const QString& file);
+
 /// What the files of `TDatabase` share: its connection and its statements.
 struct TDatabase::TParts
 {
-    TParts(const QString& file, TOpening opening) : connection(file, opening), locks(file) {}
+    TParts(const QString& name, TOpening opening)
+        : file(name), connection(name, opening), locks(name), identity(identityOf(name))
+    {
+    }
 
     TStatement statement(const char16_t* sql) const
     {
         return TStatement(connection.database(), QString::fromUtf16(sql));
     }
 
+    QString file;
     TConnection connection;
     THostLocks locks;
-    qint64 host = 0; // this one's number, 0 until it has one
+    TFileIdentity identity; // of the file that was opened
+    qint64 host = 0;        // this one's number, 0 until it has one
     TStatement addMember = statement(u"INSERT INTO member (name) VALUES (?)");
     TStatement setSuspended = statement(u"UPDATE member SET suspended = ? WHERE id = ?");
     TStatement setInside = statement(u"UPDATE member SET inside = ? WHERE id = ?");

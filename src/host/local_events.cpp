@@ -12,19 +12,6 @@ QJsonObject event(const char* name, const char* member, const QJsonObject& row)
     return {{QStringLiteral("event"), QLatin1String(name)}, {QLatin1String(member), row}};
 }
 
-QString toText(TLevel level)
-{
-    switch (level) {
-    case TLevel::Info:
-        break;
-    case TLevel::Warning:
-        return QStringLiteral("warning");
-    case TLevel::Error:
-        return QStringLiteral("error");
-    }
-    return QStringLiteral("info");
-}
-
 } // namespace
 
 QString isoTime(platform::TDateTime time)

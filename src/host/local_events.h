@@ -3,6 +3,7 @@
 #include "tnv5/host/card_payment.h"
 #include "tnv5/host/club.h"
 #include "tnv5/host/lamp.h"
+#include "tnv5/host/log_filter.h"
 
 #include <QJsonObject>
 
@@ -18,8 +19,6 @@ QJsonObject toJson(const TPass& pass, const QString& zone);
 QJsonObject toJson(const TSale& sale);
 QJsonObject toJson(const TPayment& payment);
 QJsonObject toJson(const TLampTime& time);
-
-enum class TLevel { Info, Warning, Error };
 
 // The events, whole.
 QJsonObject passEvent(const TPass& pass, const QString& zone);

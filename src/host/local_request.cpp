@@ -78,9 +78,30 @@ QJsonObject journal(IClubControl& club, const QJsonObject& request, const QStrin
     return done({{QStringLiteral("passes"), club.journal(after, rows)}});
 }
 
+QJsonObject sell(IClubControl& club, const QJsonObject& request, const QString&)
+{
+    const QString card = textOf(request, u"card");
+    if (request.contains(u"scale")) {
+        return doneUnless(club.sellGoods(textOf(request, u"scale"), card, textOf(request, u"product")));
+    }
+    if (request.contains(u"lamp")) {
+        return doneUnless(club.sellTime(textOf(request, u"lamp"), card, request.value(u"minutes").toInt()));
+    }
+    if (request.contains(u"terminal")) {
+        return doneUnless(club.sellAmount(textOf(request, u"terminal"), request.value(u"cents").toInteger()));
+    }
+    return refusal(local_texts::kNothingToSell);
+}
+
+QJsonObject cancel(IClubControl& club, const QJsonObject& request, const QString&)
+{
+    return doneUnless(club.cancelSale(textOf(request, u"device")));
+}
+
 constexpr std::array kDoings = {
     TDoing{"status", status}, TDoing{"open", open},       TDoing{"reload", reload},
     TDoing{"watch", watch},   TDoing{"picture", picture}, TDoing{"journal", journal},
+    TDoing{"sell", sell},     TDoing{"cancel", cancel},
 };
 
 } // namespace

@@ -12,6 +12,7 @@ inline const QString kAnswerTooLong = QStringLiteral("The answer is longer than 
 inline const QString kTooMany = QStringLiteral("Too many programs are connected to this host.");
 inline const QString kNoGate = QStringLiteral("Which gate is to be opened?");
 inline const QString kNoReason = QStringLiteral("Opening a gate by hand needs a reason.");
+inline const QString kNothingToSell = QStringLiteral("What is to be sold at which scale, lamp or terminal?");
 inline const QString kNoCard = QStringLiteral("Which card?");
 
 inline const QString kRunning = QStringLiteral("another host is already running here: %1");

@@ -4,6 +4,19 @@
 
 namespace tnv5::host {
 
+QString toText(TLevel level)
+{
+    switch (level) {
+    case TLevel::Info:
+        return QStringLiteral("info");
+    case TLevel::Warning:
+        return QStringLiteral("warning");
+    case TLevel::Error:
+        break;
+    }
+    return QStringLiteral("error");
+}
+
 QString countText(qint64 count)
 {
     return QLocale(QLocale::English, QLocale::UnitedStates).toString(count);
@@ -24,7 +37,7 @@ QList<TLogLine> TLogFilter::take(const TLogLine& line)
         window.beganMs = line.timeMs;
     }
     window.last = line;
-    const bool trouble = line.level != TLogLevel::Info;
+    const bool trouble = line.level != TLevel::Info;
     if (const auto known = window.repeated.find(line.text); trouble && known != window.repeated.end()) {
         ++known.value();
     } else if (window.written >= (trouble ? kMaxTroubles : kMaxNews)) {

@@ -6,13 +6,14 @@
 
 namespace tnv5::host {
 
-enum class TLogLevel { Info, Warning, Error };
+enum class TLevel { Info, Warning, Error };
+QString toText(TLevel level);
 
 /// One line of a host's log.
 struct TLogLine
 {
     qint64 timeMs = 0; ///< by the clock of the module
-    TLogLevel level = TLogLevel::Info;
+    TLevel level = TLevel::Info;
     QString source; ///< line, bus, scale ... that it is about; may be empty
     QString text;
     bool operator==(const TLogLine&) const = default;
@@ -21,7 +22,7 @@ struct TLogLine
 /// Keeps a log small whatever happens: within a minute a trouble of the same words is told once and then
 /// counted, and no source tells more than so many lines of a level; the rest is counted, too.
 ///
-///     for (const TLogLine& line : filter.take({now, TLogLevel::Warning, "entrance", "[04] ..."}))
+///     for (const TLogLine& line : filter.take({now, TLevel::Warning, "entrance", "[04] ..."}))
 ///     write(line); for (const TLogLine& line : filter.due(now)) write(line);      // now and then
 ///
 /// Nobody's information is ever put together: two passes of the same person are two lines.

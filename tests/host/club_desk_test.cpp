@@ -97,5 +97,24 @@ TEST_F(TClubDeskTest, AnOutageWaitsForALockedDatabase)
     EXPECT_EQ(outages(), QStringList({QStringLiteral("north 12:00:00.000  unplugged")}));
 }
 
+TEST_F(TClubDeskTest, ADatabaseThatGoesAwayIsToldOnce)
+{
+    QStringList troubles;
+    desk.OnTrouble = [&](const QString& text) { troubles.append(text); };
+    clock.advance(60'000);
+    EXPECT_EQ(troubles, QStringList());
+    const QString away = FFile + QStringLiteral(".away");
+    ASSERT_TRUE(QFile::rename(FFile, away));
+    clock.advance(TClubDesk::kFileMs + 10);
+    ASSERT_EQ(troubles.size(), 1);
+    EXPECT_TRUE(troubles[0].startsWith(QStringLiteral("the database %1 was deleted").arg(FFile)));
+    clock.advance(60'000);
+    EXPECT_EQ(troubles.size(), 1);
+    ASSERT_TRUE(QFile::rename(away, FFile));
+    clock.advance(TClubDesk::kFileMs + 10);
+    ASSERT_EQ(troubles.size(), 2);
+    EXPECT_EQ(troubles[1], QStringLiteral("the database %1 is in its place again").arg(FFile));
+}
+
 } // namespace
 } // namespace tnv5::host

@@ -4,6 +4,7 @@
 
 #include "support/text_printers.h"
 
+#include <QFile>
 #include <gtest/gtest.h>
 
 namespace tnv5::host {
@@ -180,6 +181,10 @@ TEST(ClubFile, EachMistakeIsToldWithItsLineItsKeyAndWhatIsExpected)
          {"club.toml:13: [[scale]] baud: 9601 is no rate; there are 300, 600, 1200, 2400, 4800, 9600, 19200, "
           "38400, "
           "57600, 115200, 230400, 460800"}},
+        {"[[terminal]]\nname = \"bar\"\nport = \"ttyS7\"\n",
+         {"club.toml:10: [[terminal]] version: is missing"}},
+        {"[[terminal]]\nname = \"bar\"\nport = \"ttyS7\"\nversion = 4\n",
+         {"club.toml:13: [[terminal]] version: 4 is not between 1 and 3"}},
         {lamp("Sun", "201C", "1"),
          {"club.toml:13: [[lamp]] board: \"201C\" is no relay board: three digits or capital letters and A "
           "or B are "
@@ -271,6 +276,15 @@ TEST(ClubFile, WhereSomethingStandsMakesNoDifference)
     };
     EXPECT_EQ(planOf("").lines, planOf("# remark\n\n").lines);
     EXPECT_EQ(planOf("").gates, planOf("# remark\n\n").gates);
+}
+
+TEST(ClubFile, TheExampleIsGood)
+{
+    QFile file(QStringLiteral(TNV5_EXAMPLES_FOLDER "/club.toml"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const TClubFile club = readClub(file.readAll(), {});
+    EXPECT_EQ(club.errors, QList<TFileError>());
+    EXPECT_EQ(club.plan.gates.size(), 3);
 }
 
 TEST(ClubFile, NearestWord)

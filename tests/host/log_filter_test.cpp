@@ -27,7 +27,7 @@ QStringList textsOf(const QList<TLogLine>& lines)
 
 struct TLogFilterTest : ::testing::Test
 {
-    QStringList take(qint64 ms, const QString& text, TLogLevel level = TLogLevel::Warning,
+    QStringList take(qint64 ms, const QString& text, TLevel level = TLevel::Warning,
                      const QString& source = QStringLiteral("entrance"))
     {
         return textsOf(filter.take({kStart + ms, level, source, text}));
@@ -72,8 +72,8 @@ TEST_F(TLogFilterTest, DifferentTroublesAreBounded)
 TEST_F(TLogFilterTest, SourcesAndLevelsAreApart)
 {
     EXPECT_EQ(take(0, QStringLiteral("a")).size(), 1);
-    EXPECT_EQ(take(0, QStringLiteral("a"), TLogLevel::Error).size(), 1);
-    EXPECT_EQ(take(0, QStringLiteral("a"), TLogLevel::Warning, QStringLiteral("hall")).size(), 1);
+    EXPECT_EQ(take(0, QStringLiteral("a"), TLevel::Error).size(), 1);
+    EXPECT_EQ(take(0, QStringLiteral("a"), TLevel::Warning, QStringLiteral("hall")).size(), 1);
     EXPECT_EQ(take(0, QStringLiteral("a")).size(), 0);
 }
 
@@ -81,7 +81,7 @@ TEST_F(TLogFilterTest, InformationIsNeverPutTogetherButBounded)
 {
     int written = 0;
     for (int i = 0; i < 2 * TLogFilter::kMaxNews; ++i) {
-        written += int(take(i, QStringLiteral("Anna passed"), TLogLevel::Info).size());
+        written += int(take(i, QStringLiteral("Anna passed"), TLevel::Info).size());
     }
     EXPECT_EQ(written, TLogFilter::kMaxNews);
     EXPECT_EQ(textsOf(filter.due(kStart + 60'000)),
@@ -92,7 +92,7 @@ TEST_F(TLogFilterTest, SourcesThatNoiseInventsAreBounded)
 {
     qsizetype written = 0;
     for (int i = 0; i < 10'000; ++i) {
-        written += take(i, QStringLiteral("x%1").arg(i), TLogLevel::Warning, QString::number(i)).size();
+        written += take(i, QStringLiteral("x%1").arg(i), TLevel::Warning, QString::number(i)).size();
     }
     EXPECT_LE(written, TLogFilter::kMaxSources + TLogFilter::kMaxTroubles);
 }
