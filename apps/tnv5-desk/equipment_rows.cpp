@@ -9,6 +9,8 @@ namespace tnv5::desk {
 
 namespace {
 
+constexpr qint64 kManyWaiting = 20; // passes; a few always wait for a moment
+
 struct TEquipment
 {
     Q_DECLARE_TR_FUNCTIONS(tnv5::desk::TEquipment)
@@ -42,7 +44,7 @@ TEquipmentSection TEquipment::troubles(const TClubState& state)
                 {tr("Line %1").arg(line.name), tr("is not open: %1").arg(line.why), TMood::Bad});
         }
     }
-    if (state.journalWaiting > 0) {
+    if (state.journalWaiting > kManyWaiting) {
         section.rows.append(
             {tr("Journal"), tr("passes not yet written: %1").arg(state.journalWaiting), TMood::Warning});
     }
@@ -88,7 +90,7 @@ TEquipmentRow TEquipment::lamp(const TLampState& lamp, qint64 elapsedMs)
     }
     const qint64 left = secondsLeft(lamp.secondsLeft, elapsedMs);
     if (lamp.secondsLeft > 0) {
-        const QString time = tr("%1 left").arg(durationText(left));
+        const QString time = durationText(left);
         return {lamp.name, lamp.holder.isEmpty() ? time : QStringLiteral("%1 – %2").arg(time, lamp.holder),
                 TMood::Good};
     }
@@ -98,7 +100,7 @@ TEquipmentRow TEquipment::lamp(const TLampState& lamp, qint64 elapsedMs)
 
 TEquipmentSection TEquipment::lamps(const TClubState& state, qint64 elapsedMs)
 {
-    TEquipmentSection section{tr("Paid time"), {}};
+    TEquipmentSection section{tr("Paid time left"), {}};
     for (const TLampState& each : state.lamps) {
         section.rows.append(lamp(each, elapsedMs));
     }

@@ -42,7 +42,8 @@ TEquipmentView::TEquipmentView(TDeskModel& desk, QWidget* parent)
     FTree->setHeaderHidden(true);
     FTree->setAccessibleName(tr("Equipment"));
     FTree->setRootIsDecorated(false);
-    FTree->setUniformRowHeights(true);
+    FTree->setWordWrap(true); // nothing is cut that somebody must know
+    FTree->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     FTree->header()->setStretchLastSection(true);
     FTree->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
     connect(&FDesk, &TDeskModel::stateChanged, this, [this] { refresh(); });

@@ -4,8 +4,8 @@
 #include "apps/tnv5-desk/words.h"
 
 #include <QFrame>
-#include <QGridLayout>
 #include <QLabel>
+#include <QVBoxLayout>
 #include <algorithm>
 
 namespace tnv5::desk {
@@ -50,14 +50,14 @@ int TGateView::rowHeight() const
 
 void TGateView::build()
 {
-    auto* const layout = new QGridLayout(this);
+    auto* const layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     auto* const title = new QLabel(tr("&Gates"), this);
     title->setBuddy(FBox);
-    layout->addWidget(title, 0, 0, 1, 2);
-    layout->addWidget(FBox, 1, 0, 1, 2);
-    layout->addWidget(FOpenA, 2, 0);
-    layout->addWidget(FOpenB, 2, 1);
+    layout->addWidget(title);
+    layout->addWidget(FBox, 1);
+    layout->addWidget(FOpenA);
+    layout->addWidget(FOpenB);
     FBox->setWidgetResizable(true);
     FBox->setAccessibleName(tr("Gates"));
     FBox->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

@@ -1,5 +1,6 @@
 #include "apps/tnv5-desk/language.h"
 #include "apps/tnv5-desk/main_window.h"
+#include "apps/tnv5-desk/small_picture.h"
 #include "tnv5/host/local_path.h"
 #include "tnv5/platform/errors.h"
 
@@ -113,7 +114,7 @@ QString socketToUse(const QString& said, QString& wrong)
 
 void takePicture(desk::TMainWindow& window, const QString& file)
 {
-    const bool done = window.grab().save(file);
+    const bool done = desk::smallPicture(window.grab().toImage()).save(file, "PNG", 0);
     if (!done) {
         complain(QStringLiteral("%1 cannot be written").arg(file));
     }

@@ -87,12 +87,11 @@ void TPassingView::build()
     FList->setUniformRowHeights(true);
     FList->setAllColumnsShowFocus(true);
     FList->setAccessibleName(tr("Latest passes"));
-    FList->header()->setStretchLastSection(true);
     FList->header()->setSectionResizeMode(Time, QHeaderView::ResizeToContents);
     FList->header()->setSectionResizeMode(Gate, QHeaderView::ResizeToContents);
-    FList->header()->setSectionResizeMode(Who, QHeaderView::ResizeToContents);
-    FList->setHorizontalScrollBarPolicy(
-        Qt::ScrollBarAlwaysOff); // the last column is cut, and whole in the tool tip
+    FList->header()->setSectionResizeMode(Who, QHeaderView::Stretch);
+    FList->header()->setSectionResizeMode(What, QHeaderView::Stretch);
+    FList->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff); // what is cut is whole in the tool tip
     layout->addWidget(FList, 1);
 }
 
@@ -102,6 +101,7 @@ void TPassingView::fillRow(QTreeWidgetItem& row, const TPassNews& pass) const
     row.setText(Gate, pass.gate);
     row.setText(Who, TWords::holder(pass));
     row.setText(What, TWords::outcome(pass));
+    row.setToolTip(Who, TWords::holder(pass));
     row.setToolTip(What, TWords::outcome(pass));
     row.setForeground(What, moodColour(moodOf(pass)));
 }

@@ -86,7 +86,7 @@ QColor moodColour(TMood mood, const QPalette& palette)
 
 double contrast(const QColor& one, const QColor& other)
 {
-    const auto [darker, lighter] = std::minmax(brightness(one), brightness(other));
+    const auto [darker, lighter] = std::minmax({brightness(one), brightness(other)});
     return (lighter + 0.05) / (darker + 0.05);
 }
 

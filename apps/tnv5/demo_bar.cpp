@@ -112,7 +112,7 @@ void TDemoBar::look()
         FSinceMs = 0;
     }
     FSinceMs += kLookMs;
-    if (!FServing && !FClosed && FSinceMs >= kWalkMs && FCounter.order(current().cents)) {
+    if (!FServing && !FClosed && FSinceMs >= kWalkMs * Leisure && FCounter.order(current().cents)) {
         FStage = QStringLiteral("waits for the terminal");
         FServing = FTerminal.begin(current().scenario);
     }

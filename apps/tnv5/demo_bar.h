@@ -29,6 +29,8 @@ public:
 
     /// @throws platform::Exception when the simulated terminal cannot be opened
     void open();
+    /// How many times as long the pauses between two who buy are.
+    int Leisure = 1;
     /// Nobody begins anew; who is being served is served.
     void close() { FClosed = true; }
     /// Nobody is at the bar.

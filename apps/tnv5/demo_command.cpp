@@ -27,6 +27,10 @@ namespace tnv5::cli {
 
 namespace {
 
+constexpr int kLongSeconds = 60; // somebody looks on, with a desk
+constexpr int kLeisure = 8;      // then
+constexpr int kLeisurelyPassageMs = 1'500;
+
 struct TDemoOptions
 {
     std::optional<int> seconds; ///< how long visitors come
@@ -60,6 +64,8 @@ private:
     int conclude();
     qint64 elapsedMs() const { return platform::TClock::current().nowMs() - FBeganMs; }
     double fraction() const;
+    /// Somebody looks on at a desk: everybody takes more time.
+    bool leisurely() const { return FOptions.desk && FSeconds >= kLongSeconds; }
 
     const TDemoOptions FOptions;
     const int FSeconds;
@@ -145,13 +151,16 @@ TDemo::TDemo(host::TDatabase& club, const TDemoOptions& options, TPacedTime& tim
       FStreet(FAllGates, [this](const QString& gate) { return ready(gate); }),
       FFruit(club, time.lines),
       FBar(club, time.lines),
-      FLamps(club, time.lines, options.desk ? kDeskMinuteMs : kMinuteMs),
+      FLamps(club, time.lines, leisurely() ? kDeskMinuteMs : kMinuteMs),
       FStop([] { QCoreApplication::quit(); })
 {
     time.lines.add(FPty);
     time.lines.add(FPort);
     time.lines.add(FBusPty);
     time.lines.add(FBusPort);
+    if (leisurely()) {
+        FStreet.Leisure = FFruit.Leisure = FBar.Leisure = kLeisure;
+    }
     prepareGates();
     prepareHost();
     prepareBoards();
@@ -166,7 +175,7 @@ void TDemo::prepareGates()
     }
     FGates.setFaults(kSilentGate, {.Silent = true});
     FGates.Delays.ProgressMs = 250;
-    FGates.Delays.PassageMs = 200;
+    FGates.Delays.PassageMs = leisurely() ? kLeisurelyPassageMs : 200;
     FGates.Delays.GiveUpMs = 600;
 }
 

@@ -67,7 +67,7 @@ void TDemoCounter::look()
     FSinceMs += kLookMs;
     switch (FState) {
     case TState::Nobody:
-        if (!FClosed && FSinceMs >= kWalkMs) {
+        if (!FClosed && FSinceMs >= kWalkMs * Leisure) {
             stepUp();
         }
         break;

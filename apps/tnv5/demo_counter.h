@@ -21,6 +21,8 @@ public:
 
     /// @throws platform::Exception when the simulated scale cannot be opened
     void open();
+    /// How many times as long the pauses between two who buy are.
+    int Leisure = 1;
     /// Nobody begins anew; who is being served is served.
     void close() { FClosed = true; }
     /// Nobody is at the counter.

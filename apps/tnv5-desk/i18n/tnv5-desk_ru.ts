@@ -75,20 +75,12 @@
         <translation>её плата не отвечает</translation>
     </message>
     <message>
-        <source>%1 left</source>
-        <translation>осталось %1</translation>
-    </message>
-    <message>
         <source>on, not paid for</source>
         <translation>включено, не оплачено</translation>
     </message>
     <message>
         <source>off</source>
         <translation>выключено</translation>
-    </message>
-    <message>
-        <source>Paid time</source>
-        <translation>Оплаченное время</translation>
     </message>
     <message>
         <source>Boards</source>
@@ -117,6 +109,10 @@
     <message>
         <source>closed</source>
         <translation>закрыта</translation>
+    </message>
+    <message>
+        <source>Paid time left</source>
+        <translation>Осталось времени</translation>
     </message>
 </context>
 <context>
@@ -207,7 +203,7 @@
     </message>
     <message>
         <source>G&amp;ate</source>
-        <translation>Про&amp;ход</translation>
+        <translation>&amp;Проход</translation>
     </message>
     <message>
         <source>&amp;Next gate</source>

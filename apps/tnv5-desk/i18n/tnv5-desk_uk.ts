@@ -75,20 +75,12 @@
         <translation>її плата не відповідає</translation>
     </message>
     <message>
-        <source>%1 left</source>
-        <translation>залишилося %1</translation>
-    </message>
-    <message>
         <source>on, not paid for</source>
         <translation>увімкнено, не оплачено</translation>
     </message>
     <message>
         <source>off</source>
         <translation>вимкнено</translation>
-    </message>
-    <message>
-        <source>Paid time</source>
-        <translation>Оплачений час</translation>
     </message>
     <message>
         <source>Boards</source>
@@ -117,6 +109,10 @@
     <message>
         <source>closed</source>
         <translation>закрита</translation>
+    </message>
+    <message>
+        <source>Paid time left</source>
+        <translation>Залишилося часу</translation>
     </message>
 </context>
 <context>
@@ -168,11 +164,11 @@
     </message>
     <message>
         <source>&amp;Warnings</source>
-        <translation>П&amp;опередження</translation>
+        <translation>Попере&amp;дження</translation>
     </message>
     <message>
         <source>E&amp;rrors</source>
-        <translation>П&amp;омилки</translation>
+        <translation>Помил&amp;ки</translation>
     </message>
     <message>
         <source>&amp;Log</source>
@@ -207,7 +203,7 @@
     </message>
     <message>
         <source>G&amp;ate</source>
-        <translation>Про&amp;хід</translation>
+        <translation>&amp;Прохід</translation>
     </message>
     <message>
         <source>&amp;Next gate</source>
