@@ -70,7 +70,7 @@ int run(const TRunOptions& options)
     keeper.OnCannotOpen = [&](const QString& why) {
         complainNow(why);
         if (keeper.openings() == 0) {
-            explain(port.Port());
+            explain(port.Port(), keeper.osError());
         }
     };
 
