@@ -258,7 +258,7 @@ QJsonObject TClubPlant::state()
     QJsonArray scales;
     QJsonArray terminals;
     const auto append = [](QJsonArray& to, const QJsonArray& from) {
-        for (const QJsonValue& each : from) {
+        for (const auto& each : from) {
             to.append(each);
         }
     };
@@ -382,7 +382,7 @@ QString TClubPlant::sellTime(const QString& lamp, const QString& card, int minut
 {
     for (const auto& [name, bus] : FBuses) {
         if (bus->hasLamp(lamp)) {
-            return attempt([&] { return bus->sellTime(lamp, card, minutes); });
+            return attempt([&lamp, &card, minutes, &unit = bus] { return unit->sellTime(lamp, card, minutes); });
         }
     }
     return QStringLiteral("there is no lamp \"%1\"").arg(lamp);
