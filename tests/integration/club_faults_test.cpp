@@ -20,10 +20,10 @@ namespace {
 
 using host::TEnding;
 
-/// More of everything, for nights: TNV5_LONG=1.
-bool patient()
+/// More of everything, for nights: TNV5_LONG=1 or more.
+int patience()
 {
-    return qEnvironmentVariableIntValue("TNV5_LONG") != 0;
+    return qEnvironmentVariableIntValue("TNV5_LONG");
 }
 
 const QString kIn = QStringLiteral("01A");
@@ -193,7 +193,7 @@ TEST_F(TClubFaults, EndingWithWhatCannotBeWritten)
 TEST_F(TClubFaults, KilledInMidTraffic)
 {
     const QStringList gates = {kIn, QStringLiteral("02A"), kOut};
-    const int rounds = patient() ? 50 : 5;
+    const int rounds = patience() > 0 ? 50 * patience() : 5;
     std::mt19937 dice(1); // NOLINT(cert-msc51-cpp): the same each time
     for (int round = 0; round < rounds; ++round) {
         const auto run = start();
@@ -368,7 +368,8 @@ protected:
     void flood(QByteArray (*make)(std::mt19937&, qsizetype))
     {
         constexpr qsizetype kPiece = 64 << 10;
-        const qsizetype size = qsizetype(patient() ? 100 : 3) << 20; // on all lines together
+        const qsizetype size = qsizetype(patience() > 0 ? 100 * patience() : 3)
+                               << 20; // on all lines together
         TProgramRun run(QStringLiteral(TNV5_PROGRAM), arguments());
         EXPECT_TRUE(eventually([this] { return QFile::exists(socket); }));
         std::mt19937 dice(7); // NOLINT(cert-msc51-cpp): the same each time
