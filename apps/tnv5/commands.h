@@ -14,12 +14,15 @@ using TCommand = std::function<int()>;
 // Exit codes of all commands.
 constexpr int kDone = 0;
 constexpr int kFailed = 1;
-constexpr int kMisused = 2; ///< the command line itself is wrong
+constexpr int kMisused = 2;   ///< the command line itself is wrong
+constexpr int kUnwritten = 6; ///< a host has ended, and not everything is in the journal
 constexpr int kInterrupted = 130;
 
 // Each adds one command to the command line; when it is the one asked for, it puts itself into `chosen`.
 void addPortsCommand(CLI::App& app, TCommand& chosen);
 void addRunCommand(CLI::App& app, TCommand& chosen);
+void addCheckCommand(CLI::App& app, TCommand& chosen);
+void addHostCommands(CLI::App& app, TCommand& chosen); // status, open, reload
 void addDemoCommand(CLI::App& app, TCommand& chosen);
 void addWatchCommand(CLI::App& app, TCommand& chosen);
 void addReplayCommand(CLI::App& app, TCommand& chosen);

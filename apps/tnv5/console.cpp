@@ -17,6 +17,12 @@ QString& progress()
     return text;
 }
 
+std::function<void(const QString& line, bool complaint)>& listener()
+{
+    static std::function<void(const QString& line, bool complaint)> one;
+    return one;
+}
+
 void write(std::FILE* file, const QString& text)
 {
     std::fputs(qUtf8Printable(text), file);
@@ -33,6 +39,9 @@ QString inColour(const QString& line, TColour colour)
 
 void writeLine(std::FILE* file, const QString& rawLine, TColour colour = TColour::Usual)
 {
+    if (listener()) {
+        listener()(rawLine, file == stderr);
+    }
     const QString line = inColour(harmless(rawLine), colour);
     if (progress().isEmpty()) {
         write(file, line + u'\n');
@@ -114,6 +123,11 @@ void printNow(const QString& line)
 void complainNow(const QString& line)
 {
     writeLineNow(stderr, line);
+}
+
+void overhear(std::function<void(const QString& line, bool complaint)> one)
+{
+    listener() = std::move(one);
 }
 
 bool onTerminal()

@@ -1,5 +1,6 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
+#include "apps/tnv5/stop_signal.h"
 #include "tnv5/platform/errors.h"
 
 #include <CLI/CLI.hpp>
@@ -20,6 +21,8 @@ int run(int argc, char** argv)
     tnv5::cli::addDemoCommand(app, chosen);
     tnv5::cli::addPortsCommand(app, chosen);
     tnv5::cli::addRunCommand(app, chosen);
+    tnv5::cli::addCheckCommand(app, chosen);
+    tnv5::cli::addHostCommands(app, chosen);
     tnv5::cli::addWatchCommand(app, chosen);
     tnv5::cli::addReplayCommand(app, chosen);
     tnv5::cli::addRelayCommand(app, chosen);
@@ -54,6 +57,7 @@ int run(int argc, char** argv)
     }
     QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false")); // Qt's remarks to developers
     const QGuiApplication application(argc, argv);
+    QGuiApplication::setApplicationVersion(QStringLiteral(TNV5_VERSION));
     tnv5::platform::setExceptionHandler(
         [](const QString& message, const std::exception_ptr&) { tnv5::cli::complain(message); });
     return chosen();
@@ -63,6 +67,7 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    tnv5::cli::fillStandardStreams();
     try {
         return run(argc, argv);
     } catch (const std::exception& error) {

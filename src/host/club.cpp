@@ -181,11 +181,15 @@ QString amountText(qint64 cents)
         .arg(amount % kCents, 2, 10, QChar(u'0'));
 }
 
+QString passText(const TPass& pass)
+{
+    return QStringLiteral("%1  %2").arg(whoOf(pass), whatOf(pass));
+}
+
 QString logLine(const TPass& pass)
 {
     const platform::TDateTime when = pass.ended != 0 ? pass.ended : pass.began;
-    return QStringLiteral("%1  %2  %3  %4")
-        .arg(timeOf(when).toString(kTimeFormat), pass.gate, whoOf(pass), whatOf(pass));
+    return QStringLiteral("%1  %2  %3").arg(timeOf(when).toString(kTimeFormat), pass.gate, passText(pass));
 }
 
 QString logLine(const TSale& sale)

@@ -139,6 +139,9 @@ QString toText(platform::TDateTime time);
 /// The other way round; 0 when the text is no date and time.
 platform::TDateTime toDateTime(const QString& text);
 
+/// Who, what and why of a pass. Example: "Anna Berg (12345678)  refused: expired".
+QString passText(const TPass& pass);
+
 /// One line of log about a pass: when, where, who, what and why.
 /// Example: "12:00:00.250  01A  Anna Berg (12345678)  refused: expired".
 QString logLine(const TPass& pass);

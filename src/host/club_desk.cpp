@@ -41,7 +41,14 @@ TClubDesk::TClubDesk(TDatabase& database) : FDatabase(database), FJournal(databa
 {
     FJournal.OnTrouble = [this](const QString& text) { trouble(text); };
     FJournal.OnLost = [this](const TPass& pass) {
-        trouble(QStringLiteral("NOT IN THE JOURNAL: %1  %2").arg(toText(pass.began), logLine(pass)));
+        ++FLost;
+        const QString text =
+            QStringLiteral("NOT IN THE JOURNAL: %1  %2").arg(toText(pass.began), logLine(pass));
+        if (OnLost) {
+            OnLost(text);
+        } else {
+            trouble(text);
+        }
     };
     holderPicture({}); // loads the fonts now, not while the first person waits
     FNewsTimer.SetInterval(kNewsDelayMs);
@@ -144,6 +151,29 @@ void TClubDesk::lineBack(const QString& line)
         outage.mapped()->ended = platform::Now();
         FJournal.add(outage.mapped());
     }
+}
+
+bool TClubDesk::hasPass(const QString& address, const QString& card) const
+{
+    return FUnderWay.contains({address, card});
+}
+
+void TClubDesk::interrupt(const QString& address)
+{
+    for (auto pass = FUnderWay.lower_bound({address, {}});
+         pass != FUnderWay.end() && pass->first.first == address;
+         pass = FUnderWay.lower_bound({address, {}})) {
+        endPass(address, QString(pass->first.second), TEnding::Interrupted);
+    }
+}
+
+QString TClubDesk::holderAt(const QString& address) const
+{
+    const auto pass = FUnderWay.lower_bound({address, {}});
+    if (pass == FUnderWay.end() || pass->first.first != address) {
+        return {};
+    }
+    return pass->second->name.isEmpty() ? pass->second->card : pass->second->name;
 }
 
 // Everything that the database knows about a pass, and what follows from it.

@@ -52,12 +52,26 @@ public:
     /// the host calls it just before it makes the controller open, and both are kept with the pass.
     void expectByHand(const QString& address, const QString& who, const QString& reason);
     static constexpr int kByHandMs = 10'000;
+    /// Whether that opening has not been asked for by a component yet.
+    bool expectsByHand(const QString& address) const { return FByHand.contains(address); }
 
     /// A line cannot be used any more: an outage begins in the journal, unless one is under way on that line.
     void lineLost(const QString& line, const QString& why);
     /// A line can be used again: its outage ends.
     void lineBack(const QString& line);
 
+    /// Whether a pass is under way.
+    bool hasPass(const QString& address, const QString& card) const;
+    /// Who is passing at a gate, the card when it is nobody's; empty when nobody is.
+    QString holderAt(const QString& address) const;
+    /// Whoever is passing at a gate is interrupted: nothing will be heard of it any more.
+    void interrupt(const QString& address);
+    /// The journal could not be written when it was last tried.
+    bool journalFails() const { return FJournal.failing(); }
+    /// Passes that wait to be written into the journal.
+    qsizetype waiting() const { return FJournal.waiting(); }
+    /// Passes that will never be in the journal.
+    qint64 lost() const { return FLost; }
     /// Picture of a card's holder, null when there is none or it cannot be found out.
     QImage pictureFor(const QString& card);
     /// Tells the person in charge.
@@ -67,6 +81,8 @@ public:
     std::function<void(const TPass& pass)> OnPass;
     /// One line for the person in charge: errors of the components and of the database.
     std::function<void(const QString& text)> OnTrouble;
+    /// A pass will never be in the journal; none: it is told through `OnTrouble`.
+    std::function<void(const QString& text)> OnLost;
 
 private:
     using TKey = std::pair<QString, QString>; // address and card
@@ -96,6 +112,7 @@ private:
     platform::TTimer FNewsTimer;
     platform::TTimer FFileTimer;
     bool FFileMisplaced = false;
+    qint64 FLost = 0;
     bool FClosed = false;
 };
 

@@ -43,6 +43,8 @@ public:
     void close();
 
     qsizetype waiting() const { return FWaiting.size(); }
+    /// The last try to write failed.
+    bool failing() const { return FFailing; }
 
     /// Whether a member is inside as far as passes that still wait say so.
     std::optional<bool> insideOf(qint64 member) const;

@@ -6,6 +6,7 @@
 
 #include <QHash>
 #include <QPointer>
+#include <QStringList>
 #include <map>
 
 namespace tnv5::host {
@@ -48,8 +49,10 @@ public:
     static constexpr int kSettleLooks = 16;    ///< boards tell their relays every 2 s, up to 2 s late
     static constexpr int kPatienceMs = 10'000; ///< how long an order waits for its lamp
 
+    /// @param names of the lamps of the books that are on the component's boards; none: all of them
     /// @throws EDatabase
-    TSwitchHost(switching::TSwitchDevice& device, TDatabase& database);
+    TSwitchHost(switching::TSwitchDevice& device, TDatabase& database,
+                const std::optional<QStringList>& names = std::nullopt);
     /// Closes the host when that has not been done.
     ~TSwitchHost();
     TSwitchHost(const TSwitchHost&) = delete;
