@@ -27,6 +27,7 @@ struct TWatchOptions
     std::string record;
     qint64 rotateAt = 0; // bytes of a file, 0: one file
     bool force = false;
+    bool wait = false;
     std::optional<int> baudRate;
 };
 
@@ -150,37 +151,73 @@ std::vector<std::string> protocolNames()
     return names;
 }
 
-int watch(const TWatchOptions& options)
+/// Watches until Ctrl-C, until the port goes away or until the recording cannot be written.
+class TWatching
 {
-    TWatch watcher(options);
-    platform::TSerialPort port;
-    port.SetPort(QString::fromStdString(options.port));
-    setUp(port, options);
-    int result = kDone;
-    port.OnException = [&](platform::TComponent*, platform::TComExceptionKind kind, const QString& message,
-                           qint64, const QString&) {
-        const bool gone = kind == platform::TComExceptionKind::Resource;
-        complain(port.Port() + (gone ? QStringLiteral(" went away") : QStringLiteral(": ") + message));
-        if (!port.Connected()) {
-            result = kFailed;
-            QCoreApplication::quit();
+public:
+    explicit TWatching(const TWatchOptions& options) : FOptions(options), FWatch(options), FKeeper(FPort)
+    {
+        FPort.SetPort(QString::fromStdString(options.port));
+        setUp(FPort, options);
+        FPort.OnException = [this](platform::TComponent*, platform::TComExceptionKind kind,
+                                   const QString& message, qint64, const QString&) {
+            const bool gone = kind == platform::TComExceptionKind::Resource;
+            if (!FOptions.wait || !gone) { // the keeper tells it
+                complain(FPort.Port() +
+                         (gone ? QStringLiteral(" went away") : QStringLiteral(": ") + message));
+            }
+            if (!FPort.Connected() && !FOptions.wait) {
+                end(kFailed);
+            }
+        };
+        FWatch.OnTrouble = [this](const QString& why) {
+            complain(QStringLiteral("tnv5: ") + why);
+            end(kFailed);
+        };
+        keepPort(
+            FKeeper, FPort, [this] { listening(); }, [this] { end(kFailed); });
+    }
+
+    /// @throws platform::EComPort, tools::ERecording
+    int run()
+    {
+        FWatch.listenTo(FPort);
+        const TStopSignal stop(&QCoreApplication::quit);
+        if (FOptions.wait) {
+            FWatch.record(FOptions);
+            FKeeper.start();
+        } else {
+            openPort(FPort);
+            FWatch.record(FOptions);
+            listening();
         }
-    };
-    watcher.OnTrouble = [&](const QString& why) {
-        complain(QStringLiteral("tnv5: ") + why);
-        result = kFailed;
+        if (FResult == kDone) {
+            QCoreApplication::exec();
+        }
+        FKeeper.stop();
+        FWatch.end();
+        return FResult;
+    }
+
+private:
+    void listening() const
+    {
+        print(QStringLiteral("Listening to %1 since %2. Ctrl-C ends.")
+                  .arg(FPort.Port(), host::timeForPeople(platform::Now())));
+    }
+
+    void end(int result)
+    {
+        FResult = result;
         QCoreApplication::quit();
-    };
-    watcher.listenTo(port);
-    openPort(port);
-    watcher.record(options);
-    print(QStringLiteral("Listening to %1 since %2. Ctrl-C ends.")
-              .arg(port.Port(), host::timeForPeople(platform::Now())));
-    const TStopSignal stop(&QCoreApplication::quit);
-    QCoreApplication::exec();
-    watcher.end();
-    return result;
-}
+    }
+
+    TWatchOptions FOptions;
+    TWatch FWatch;
+    platform::TSerialPort FPort;
+    host::TPortKeeper FKeeper;
+    int FResult = kDone;
+};
 
 } // namespace
 
@@ -201,6 +238,8 @@ void addWatchCommand(CLI::App& app, TCommand& chosen)
         ->check(CLI::IsMember(protocolNames()).description(""));
     command->add_option("--record", options->record, "Write a recording for \"tnv5 replay\"")
         ->type_name("FILE");
+    command->add_flag("--wait", options->wait,
+                      "Wait for a port that is not there yet, and for one that went away");
     command->add_flag("--force", options->force, "Overwrite a recording that is there");
     command
         ->add_option(
@@ -213,7 +252,7 @@ void addWatchCommand(CLI::App& app, TCommand& chosen)
     command->footer(
         "\nEach line: time; < from the equipment, > to it, ? not known; checksum right, WRONG or - for\n"
         "none; the bytes; the meaning. Nothing is ever sent.");
-    command->callback([&chosen, options] { chosen = [options] { return watch(*options); }; });
+    command->callback([&chosen, options] { chosen = [options] { return TWatching(*options).run(); }; });
 }
 
 } // namespace tnv5::cli

@@ -194,5 +194,60 @@ TEST_F(Watch, RotatedRecordingsPlayAsOneAndInPart)
                              "1:02:03.5\n"));
 }
 
+TEST_F(Watch, WaitsForAPortThatComesAndGoes)
+{
+    sim::TPty pty(QStringLiteral("boards"));
+    pty.unplug();
+    const QStringList watching = {QStringLiteral("watch"), pty.path(), QStringLiteral("--as"),
+                                  QStringLiteral("bus")};
+    TRun watch(watching + QStringList{QStringLiteral("--wait"), QStringLiteral("--record"), file("bus.rec")});
+    ASSERT_TRUE(watch.says(QStringLiteral("There is no device ") + pty.path()));
+    for (int time = 1; time <= 2; ++time) {
+        pty.plug();
+        ASSERT_TRUE(eventually([&] { return watch.output().count(QStringLiteral("Listening to")) == time; }));
+        ASSERT_TRUE(eventually([&] {
+            pty.write("$000APING26\r");
+            return watch.output().count(QStringLiteral("board 000A pings")) >= time;
+        }));
+        pty.unplug();
+        ASSERT_TRUE(
+            eventually([&] { return watch.complaints().count(QStringLiteral("went away")) == time; }));
+    }
+    watch.stop();
+    EXPECT_EQ(watch.exitCode(), 0);
+    EXPECT_GE(tools::readRecording(file("bus.rec")).size(), 2);
+    TRun noRate(watching +
+                QStringList{QStringLiteral("--wait"), QStringLiteral("--baud"), QStringLiteral("0")});
+    EXPECT_EQ(noRate.exitCode(), 1);
+}
+
+TEST_F(Watch, ADeviceHasOneUserWhateverItsName)
+{
+    sim::TPty pty(QStringLiteral("boards"));
+    const QString link = file("other-name");
+    ASSERT_TRUE(QFile::link(pty.path(), link));
+    TRun first({QStringLiteral("watch"), pty.path(), QStringLiteral("--as"), QStringLiteral("bus")});
+    ASSERT_TRUE(first.says(QStringLiteral("Listening to")));
+    TRun second({QStringLiteral("watch"), link, QStringLiteral("--as"), QStringLiteral("bus"),
+                 QStringLiteral("--baud"), QStringLiteral("1200")});
+    EXPECT_EQ(second.exitCode(), 1);
+    const QString said = second.complaints();
+    EXPECT_TRUE(said.startsWith(link + QStringLiteral(" is held by another program:\n  tnv5 (process ")))
+        << qPrintable(said);
+    EXPECT_TRUE(
+        said.endsWith(QStringLiteral("tnv5: Cannot open port %1: another program has it open\n").arg(link)))
+        << qPrintable(said);
+    EXPECT_FALSE(said.contains(QStringLiteral("kill")));
+
+    TRun noRate({QStringLiteral("watch"), link, QStringLiteral("--as"), QStringLiteral("bus"),
+                 QStringLiteral("--baud"), QStringLiteral("0")});
+    EXPECT_EQ(noRate.exitCode(), 1);
+    EXPECT_TRUE(noRate.complaints().contains(QStringLiteral("there is no rate of 0 baud")))
+        << qPrintable(noRate.complaints());
+    EXPECT_FALSE(noRate.complaints().contains(QStringLiteral("held"))) << qPrintable(noRate.complaints());
+    first.stop();
+    EXPECT_EQ(first.exitCode(), 0);
+}
+
 } // namespace
 } // namespace tnv5::integration
