@@ -2,6 +2,7 @@
 
 #include <QHeaderView>
 #include <QLabel>
+#include <QStyledItemDelegate>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -27,6 +28,31 @@ void fillRow(QTreeWidgetItem& item, const TEquipmentRow& row)
     item.setForeground(1, moodColour(row.mood));
 }
 
+/// Makes a row as high as its wrapped text, which a tree view by itself does not.
+class TWrappedRows final : public QStyledItemDelegate
+{
+public:
+    explicit TWrappedRows(QTreeWidget* tree) : QStyledItemDelegate(tree), FTree(tree) {}
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        QSize size = QStyledItemDelegate::sizeHint(option, index);
+        if (index.column() == 1) {
+            const int margin = FTree->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, FTree) + 1;
+            const QRect room(0, 0, FTree->columnWidth(1) - 2 * margin, kHighest);
+            const QRect text =
+                FTree->fontMetrics().boundingRect(room, Qt::TextWordWrap, index.data().toString());
+            size.setHeight(std::max(size.height(), text.height()));
+        }
+        return size;
+    }
+
+private:
+    static constexpr int kHighest = 10'000;
+
+    QTreeWidget* FTree;
+};
+
 } // namespace
 
 TEquipmentView::TEquipmentView(TDeskModel& desk, QWidget* parent)
@@ -43,6 +69,8 @@ TEquipmentView::TEquipmentView(TDeskModel& desk, QWidget* parent)
     FTree->setAccessibleName(tr("Equipment"));
     FTree->setRootIsDecorated(false);
     FTree->setWordWrap(true); // nothing is cut that somebody must know
+    FTree->setItemDelegate(new TWrappedRows(FTree));
+    connect(FTree->header(), &QHeaderView::sectionResized, FTree, &QTreeWidget::doItemsLayout);
     FTree->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     FTree->header()->setStretchLastSection(true);
     FTree->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
@@ -67,6 +95,7 @@ void TEquipmentView::refresh()
     } else {
         rebuild(sections);
     }
+    FTree->doItemsLayout(); // a text may need more lines
     FShown = sections;
 }
 

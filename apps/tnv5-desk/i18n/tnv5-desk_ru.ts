@@ -114,6 +114,10 @@
         <source>Paid time left</source>
         <translation>Осталось времени</translation>
     </message>
+    <message>
+        <source>has not answered yet</source>
+        <translation>ещё не отвечала</translation>
+    </message>
 </context>
 <context>
     <name>tnv5::desk::TEquipmentView</name>

@@ -114,6 +114,10 @@
         <source>Paid time left</source>
         <translation>Залишилося часу</translation>
     </message>
+    <message>
+        <source>has not answered yet</source>
+        <translation>ще не відповідала</translation>
+    </message>
 </context>
 <context>
     <name>tnv5::desk::TEquipmentView</name>
