@@ -44,7 +44,7 @@ TEquipmentSection TEquipment::troubles(const TClubState& state)
 {
     TEquipmentSection section{tr("Attention"), {}};
     for (const QString& trouble : state.troubles) {
-        section.rows.append({tr("Trouble"), trouble, TMood::Bad});
+        section.rows.append({{}, trouble, TMood::Bad});
     }
     for (const TBoardState& board : state.boards) {
         if (!board.answering && !isTold(state, board.address)) {

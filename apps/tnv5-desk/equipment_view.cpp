@@ -22,10 +22,15 @@ bool alike(const QList<TEquipmentSection>& one, const QList<TEquipmentSection>& 
 
 void fillRow(QTreeWidgetItem& item, const TEquipmentRow& row)
 {
+    const bool whole = row.name.isEmpty();
+    const int column = whole ? 0 : 1;
+    item.setFirstColumnSpanned(whole);
     item.setText(0, row.name);
-    item.setText(1, row.text);
-    item.setToolTip(1, row.text);
-    item.setForeground(1, moodColour(row.mood));
+    item.setText(column, row.text);
+    item.setToolTip(column, row.text);
+    item.setForeground(column, moodColour(row.mood));
+    item.setTextAlignment(0, Qt::AlignLeading | Qt::AlignTop);
+    item.setTextAlignment(1, Qt::AlignLeading | Qt::AlignTop);
 }
 
 /// Makes a row as high as its wrapped text, which a tree view by itself does not.
@@ -37,12 +42,15 @@ public:
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
     {
         QSize size = QStyledItemDelegate::sizeHint(option, index);
-        if (index.column() == 1) {
+        const bool whole = index.column() == 0 && FTree->itemFromIndex(index)->isFirstColumnSpanned();
+        if (whole || index.column() == 1) {
             const int margin = FTree->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, FTree) + 1;
-            const QRect room(0, 0, FTree->columnWidth(1) - 2 * margin, kHighest);
+            const int width =
+                whole ? FTree->viewport()->width() - FTree->indentation() : FTree->columnWidth(1);
+            const QRect room(0, 0, width - 2 * margin, kHighest);
             const QRect text =
                 FTree->fontMetrics().boundingRect(room, Qt::TextWordWrap, index.data().toString());
-            size.setHeight(std::max(size.height(), text.height()));
+            size.setHeight(std::max(size.height(), text.height() + 2 * margin));
         }
         return size;
     }

@@ -19,10 +19,6 @@
         <translation>Внимание</translation>
     </message>
     <message>
-        <source>Trouble</source>
-        <translation>Неполадка</translation>
-    </message>
-    <message>
         <source>Board %1</source>
         <translation>Плата %1</translation>
     </message>

@@ -19,10 +19,6 @@
         <translation>Увага</translation>
     </message>
     <message>
-        <source>Trouble</source>
-        <translation>Несправність</translation>
-    </message>
-    <message>
         <source>Board %1</source>
         <translation>Плата %1</translation>
     </message>
