@@ -80,6 +80,9 @@ public:
                           .arg(FClub.plan().name)
                           .arg(QCoreApplication::applicationPid())
                           .arg(FServer.path()));
+        if (!FLog.trouble().isEmpty()) {
+            complain(QStringLiteral("%1 cannot be written: %2").arg(FLog.file(), FLog.trouble()));
+        }
         FClub.start();
         QCoreApplication::exec();
         return end();
@@ -90,7 +93,7 @@ private:
     {
         const qint64 unwritten = FClub.close();
         if (unwritten > 0) {
-            const QString text = QStringLiteral("%1 passes are NOT in the journal").arg(unwritten);
+            const QString text = QStringLiteral("%1 entries are NOT in the journal").arg(unwritten);
             FLog.always(text);
             complain(text);
         }

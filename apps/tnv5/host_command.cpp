@@ -103,7 +103,7 @@ QString answeringText(const QJsonValue& value)
 
 void printLines(const QJsonObject& state)
 {
-    for (const QJsonValue& value : state.value(u"lines").toArray()) {
+    for (const auto& value : state.value(u"lines").toArray()) {
         const QJsonObject line = value.toObject();
         const bool open = line.value(u"open").toBool();
         print(QStringLiteral("  %1  %2  %3")
@@ -116,7 +116,7 @@ void printLines(const QJsonObject& state)
 
 void printGates(const QJsonObject& state)
 {
-    for (const QJsonValue& value : state.value(u"gates").toArray()) {
+    for (const auto& value : state.value(u"gates").toArray()) {
         const QJsonObject gate = value.toObject();
         const QString holder = gate.value(u"holder").toString();
         print(QStringLiteral("  %1  %2  %3  %4  %5  %6")
@@ -147,7 +147,7 @@ int status(const THostOptions& options)
               .arg(state.value(u"journalWaiting").toInteger()));
     printLines(state);
     printGates(state);
-    for (const QJsonValue& trouble : state.value(u"troubles").toArray()) {
+    for (const auto& trouble : state.value(u"troubles").toArray()) {
         print(QStringLiteral("! ") + trouble.toString(), TColour::Red);
     }
     return kDone;

@@ -5,9 +5,9 @@
 
 namespace tnv5::cli {
 
-void explain(const QString& port)
+void explain(const QString& port, qint64 osError)
 {
-    for (const QString& line : host::explainPort(host::portFacts(port))) {
+    for (const QString& line : host::explainPort(host::portFacts(port, osError))) {
         complain(line);
     }
 }
@@ -16,8 +16,8 @@ void openPort(platform::TComPort& port)
 {
     try {
         port.Open();
-    } catch (const platform::EComPort&) {
-        explain(port.Port());
+    } catch (const platform::EComPort& error) {
+        explain(port.Port(), error.osError());
         throw;
     }
 }

@@ -70,7 +70,7 @@ int run(const TRunOptions& options)
     keeper.OnCannotOpen = [&](const QString& why) {
         complainNow(why);
         if (keeper.openings() == 0) {
-            explain(port.Port());
+            explain(port.Port(), keeper.osError());
         }
     };
 
@@ -145,11 +145,20 @@ void addRunCommand(CLI::App& app, TCommand& chosen)
         "journal, which is then told. SIGHUP makes a club read its file again and open its log anew.");
     command->callback([&chosen, options] {
         if (QString::fromStdString(options->script).endsWith(QStringLiteral(".toml"))) {
+            if (!options->arguments.empty()) {
+                throw CLI::ValidationError("arguments", "are for scripts, a club's file takes none");
+            }
+            if (!options->database.empty() && options->database != qgetenv("TNV5_DB").toStdString()) {
+                throw CLI::ValidationError("--db", "stands in the club's file");
+            }
             chosen = [options] {
                 return runClub(QString::fromStdString(options->script),
                                QString::fromStdString(options->socket));
             };
             return;
+        }
+        if (!options->socket.empty()) {
+            throw CLI::ValidationError("--socket", "is for a club's file");
         }
         if (!options->script.empty()) {
             chosen = [options] { return runScript(*options); };

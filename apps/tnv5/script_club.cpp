@@ -86,7 +86,7 @@ QObject* TScriptClub::openPort(const QString& name, int baudRate)
     opened.keeper.OnCannotOpen = [&opened, name](const QString& why) {
         complainNow(why);
         if (opened.keeper.openings() == 0) {
-            explain(name);
+            explain(name, opened.keeper.osError());
         }
     };
     opened.keeper.start(); // a port that is not there yet is waited for

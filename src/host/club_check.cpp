@@ -1,6 +1,7 @@
 #include "tnv5/host/club_check.h"
 
 #include "tnv5/host/statement.h"
+#include "tnv5/platform/tls.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -40,6 +41,30 @@ QList<TFileError> askBooks(const TClubPlan& plan)
     }
 }
 
+/// Files and folders that a plan needs and that are not as they should be.
+QList<TFileError> askFiles(const TClubPlan& plan)
+{
+    QList<TFileError> errors;
+    if (!plan.log.isEmpty() && !QFileInfo(QFileInfo(plan.log).absolutePath()).isDir()) {
+        errors.append({plan.logAt.number, QStringLiteral("[club] log: there is no folder \"%1\"")
+                                              .arg(QFileInfo(plan.log).absolutePath())});
+    }
+    for (const TLinePlan& line : plan.lines + plan.buses) {
+        for (const std::optional<TMonitorPlan>& monitor : {line.monitor, line.lampMonitor}) {
+            if (!monitor || !monitor->access.tls) {
+                continue;
+            }
+            try {
+                platform::tlsConfiguration(*monitor->access.tls);
+            } catch (const platform::Exception& error) {
+                errors.append({monitor->at.number,
+                               QStringLiteral("monitor of \"%1\": %2").arg(line.name, error.message())});
+            }
+        }
+    }
+    return errors;
+}
+
 } // namespace
 
 QStringList zonesOf(const QString& database)
@@ -77,11 +102,12 @@ TClubFile checkClub(const QString& path)
         return {{}, {{0, QStringLiteral("is larger than 4 MiB")}}};
     }
     TClubFile club = readClub(text, QFileInfo(path).absolutePath());
+    club.errors += askFiles(club.plan);
     if (!club.plan.database.isEmpty()) {
         club.errors += askBooks(club.plan);
-        std::stable_sort(club.errors.begin(), club.errors.end(),
-                         [](const TFileError& a, const TFileError& b) { return a.line < b.line; });
     }
+    std::stable_sort(club.errors.begin(), club.errors.end(),
+                     [](const TFileError& a, const TFileError& b) { return a.line < b.line; });
     return club;
 }
 

@@ -45,6 +45,8 @@ public:
     QString pay(qint64 cents);
     /// Withdraws an order, or refuses the next step of the payment under way.
     void cancel() { FCounter.cancel(); }
+    /// Payments whose outcome is not in the books.
+    qsizetype unwritten() const { return FCounter.unwritten(); }
     QJsonObject state() const;
 
 private:

@@ -84,6 +84,7 @@ private:
         }
         FPlan.database = path(section.text("database"));
         FPlan.databaseAt = section.lineOf("database");
+        FPlan.logAt = section.lineOf("log");
         FPlan.log = path(section.textOr("log", {}));
         FPlan.socket = path(section.textOr("socket", {}));
         section.end();
@@ -184,6 +185,7 @@ private:
         }
         TTomlSection part(*table, QLatin1String(key) + QString(), FErrors);
         TMonitorPlan plan;
+        plan.at = section.lineOf(key);
         plan.port = part.number("port", 1, kMaxTcpPort);
         plan.access.listenAddress = part.textOr("listen", plan.access.listenAddress);
         plan.access.peers = peers(part, plan.access.listenAddress);

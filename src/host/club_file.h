@@ -20,6 +20,7 @@ struct TMonitorPlan
 {
     int port = 0;
     platform::TServerAccess access;
+    TFileLine at;
     bool operator==(const TMonitorPlan&) const = default;
 };
 
@@ -86,6 +87,7 @@ struct TClubPlan
     QList<TScalePlan> scales;
     QList<TTerminalPlan> terminals;
     TFileLine databaseAt;
+    TFileLine logAt;
 };
 
 /// One thing that is wrong in a file.

@@ -100,12 +100,19 @@ qint64 TClubPlant::close()
 {
     FRunning = false;
     FLook.SetEnabled(false);
+    for (const auto& [name, terminal] : FTerminals) {
+        if (const qsizetype unwritten = terminal->unwritten(); unwritten > 0) {
+            FLost += unwritten;
+            FLog.always(
+                QStringLiteral("%1: NOT IN THE BOOKS: the outcome of %2 payments").arg(name).arg(unwritten));
+        }
+    }
     FTerminals.clear();
     FScales.clear();
     FBuses.clear();
     FLines.clear();
     FDesk.close();
-    return FDesk.lost();
+    return FDesk.lost() + FLost;
 }
 
 // The file says what there is; the books follow, so that the other commands know it, too.
@@ -251,7 +258,7 @@ QJsonObject TClubPlant::state()
     QJsonArray scales;
     QJsonArray terminals;
     const auto append = [](QJsonArray& to, const QJsonArray& from) {
-        for (const QJsonValue& each : from) {
+        for (const auto& each : from) {
             to.append(each);
         }
     };
@@ -375,7 +382,7 @@ QString TClubPlant::sellTime(const QString& lamp, const QString& card, int minut
 {
     for (const auto& [name, bus] : FBuses) {
         if (bus->hasLamp(lamp)) {
-            return attempt([&] { return bus->sellTime(lamp, card, minutes); });
+            return attempt([&lamp, &card, minutes, &unit = bus] { return unit->sellTime(lamp, card, minutes); });
         }
     }
     return QStringLiteral("there is no lamp \"%1\"").arg(lamp);

@@ -31,7 +31,8 @@ public:
     /// Closes what a killed host has left open in the books, enters the gates and lamps of the file, and
     /// opens the ports. @throws EDatabase
     void start();
-    /// Ends everything; passes under way are interrupted. @return passes that could not be written
+    /// Ends everything; passes under way are interrupted. @return passes and payments that could not be
+    /// written
     qint64 close();
 
     const TClubPlan& plan() const { return FPlan; }
@@ -80,6 +81,7 @@ private:
     TStatement FInside;
     TStatement FNameOf;
     qint64 FStartedMs = 0;
+    qint64 FLost = 0; // payments
     bool FRunning = false;
 };
 

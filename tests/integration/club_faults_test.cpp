@@ -186,7 +186,7 @@ TEST_F(TClubFaults, EndingWithWhatCannotBeWritten)
     const QString log = run->output();
     EXPECT_EQ(log.count(QStringLiteral("NOT IN THE JOURNAL: ")), 2) << qUtf8Printable(log);
     EXPECT_TRUE(log.contains(QStringLiteral("01A  Member 1 (M1)  passed")));
-    EXPECT_TRUE(run->complaints().contains(QStringLiteral("2 passes are NOT in the journal")));
+    EXPECT_TRUE(run->complaints().contains(QStringLiteral("2 entries are NOT in the journal")));
 }
 
 TEST_F(TClubFaults, KilledInMidTraffic)

@@ -194,6 +194,32 @@ TEST_F(TClubProgram, OthersMayWatchAsTheFileSays)
     EXPECT_TRUE(run->says(QStringLiteral("error back: ")));
 }
 
+TEST_F(TClubProgram, WhatTheFileNeedsIsLookedFor)
+{
+    writeFile("log = \"no/such/folder/club.log\"\n",
+              "[[line]]\nname = \"back\"\nport = \"/dev/no-such-port\"\n[line.monitor]\nport = 4001\n"
+              "certificate = \"a.pem\"\nkey = \"b.pem\"\nauthority = \"c.pem\"\n");
+    EXPECT_EQ(command({QStringLiteral("check"), file}), 1);
+    EXPECT_TRUE(
+        said.contains(QStringLiteral("club.toml:4: [club] log: there is no folder \"%1/no/such/folder\"\n")
+                          .arg(folder.path())))
+        << qUtf8Printable(said);
+    EXPECT_TRUE(said.contains(QStringLiteral(" monitor of \"back\": ")));
+    EXPECT_TRUE(said.endsWith(QStringLiteral("club.toml: 2 mistakes\n")));
+}
+
+TEST_F(TClubProgram, OptionsThatDoNotFitAFile)
+{
+    for (const QStringList& more :
+         {QStringList({QStringLiteral("--db"), database}), QStringList(QStringLiteral("word"))}) {
+        EXPECT_EQ(command(QStringList({QStringLiteral("run"), file}) + more), 2) << qUtf8Printable(said);
+    }
+    EXPECT_EQ(command({QStringLiteral("status"), QStringLiteral("--json"), QStringLiteral("--club"), socket}),
+              1);
+    EXPECT_TRUE(said.startsWith(QStringLiteral("{\"error\":")))
+        << "nobody is there: " << qUtf8Printable(said);
+}
+
 TEST_F(TClubProgram, AFileWithMistakesStartsNothing)
 {
     writeFile({}, gateText("entrance", "04A", "hal", "inn"));
@@ -285,6 +311,21 @@ TEST_F(TClubProgram, AFileThatIsReadAgainTouchesOnlyWhatHasChanged)
     EXPECT_TRUE(eventually([&] { return !secondPty.opened(); }));
     EXPECT_EQ(lineClosed, 0);
     EXPECT_EQ(state().value(u"lines").toArray().size(), 3);
+
+    // another rate is another line: whoever is passing there will not be heard of again
+    const QByteArray before = text();
+    writeText(QByteArray(before).replace("[[bus]]", "baud = 19200\n[[bus]]"));
+    EXPECT_EQ(command({QStringLiteral("reload"), QStringLiteral("--club"), socket}), 0)
+        << qUtf8Printable(said);
+    EXPECT_TRUE(eventually([&] { return lineClosed == 1 && linePty.opened(); }));
+    int interrupted = 0;
+    for (const host::TPass& pass : journal(3)) {
+        interrupted += pass.ending == TEnding::Interrupted ? 1 : 0;
+    }
+    EXPECT_EQ(interrupted, 2);
+    writeText(QByteArray(before).replace("\"riverside\"", "\"lakeside\""));
+    EXPECT_EQ(command({QStringLiteral("reload"), QStringLiteral("--club"), socket}), 1);
+    EXPECT_TRUE(said.contains(QStringLiteral("needs a new start"))) << qUtf8Printable(said);
     run->stop();
     EXPECT_EQ(run->exitCode(), 0);
 }

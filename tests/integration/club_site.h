@@ -71,6 +71,12 @@ protected:
             rest);
     }
 
+    QByteArray text() const
+    {
+        QFile in(file);
+        return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray();
+    }
+
     void writeText(const QByteArray& text)
     {
         QFile out(file);
