@@ -78,8 +78,10 @@ TClubPlant::~TClubPlant()
     close();
 }
 
+// Nobody stands at a gate yet: a program that is writing into the books is waited for.
 void TClubPlant::start()
 {
+    FDatabase.setBusyTimeout(kStartBusyMs);
     if (const int abandoned = FDatabase.closeAbandoned(); abandoned > 0) {
         FLog.warning({}, QStringLiteral(
                              "%1 passes were left open by a host that was killed; they have ended as \"%2\"")
@@ -87,6 +89,7 @@ void TClubPlant::start()
                              .arg(toText(TEnding::Abandoned)));
     }
     enterIntoBooks(FPlan);
+    FDatabase.setBusyTimeout(TDatabase::kBusyMs);
     FStartedMs = platform::TClock::current().nowMs();
     FRunning = true;
     apply(FPlan);

@@ -20,6 +20,7 @@ class TClubPlant final : public IClubControl
 {
 public:
     static constexpr int kLookMs = 5'000;
+    static constexpr int kStartBusyMs = 10'000; ///< how long the books may be locked at the start
 
     /// @throws EDatabase
     TClubPlant(const QString& file, const TClubPlan& plan, TDatabase& database, TClubLog& log);

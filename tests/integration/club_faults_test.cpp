@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <fcntl.h>
+#include <optional>
 #include <poll.h>
 #include <random>
 #include <sys/resource.h>
@@ -174,6 +175,21 @@ TEST_F(TClubFaults, LockedBooks)
     EXPECT_TRUE(run->says(QStringLiteral("the journal is written again, nothing is missing")));
     EXPECT_EQ(journal(2).size(), 2);
     endsWell(*run);
+}
+
+TEST_F(TClubFaults, BooksThatAreLockedForAMomentAtTheStart)
+{
+    host::TDatabase other(database);
+    std::optional<host::TWriteTransaction> lock(other.connection());
+    TProgramRun run(QStringLiteral(TNV5_PROGRAM), arguments());
+    EXPECT_TRUE(eventually([&] { return QFile::exists(socket); })); // just before
+    const QDeadlineTimer moment(500);
+    eventually([&] { return moment.hasExpired(); });
+    EXPECT_FALSE(linePty.opened());
+    lock.reset();
+    EXPECT_TRUE(works()) << qUtf8Printable(run.complaints());
+    goThroughAndBack(1);
+    endsWell(run);
 }
 
 TEST_F(TClubFaults, EndingWithWhatCannotBeWritten)
