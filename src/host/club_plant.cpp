@@ -382,7 +382,8 @@ QString TClubPlant::sellTime(const QString& lamp, const QString& card, int minut
 {
     for (const auto& [name, bus] : FBuses) {
         if (bus->hasLamp(lamp)) {
-            return attempt([&lamp, &card, minutes, &unit = bus] { return unit->sellTime(lamp, card, minutes); });
+            return attempt(
+                [&lamp, &card, minutes, &unit = bus] { return unit->sellTime(lamp, card, minutes); });
         }
     }
     return QStringLiteral("there is no lamp \"%1\"").arg(lamp);
