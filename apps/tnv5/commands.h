@@ -47,5 +47,6 @@ void addInsideCommand(CLI::App& app, TCommand& chosen);
 void addJournalCommand(CLI::App& app, TCommand& chosen);
 void addBackupCommand(CLI::App& app, TCommand& chosen);
 void addPruneCommand(CLI::App& app, TCommand& chosen);
+void addCompletionCommand(CLI::App& app, TCommand& chosen);
 
 } // namespace tnv5::cli

@@ -6,9 +6,24 @@
 #include <CLI/CLI.hpp>
 #include <QGuiApplication>
 #include <QLoggingCategory>
+#include <algorithm>
 #include <cstdio>
 
 namespace {
+
+/// One line that says which command is meant, such as "tnv5 gate add: zone is required; see tnv5 gate add
+/// --help".
+std::string misused(const CLI::App* app, const CLI::Error& error)
+{
+    std::string command = "tnv5";
+    for (const CLI::App* each = app; !each->get_subcommands().empty();) {
+        each = each->get_subcommands().front();
+        command += ' ' + each->get_name();
+    }
+    std::string what = error.what();
+    std::replace(what.begin(), what.end(), '\n', ' ');
+    return command + ": " + what + "; see " + command + " --help\n";
+}
 
 int run(int argc, char** argv)
 {
@@ -45,6 +60,8 @@ int run(int argc, char** argv)
     tnv5::cli::addBackupCommand(app, chosen);
     tnv5::cli::addPruneCommand(app, chosen);
     tnv5::cli::addScriptReferenceCommand(app, chosen);
+    tnv5::cli::addCompletionCommand(app, chosen);
+    app.failure_message(misused);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

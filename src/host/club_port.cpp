@@ -79,7 +79,7 @@ void TClubPort::cannotOpen(const QString& why)
     FWhy = why;
     FSite.log.error(FName, why + QStringLiteral("; it will be opened when that is over"));
     if (FKeeper.openings() == 0) {
-        for (const QString& line : explainPort(portFacts(FPort.Port()))) {
+        for (const QString& line : explainPort(portFacts(FPort.Port(), FKeeper.osError()))) {
             FSite.log.info(FName, line);
         }
     }
