@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs the libraries and builds and runs a small host against them, as an integrator would; every installed header
-# must compile alone. Needs the build of the preset "dev".
+# must compile alone. The manual pages and the completion are there, of every command. Needs the build of the preset "dev".
 set -euo pipefail
 cd "$(dirname "$0")/.."
 installed=build/install/prefix
@@ -16,3 +16,22 @@ export PKG_CONFIG_PATH
 c++ -fPIC tests/install/plain.cpp -o build/install/plain $(pkg-config --cflags --libs tnv5_devices)
 build/install/plain
 QT_QPA_PLATFORM=offscreen build/install/host/form
+
+program=$installed/bin/tnv5
+man --warnings -l "$installed/share/man/man1/tnv5-member-add.1" 2>&1 >/dev/null | (! grep .)
+"$program" completion commands | while IFS=$'\t' read -r words _; do
+  page=$installed/share/man/man1/tnv5-${words// /-}.1
+  grep -q "^\.SH NAME" "$page" || { echo "no manual page: $page" >&2; exit 1; }
+done
+bash -euo pipefail -c '
+  source "$1"
+  check() { # words before the last are written, what must come
+    COMP_WORDS=("${@:2}") COMP_CWORD=$(($# - 2))
+    _tnv5
+    [[ ${COMPREPLY[*]} == "$1" ]] || { echo "completion of ${*:2}: ${COMPREPLY[*]}" >&2; exit 1; }
+  }
+  check "member membership" tnv5 memb
+  check "--zone" tnv5 member add --z
+  check "add" tnv5 gate ad
+  check "--since" tnv5 journal --json --si
+' - "$installed/share/bash-completion/completions/tnv5"

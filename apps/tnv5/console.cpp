@@ -17,24 +17,16 @@ QString& progress()
     return text;
 }
 
+std::function<void(const QString& line, bool complaint)>& listener()
+{
+    static std::function<void(const QString& line, bool complaint)> one;
+    return one;
+}
+
 void write(std::FILE* file, const QString& text)
 {
     std::fputs(qUtf8Printable(text), file);
     std::fflush(file);
-}
-
-/// A line as it may go to a terminal: what came from a wire or a file must not command it.
-QString harmless(const QString& line)
-{
-    QString text;
-    for (const QChar character : line) {
-        if (character.category() == QChar::Other_Control) {
-            text += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QChar(u'0'));
-        } else {
-            text += character;
-        }
-    }
-    return text;
 }
 
 QString inColour(const QString& line, TColour colour)
@@ -47,6 +39,9 @@ QString inColour(const QString& line, TColour colour)
 
 void writeLine(std::FILE* file, const QString& rawLine, TColour colour = TColour::Usual)
 {
+    if (listener()) {
+        listener()(rawLine, file == stderr);
+    }
     const QString line = inColour(harmless(rawLine), colour);
     if (progress().isEmpty()) {
         write(file, line + u'\n');
@@ -78,6 +73,20 @@ void writeLineNow(std::FILE* file, const QString& line)
 }
 
 } // namespace
+
+// What came from a wire or a file must not command a terminal.
+QString harmless(const QString& line)
+{
+    QString text;
+    for (const QChar character : line) {
+        if (character.category() == QChar::Other_Control) {
+            text += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QChar(u'0'));
+        } else {
+            text += character;
+        }
+    }
+    return text;
+}
 
 void print(const QString& line)
 {
@@ -114,6 +123,11 @@ void printNow(const QString& line)
 void complainNow(const QString& line)
 {
     writeLineNow(stderr, line);
+}
+
+void overhear(std::function<void(const QString& line, bool complaint)> one)
+{
+    listener() = std::move(one);
 }
 
 bool onTerminal()

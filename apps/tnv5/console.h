@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <functional>
 
 namespace tnv5::cli {
 
@@ -9,6 +10,9 @@ namespace tnv5::cli {
 void print(const QString& line);
 /// Writes one line to standard error.
 void complain(const QString& line);
+
+/// A line as it may go to a terminal: control characters as "\x1b".
+QString harmless(const QString& line);
 
 enum class TColour { Usual, Red, Green, Yellow, Faint };
 
@@ -24,6 +28,9 @@ void draw(const QStringList& lines);
 /// stopped must not stop the gates. What nobody takes is left out, and how much is told later.
 void printNow(const QString& line);
 void complainNow(const QString& line);
+
+/// Somebody else hears every line, too, as it was given; nobody: none.
+void overhear(std::function<void(const QString& line, bool complaint)> listener);
 
 /// Whether a person looks at standard output.
 bool onTerminal();

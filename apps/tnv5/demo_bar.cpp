@@ -85,7 +85,11 @@ TDemoBar::TDemoBar(host::TDatabase& club, sim::TLines& lines)
     FPos.SetCodeError(host::kUsualCodesError);
     FCounter.OnOutcome = [this](const host::TPayment& payment) {
         print(host::logLine(payment) + QStringLiteral("  (%1)").arg(current().name));
+        if (OnPayment) {
+            OnPayment(payment);
+        }
     };
+    FCounter.OnStep = [this](const QString& text) { FStage = text; };
     FCounter.OnTrouble = [](const QString& text) { print(QStringLiteral("--- bank terminal: ") + text); };
     FTimer.SetInterval(kLookMs);
     FTimer.OnTimer = [this](platform::TTimer*) { look(); };
@@ -108,9 +112,18 @@ void TDemoBar::look()
         FSinceMs = 0;
     }
     FSinceMs += kLookMs;
-    if (!FServing && !FClosed && FSinceMs >= kWalkMs && FCounter.order(current().cents)) {
+    if (!FServing && !FClosed && FSinceMs >= kWalkMs * Leisure && FCounter.order(current().cents)) {
+        FStage = QStringLiteral("waits for the terminal");
         FServing = FTerminal.begin(current().scenario);
     }
+}
+
+QJsonObject TDemoBar::state() const
+{
+    return {{QStringLiteral("name"), QStringLiteral("bar")},
+            {QStringLiteral("line"), QStringLiteral("bar")},
+            {QStringLiteral("cents"), FServing ? current().cents : 0},
+            {QStringLiteral("stage"), FServing ? FStage : QString()}};
 }
 
 QStringList TDemoBar::compare() const

@@ -6,6 +6,8 @@
 #include "tnv5/host/payment_counter.h"
 #include "tnv5/platform/serial_port.h"
 
+#include <QJsonObject>
+
 namespace tnv5::cli {
 
 /// Somebody who buys a drink by card, and what must come of it; written down by hand.
@@ -27,10 +29,18 @@ public:
 
     /// @throws platform::Exception when the simulated terminal cannot be opened
     void open();
+    /// How many times as long the pauses between two who buy are.
+    int Leisure = 1;
     /// Nobody begins anew; who is being served is served.
     void close() { FClosed = true; }
     /// Nobody is at the bar.
     bool quiet() const { return !FServing; }
+
+    const platform::TSerialPort& port() const { return FPort; }
+    /// The terminal, as the local socket shows it.
+    QJsonObject state() const;
+    /// A payment has an outcome.
+    std::function<void(const host::TPayment& payment)> OnPayment;
 
     /// Compares every drink with what had to come of it, in the payments and in the terminal's own book.
     /// @return one line for each difference; none: everything is as it must be.
@@ -58,6 +68,7 @@ private:
     qsizetype FNext = 0;
     QList<const TDrink*> FDone;
     bool FClosed = false;
+    QString FStage; // of the payment
 };
 
 } // namespace tnv5::cli

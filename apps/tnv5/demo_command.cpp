@@ -2,6 +2,7 @@
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/demo_bar.h"
 #include "apps/tnv5/demo_counter.h"
+#include "apps/tnv5/demo_desk.h"
 #include "apps/tnv5/demo_kiosk.h"
 #include "apps/tnv5/demo_lamps.h"
 #include "apps/tnv5/demo_report.h"
@@ -9,8 +10,10 @@
 #include "apps/tnv5/stop_signal.h"
 #include "sim/line_faults.h"
 #include "sim/pty.h"
+#include "tnv5/common/messages.h"
 #include "tnv5/host/club_host.h"
 #include "tnv5/host/d24_host.h"
+#include "tnv5/host/local_path.h"
 #include "tnv5/host/port_keeper.h"
 #include "tnv5/platform/serial_port.h"
 
@@ -24,12 +27,17 @@ namespace tnv5::cli {
 
 namespace {
 
+constexpr int kLongSeconds = 60; // somebody looks on, with a desk
+constexpr int kLeisure = 8;      // then
+constexpr int kLeisurelyPassageMs = 1'500;
+
 struct TDemoOptions
 {
-    int seconds = 20;
+    std::optional<int> seconds; ///< how long visitors come
     std::string database;
     bool plain = false;
     std::optional<int> serve;
+    std::optional<std::string> desk; ///< the local socket; empty: the usual one
 };
 
 /// The demo: simulated gates and visitors on one end of a pseudo-terminal, the club's host on the other. All
@@ -48,6 +56,7 @@ private:
     void prepareBoards();
     bool ready(const QString& gate);
     void serve();
+    void openDesk();
     void look();
     void spoilCable(bool spoiled);
     void unplugWhenQuiet();
@@ -55,8 +64,11 @@ private:
     int conclude();
     qint64 elapsedMs() const { return platform::TClock::current().nowMs() - FBeganMs; }
     double fraction() const;
+    /// Somebody looks on at a desk: everybody takes more time.
+    bool leisurely() const { return FOptions.desk && FSeconds >= kLongSeconds; }
 
     const TDemoOptions FOptions;
+    const int FSeconds;
     host::TDatabase& FClub;
     qint64 FFirstPass; // what the journal held before
 
@@ -81,6 +93,7 @@ private:
     TDemoBar FBar;
     TDemoKiosk FKiosk;
     TDemoLamps FLamps;
+    std::unique_ptr<TDemoDesk> FDesk; // only when it is asked for
     TStopSignal FStop;
     platform::TTimer FTimer;
     qint64 FBeganMs = 0;
@@ -99,10 +112,15 @@ private:
 };
 
 constexpr int kLookMs = 50;
-constexpr int kAwayMs = 700; // that long is the cable out
+constexpr int kMinuteMs = 1'000;      // of the lamps
+constexpr int kDeskMinuteMs = 10'000; // the same while somebody looks at the time that is left
+constexpr int kAwayMs = 700;          // that long is the cable out
 constexpr int kDisplayWidth = 20;
 constexpr int kPingMs = 500;            // the first ping tells the host that a board is there
-constexpr int kClosingLimitMs = 20'000; // for the visitors who are still under way
+constexpr int kClosingLimitMs = 20'000; // for the visitors who are still under way, and short minutes
+constexpr int kDeskClosingLimitMs = 90'000;
+constexpr int kUsualSeconds = 20;
+constexpr int kDeskSeconds = 600;
 
 // Parts of the time at which things happen.
 constexpr double kCableGoesBad = 0.3;
@@ -118,6 +136,7 @@ void announce(const QString& text)
 
 TDemo::TDemo(host::TDatabase& club, const TDemoOptions& options, TPacedTime& time)
     : FOptions(options),
+      FSeconds(options.seconds.value_or(options.desk ? kDeskSeconds : kUsualSeconds)),
       FClub(club),
       FFirstPass(FClub.lastPass()),
       FPty(QStringLiteral("gates")),
@@ -132,13 +151,16 @@ TDemo::TDemo(host::TDatabase& club, const TDemoOptions& options, TPacedTime& tim
       FStreet(FAllGates, [this](const QString& gate) { return ready(gate); }),
       FFruit(club, time.lines),
       FBar(club, time.lines),
-      FLamps(club, time.lines),
+      FLamps(club, time.lines, leisurely() ? kDeskMinuteMs : kMinuteMs),
       FStop([] { QCoreApplication::quit(); })
 {
     time.lines.add(FPty);
     time.lines.add(FPort);
     time.lines.add(FBusPty);
     time.lines.add(FBusPort);
+    if (leisurely()) {
+        FStreet.Leisure = FFruit.Leisure = FBar.Leisure = kLeisure;
+    }
     prepareGates();
     prepareHost();
     prepareBoards();
@@ -153,7 +175,7 @@ void TDemo::prepareGates()
     }
     FGates.setFaults(kSilentGate, {.Silent = true});
     FGates.Delays.ProgressMs = 250;
-    FGates.Delays.PassageMs = 200;
+    FGates.Delays.PassageMs = leisurely() ? kLeisurelyPassageMs : 200;
     FGates.Delays.GiveUpMs = 600;
 }
 
@@ -162,7 +184,12 @@ void TDemo::prepareHost()
     FPort.SetPort(FPty.path());
     FLine.SetComport(&FPort);
     FLine.SetTimeDelayOpen(0); // a gate that nobody uses closes after one second
-    FHost.OnPass = [](const host::TPass& pass) { print(host::logLine(pass)); };
+    FHost.OnPass = [this](const host::TPass& pass) {
+        print(host::logLine(pass));
+        if (FDesk) {
+            FDesk->onPass(pass);
+        }
+    };
     FHost.OnTrouble = [](const QString& text) { announce(text); };
     FKeeper.OnOpened = [this] {
         announce(FKeeper.openings() == 1 ? QStringLiteral("%1 is open").arg(FPort.Port())
@@ -212,6 +239,17 @@ void TDemo::serve()
     open(FLamps.device(), "switch");
 }
 
+/// A desk may watch and open gates.
+void TDemo::openDesk()
+{
+    const QString file = QString::fromStdString(*FOptions.desk);
+    const TDemoDesk::TClub club = {FClub,      FHost.desk(), FLine,  FPort, FBoards,
+                                   FConnector, FBusPort,     FFruit, FBar,  FLamps};
+    FDesk = std::make_unique<TDemoDesk>(club, file.isEmpty() ? host::usualSocket(QStringLiteral("Demo club"))
+                                                             : file);
+    announce(QStringLiteral("in another terminal:  tnv5-desk --socket \"%1\"").arg(FDesk->socket()));
+}
+
 /// The host has nobody under way at a gate, and knows the display of a networked one.
 bool TDemo::ready(const QString& gate)
 {
@@ -233,6 +271,9 @@ int TDemo::run()
     if (!FConnector.GetConnected()) {
         throw platform::Exception(QStringLiteral("The simulated bus cannot be opened"));
     }
+    if (FOptions.desk) {
+        openDesk();
+    }
     FKiosk.sell();
     FFruit.open();
     FBar.open();
@@ -250,6 +291,7 @@ int TDemo::run()
     FTimer.SetEnabled(false);
     showProgress({});
     FKeeper.stop();
+    FDesk.reset();
     FBoardHost.close();
     FHost.close();
     return FStop.received() ? kInterrupted : conclude();
@@ -257,7 +299,7 @@ int TDemo::run()
 
 double TDemo::fraction() const
 {
-    return static_cast<double>(elapsedMs()) / (FOptions.seconds * 1000.0);
+    return static_cast<double>(elapsedMs()) / (FSeconds * 1000.0);
 }
 
 void TDemo::look()
@@ -265,8 +307,8 @@ void TDemo::look()
     if (onTerminal() && !FOptions.plain) {
         showProgress(QStringLiteral("%1 %2 of %3 s, %4 visits")
                          .arg(progressBar(fraction()))
-                         .arg(std::min<qint64>(elapsedMs() / 1000, FOptions.seconds))
-                         .arg(FOptions.seconds)
+                         .arg(std::min<qint64>(elapsedMs() / 1000, FSeconds))
+                         .arg(FSeconds)
                          .arg(FStreet.visits().size()));
     }
     switch (FPhase) {
@@ -306,7 +348,7 @@ void TDemo::look()
         }
         break;
     case TPhase::Closing:
-        FOverdue = elapsedMs() > FOptions.seconds * 1000LL + kClosingLimitMs;
+        FOverdue = elapsedMs() > FSeconds * 1000LL + (FOptions.desk ? kDeskClosingLimitMs : kClosingLimitMs);
         if ((FStreet.empty() && FFruit.quiet() && FBar.quiet() && FLamps.quiet()) || FOverdue) {
             QCoreApplication::quit();
         }
@@ -354,7 +396,9 @@ int TDemo::conclude()
                                    FKiosk.closingRows() + FLamps.closingRows() + QStringList(QString())) {
         print(line);
     }
-    QStringList wrong = compare(visits, FClub.passesAfter(FFirstPass, std::numeric_limits<int>::max()));
+    QList<host::TPass> passes = FClub.passesAfter(FFirstPass, std::numeric_limits<int>::max());
+    passes.removeIf([](const host::TPass& pass) { return pass.card == common::kCardManual; }); // by the desk
+    QStringList wrong = compare(visits, passes);
     wrong << FFruit.compare() << FBar.compare() << FKiosk.compare() << FLamps.compare();
     if (FOverdue) {
         wrong << QStringLiteral("not everybody has come through in time");
@@ -393,8 +437,7 @@ void addDemoCommand(CLI::App& app, TCommand& chosen)
 {
     const auto options = std::make_shared<TDemoOptions>();
     CLI::App* command = app.add_subcommand("demo", "Watch a club with simulated gates, without any hardware");
-    command->add_option("--seconds", options->seconds, "How long visitors come")
-        ->capture_default_str()
+    command->add_option("--seconds", options->seconds, "How long visitors come; usually 20, with --desk 600")
         ->check(CLI::Range(4, 86'400));
     command->add_option("--db", options->database, "Keep the database in a new file")->type_name("FILE");
     command->add_flag("--plain,--no-progress", options->plain, "No progress indication");
@@ -405,6 +448,12 @@ void addDemoCommand(CLI::App& app, TCommand& chosen)
             "on ports that are free")
         ->type_name("PORT")
         ->check(CLI::Range(0, 65'533).description(""));
+    command
+        ->add_option("--desk", options->desk,
+                     "Listen on a local socket, so that the desk (tnv5-desk) can watch and open gates")
+        ->type_name("[SOCKET]")
+        ->expected(0, 1)
+        ->default_str("");
     command->footer(
         "\nEnds with 0 only when every card got at its gate what it had to get, every purchase was "
         "charged as it had to be, and the books say the same.");

@@ -51,12 +51,23 @@ void TDemoCounter::open()
     FTimer.SetEnabled(true);
 }
 
+QJsonObject TDemoCounter::state() const
+{
+    const bool known = FPort.Connected();
+    return {{QStringLiteral("name"), QStringLiteral("fruit")},
+            {QStringLiteral("line"), QStringLiteral("fruit")},
+            {QStringLiteral("grams"), known ? QJsonValue(FReading) : QJsonValue(QJsonValue::Null)},
+            {QStringLiteral("steady"), known && FAlikeMs >= kSettleMs}};
+}
+
 void TDemoCounter::look()
 {
+    const int reading = FCounter.empty() ? 0 : FScales.LastWeight();
+    FAlikeMs = std::exchange(FReading, reading) == reading ? FAlikeMs + kLookMs : 0;
     FSinceMs += kLookMs;
     switch (FState) {
     case TState::Nobody:
-        if (!FClosed && FSinceMs >= kWalkMs) {
+        if (!FClosed && FSinceMs >= kWalkMs * Leisure) {
             stepUp();
         }
         break;
@@ -92,6 +103,9 @@ void TDemoCounter::put(int load)
 void TDemoCounter::onSold(const host::TSale& sale)
 {
     print(host::logLine(sale));
+    if (OnSale) {
+        OnSale(sale);
+    }
     FDone.append(&current());
     FState = TState::Leaving;
     put(0);

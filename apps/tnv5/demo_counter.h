@@ -7,6 +7,8 @@
 #include "tnv5/host/goods_counter.h"
 #include "tnv5/platform/serial_port.h"
 
+#include <QJsonObject>
+
 namespace tnv5::cli {
 
 /// The fruit counter of the demo: a simulated scale on a pseudo-terminal and those who buy, on the other side
@@ -19,10 +21,18 @@ public:
 
     /// @throws platform::Exception when the simulated scale cannot be opened
     void open();
+    /// How many times as long the pauses between two who buy are.
+    int Leisure = 1;
     /// Nobody begins anew; who is being served is served.
     void close() { FClosed = true; }
     /// Nobody is at the counter.
     bool quiet() const { return FState == TState::Nobody; }
+
+    const platform::TSerialPort& port() const { return FPort; }
+    /// The scale, as the local socket shows it.
+    QJsonObject state() const;
+    /// Something was sold.
+    std::function<void(const host::TSale& sale)> OnSale;
 
     /// Compares every purchase with what had to come of it, in the sales and in the accounts.
     /// @return one line for each difference; none: everything is as it must be.
@@ -57,6 +67,8 @@ private:
     qsizetype FPut = 0;            // how many of the loads are done
     QList<const TPurchase*> FDone; // purchases that the host says are sold
     bool FClosed = false;
+    int FReading = 0; // of the scale
+    int FAlikeMs = 0; // it has been the same that long
 };
 
 } // namespace tnv5::cli

@@ -7,17 +7,18 @@
 #include <algorithm>
 #include <limits>
 
+#include <QJsonObject>
+
 namespace tnv5::cli {
 
 namespace {
 
 constexpr int kLookMs = 100;
 constexpr int kPingMs = 900;
-constexpr int kMinuteMs = 1'000;
 
 } // namespace
 
-TDemoLamps::TDemoLamps(host::TDatabase& club, sim::TLines& lines)
+TDemoLamps::TDemoLamps(host::TDatabase& club, sim::TLines& lines, int minuteMs)
     : FClub(club), FBooks(club), FPty(QStringLiteral("lamps")), FBus(FPty), FHost(FDevice, club)
 {
     for (const host::TLamp& lamp : FBooks.lamps()) {
@@ -43,8 +44,13 @@ TDemoLamps::TDemoLamps(host::TDatabase& club, sim::TLines& lines)
     FConnector.SetConnectorType(connector::podComPort);
     FConnector.SetComport(&FPort);
     FDevice.SetConnector(&FConnector);
-    FHost.MinuteMs = kMinuteMs;
-    FHost.OnTime = [](const host::TLampTime& time) { print(host::logLine(time)); };
+    FHost.MinuteMs = minuteMs;
+    FHost.OnTime = [this](const host::TLampTime& time) {
+        print(host::logLine(time));
+        if (OnTime) {
+            OnTime(time);
+        }
+    };
     FHost.OnTrouble = [](const QString& text) { print(QStringLiteral("--- lamps: ") + text); };
     FTimer.SetInterval(kLookMs);
     FTimer.OnTimer = [this](platform::TTimer*) { serveAll(); };
@@ -57,6 +63,21 @@ void TDemoLamps::open()
     }
     FBus.setPingInterval(kPingMs);
     FTimer.SetEnabled(true);
+}
+
+QJsonArray TDemoLamps::states()
+{
+    QJsonArray lamps;
+    for (const host::TLampState& state : FHost.lamps()) {
+        lamps.append(QJsonObject{{QStringLiteral("name"), state.lamp.name},
+                                 {QStringLiteral("board"), state.lamp.board},
+                                 {QStringLiteral("relay"), state.lamp.relay},
+                                 {QStringLiteral("on"), state.on},
+                                 {QStringLiteral("answers"), state.answers},
+                                 {QStringLiteral("holder"), state.name},
+                                 {QStringLiteral("secondsLeft"), state.secondsLeft}});
+    }
+    return lamps;
 }
 
 bool TDemoLamps::quiet()
@@ -208,7 +229,7 @@ QStringList TDemoLamps::closingRows()
         }
     }
     return {closingRow(QStringLiteral("lamp time sold, times"), QString::number(times)),
-            closingRow(QStringLiteral("  minutes of a second"), QString::number(minutes)),
+            closingRow(QStringLiteral("  short minutes"), QString::number(minutes)),
             closingRow(QStringLiteral("  charged"), host::amountText(cents))};
 }
 

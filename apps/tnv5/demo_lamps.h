@@ -7,21 +7,30 @@
 #include "tnv5/host/switch_host.h"
 #include "tnv5/platform/serial_port.h"
 
+#include <QJsonArray>
+
 namespace tnv5::cli {
 
 /// The sun lamps of the demo: simulated relay boards on a pseudo-terminal and those who buy time on them, on
-/// the other side a real port, the components and the host. A minute lasts a second.
+/// the other side a real port, the components and the host. Minutes are short.
 class TDemoLamps
 {
 public:
-    /// @param lines get the lamps' line
-    TDemoLamps(host::TDatabase& club, sim::TLines& lines);
+    /// @param lines get the lamps' line @param minuteMs length of a minute
+    TDemoLamps(host::TDatabase& club, sim::TLines& lines, int minuteMs);
 
     /// @throws platform::Exception when the simulated bus cannot be opened
     void open();
     /// Nobody buys any more; what is bought is used up.
     void close() { FClosed = true; }
     switching::TSwitchDevice& device() { return FDevice; }
+    const connector::TDeviceConnector& connector() const { return FConnector; }
+    const platform::TSerialPort& port() const { return FPort; }
+    /// The lamps, as the local socket shows them.
+    QJsonArray states();
+    /// Time has begun or ended.
+    std::function<void(const host::TLampTime& time)> OnTime;
+
     /// No time is open and no lamp is on.
     bool quiet();
 

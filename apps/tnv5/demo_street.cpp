@@ -53,7 +53,7 @@ void TDemoStreet::look()
         }
         const QString& gate = guest.next().gate;
         const auto free = FFreeSinceMs.find(gate);
-        const bool clear = free == FFreeSinceMs.end() || nowMs() - free->second > kWalkMs;
+        const bool clear = free == FFreeSinceMs.end() || nowMs() - free->second > kWalkMs * Leisure;
         if (clear && nowMs() >= guest.notBeforeMs && !FAtGate.contains(gate) && FReady(gate)) {
             stepUp(guest);
         } else {
@@ -92,7 +92,7 @@ void TDemoStreet::leave(const TAtGate& place)
 
     TGuest guest = place.guest;
     guest.step = (guest.step + 1) % guest.visitor.steps.size();
-    guest.notBeforeMs = guest.step == 0 ? nowMs() + kRestMs : 0;
+    guest.notBeforeMs = guest.step == 0 ? nowMs() + kRestMs * Leisure : 0;
     FWaiting.append(guest);
     if (OnVisit) {
         OnVisit(visit);

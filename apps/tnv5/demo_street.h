@@ -38,6 +38,8 @@ public:
     /// Nobody stands at a gate and nobody wants to.
     bool empty() const { return FAtGate.empty() && FWaiting.isEmpty(); }
 
+    /// How many times as long the pauses between visits are.
+    int Leisure = 1;
     /// Off: times are not measured, because the cable itself delays lines.
     bool Measuring = true;
 

@@ -68,7 +68,7 @@ class TPaying
 {
 public:
     explicit TPaying(const TPayOptions& options)
-        : FClub(QString::fromStdString(options.database)), FCounter(FPos, FClub)
+        : FClub(QString::fromStdString(options.database), host::TOpening::Existing), FCounter(FPos, FClub)
     {
         FPort.SetPort(QString::fromStdString(options.port));
         FPort.OnException = [this](platform::TComponent*, platform::TComExceptionKind kind,
@@ -229,7 +229,10 @@ void addPayCommand(CLI::App& app, TCommand& chosen)
         ->check(CLI::Range(0, 60'000));
     command->add_option("--amount", options->amount, "Such as 12.50")->required()->type_name("AMOUNT");
     command->add_option("--discount", options->discount, "Sent beside the amount")->type_name("AMOUNT");
-    command->add_option("--db", options->database, "Keep the payment in this club's database")
+    command
+        ->add_option("--db", options->database,
+                     "Keep the payment in this club's database; else in the one that TNV5_DB names")
+        ->envname("TNV5_DB")
         ->type_name("FILE");
     command->add_option("--ok", options->codesOk, "Codes of an approval, each followed by \";\"")
         ->capture_default_str();

@@ -9,6 +9,8 @@
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
+#include <QRegularExpression>
+#include <memory>
 
 namespace tnv5::cli {
 
@@ -18,14 +20,16 @@ constexpr int kAfterwardsMs = 15'000; // lets open passes time out
 
 struct TReplayOptions
 {
-    std::string file;
+    std::vector<std::string> files;
+    std::string from;
+    std::string to;
     tools::TProtocol protocol = tools::TProtocol::Bus;
     double speed = 1;
     bool refuse = false;
     bool pty = false;
 };
 
-int replayAtOnce(const TReplayOptions& options, const QList<tools::TEntry>& entries)
+int replayAtOnce(const TReplayOptions& options, const tools::TEntrySource& entries)
 {
     testkit::TManualClock clock;
     TReplayStage stage(options.protocol, !options.refuse);
@@ -39,13 +43,18 @@ int replayAtOnce(const TReplayOptions& options, const QList<tools::TEntry>& entr
 int playInTime(tools::TPlayer& player, const std::function<void()>& start)
 {
     const TStopSignal stop(&QCoreApplication::quit);
+    bool broken = false;
     player.OnEnd = [] { QCoreApplication::quit(); };
+    player.OnTrouble = [&broken](const QString& why) {
+        complain(QStringLiteral("tnv5: ") + why);
+        broken = true;
+    };
     start();
     QCoreApplication::exec();
-    return stop.received() ? kInterrupted : kDone;
+    return broken ? kFailed : stop.received() ? kInterrupted : kDone;
 }
 
-int replayInTime(const TReplayOptions& options, const QList<tools::TEntry>& entries)
+int replayInTime(const TReplayOptions& options, const tools::TEntrySource& entries)
 {
     const TPacedTime time; // a busy machine makes no pass time out that did not in the recording
     TReplayStage stage(options.protocol, !options.refuse);
@@ -54,7 +63,7 @@ int replayInTime(const TReplayOptions& options, const QList<tools::TEntry>& entr
     return playInTime(player, [&] { player.start(); });
 }
 
-int replayOnPty(const TReplayOptions& options, const QList<tools::TEntry>& entries)
+int replayOnPty(const TReplayOptions& options, const tools::TEntrySource& entries)
 {
     sim::TPty pty(QStringLiteral("replay"));
     tools::TPlayer player(entries, options.speed);
@@ -91,9 +100,41 @@ CLI::Option* addProtocolOption(CLI::App& command, tools::TProtocol& protocol)
         ->check(CLI::IsMember({"bus", "turnstile"}).description(""));
 }
 
+/// Entries of all files, one after the other.
+tools::TEntrySource entriesOf(const QStringList& files)
+{
+    return [reader = std::make_shared<tools::TRecordingReader>(files)] { return reader->next(); };
+}
+
+/// A time within a recording: "90", "1:30", "1:02:03.5". @return microseconds
+qint64 timeOf(const std::string& text)
+{
+    static const QRegularExpression form(
+        QStringLiteral("\\A(?:(?:([0-9]{1,5}):)?([0-9]{1,5}):)?([0-9]{1,9})(?:\\.([0-9]{1,6}))?\\z"));
+    const auto match = form.match(QString::fromStdString(text));
+    if (!match.hasMatch()) {
+        throw platform::Exception(
+            QStringLiteral("\"%1\" is no time of a recording; write it like 90, 1:30 or 1:02:03.5")
+                .arg(QString::fromStdString(text)));
+    }
+    constexpr qint64 kSecond = 1'000'000;
+    const qint64 seconds = match.captured(1).toLongLong() * 3'600 + match.captured(2).toLongLong() * 60 +
+                           match.captured(3).toLongLong();
+    return seconds * kSecond + match.captured(4).leftJustified(6, u'0').toLongLong();
+}
+
 int replay(const TReplayOptions& options)
 {
-    const QList<tools::TEntry> entries = tools::readRecording(QString::fromStdString(options.file));
+    QStringList files;
+    for (const std::string& file : options.files) {
+        files.append(QString::fromStdString(file));
+    }
+    const qint64 from = options.from.empty() ? 0 : timeOf(options.from);
+    const qint64 to = options.to.empty() ? -1 : timeOf(options.to);
+    const auto check = entriesOf(files); // before anything is played
+    while (check()) {
+    }
+    const tools::TEntrySource entries = tools::part(entriesOf(files), from, to);
     if (options.pty) {
         return replayOnPty(options, entries);
     }
@@ -106,13 +147,18 @@ void addReplayCommand(CLI::App& app, TCommand& chosen)
 {
     const auto options = std::make_shared<TReplayOptions>();
     CLI::App* command = app.add_subcommand("replay", "Play a recording into a component, or out on a port");
-    command->add_option("file", options->file, "Recording of \"tnv5 watch --record\"")
+    command
+        ->add_option("file", options->files,
+                     "Recordings of \"tnv5 watch --record\", played as one, such as gate.rec gate.rec.2")
         ->required()
         ->type_name("FILE");
     CLI::Option* protocol = addProtocolOption(*command, options->protocol);
     command->add_option("--speed", options->speed, "How many times as fast as recorded; 0: without waiting")
         ->check(CLI::Range(0.0, 1'000'000.0))
         ->capture_default_str();
+    command->add_option("--from", options->from, "Begin there: 90 (seconds), 1:30 or 1:02:03.5")
+        ->type_name("TIME");
+    command->add_option("--to", options->to, "End there")->type_name("TIME");
     command->add_flag("--refuse", options->refuse, "Refuse every card instead of letting it pass");
     command->add_flag("--pty", options->pty, "Play it out on a pseudo-terminal for another program");
     command->callback([&chosen, options, protocol] {

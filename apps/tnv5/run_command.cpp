@@ -1,3 +1,5 @@
+#include "apps/tnv5/book_options.h"
+#include "apps/tnv5/club_run.h"
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/open_port.h"
@@ -24,6 +26,7 @@ struct TRunOptions
     std::vector<std::string> gates;
     int baudRate = 9600;
     bool wait = false;
+    std::string socket;
 };
 
 void setGates(host::TDatabase& club, const std::vector<std::string>& gates)
@@ -45,7 +48,7 @@ void setGates(host::TDatabase& club, const std::vector<std::string>& gates)
 
 int run(const TRunOptions& options)
 {
-    host::TDatabase club(QString::fromStdString(options.database));
+    host::TDatabase club(QString::fromStdString(options.database), host::TOpening::Existing);
     setGates(club, options.gates);
 
     platform::TSerialPort port;
@@ -67,10 +70,12 @@ int run(const TRunOptions& options)
     keeper.OnCannotOpen = [&](const QString& why) {
         complainNow(why);
         if (keeper.openings() == 0) {
-            explain(port.Port());
+            explain(port.Port(), keeper.osError());
         }
     };
 
+    failInsteadOfEnding();
+    const THangUp hangUp([] {}); // a closed terminal ends nothing
     const TStopSignal stop(&QCoreApplication::quit);
     if (!keeper.start() && !options.wait) {
         complain(QStringLiteral("To wait for the port instead, add --wait."));
@@ -80,6 +85,9 @@ int run(const TRunOptions& options)
     keeper.stop();
     host.OnTrouble = complain; // no gate waits any more, and nothing may be left out
     host.close();
+    if (host.desk().lost() > 0) {
+        return kUnwritten;
+    }
     print(QStringLiteral("Stopped."));
     return kDone;
 }
@@ -90,6 +98,8 @@ int runScript(const TRunOptions& options)
     for (const std::string& each : options.arguments) {
         arguments << QString::fromStdString(each);
     }
+    failInsteadOfEnding();
+    const THangUp hangUp([] {}); // a closed terminal ends nothing
     TScriptClub club(QString::fromStdString(options.database), arguments);
     const TStopSignal stop(&QCoreApplication::quit);
     if (!club.start(QString::fromStdString(options.script))) {
@@ -106,17 +116,19 @@ int runScript(const TRunOptions& options)
 void addRunCommand(CLI::App& app, TCommand& chosen)
 {
     const auto options = std::make_shared<TRunOptions>();
-    CLI::App* command = app.add_subcommand(
-        "run", "Run the gates on a serial port, or a whole club by a script, until Ctrl-C");
+    CLI::App* command =
+        app.add_subcommand("run", "Run a whole club, or the gates on a serial port, until Ctrl-C");
     CLI::Option* const script =
-        command->add_option("script", options->script, "A script that runs the club: see docs/scripts.md")
-            ->type_name("SCRIPT");
+        command
+            ->add_option("file", options->script,
+                         "What runs: a file that describes a club, CLUB.toml (see docs/club-file.md), or\n"
+                         "a script that runs one (see docs/scripts.md)")
+            ->type_name("FILE");
     command->add_option("arguments", options->arguments, "What the script finds in Arguments")->needs(script);
     command->add_option("--port", options->port, "Serial port, best a stable name from \"tnv5 ports\"")
         ->excludes(script)
         ->type_name("NAME");
-    command->add_option("--db", options->database, "The club's database; made when it is not there")
-        ->type_name("FILE");
+    addDatabaseOption(*command, options->database);
     command
         ->add_option("--gates", options->gates,
                      "Gates to add or change, as address:zone:direction, such as 01A:hall:in 02A:hall:out;\n"
@@ -124,8 +136,30 @@ void addRunCommand(CLI::App& app, TCommand& chosen)
         ->excludes(script)
         ->type_name("GATE");
     command->add_option("--baud", options->baudRate, "Speed of the line")->capture_default_str();
-    command->add_flag("--wait", options->wait, "Wait for a port that is not there yet");
+    command->add_flag("--wait", options->wait,
+                      "Wait for a port that is not there yet; a club always waits for all of its ports");
+    command->add_option("--socket", options->socket, "Where \"tnv5 status\" and others reach the club")
+        ->type_name("FILE");
+    command->footer(
+        "\nEnds with 0; with 1 when it cannot begin; with 6 when something could not be written into the\n"
+        "journal, which is then told. SIGHUP makes a club read its file again and open its log anew.");
     command->callback([&chosen, options] {
+        if (QString::fromStdString(options->script).endsWith(QStringLiteral(".toml"))) {
+            if (!options->arguments.empty()) {
+                throw CLI::ValidationError("arguments", "are for scripts, a club's file takes none");
+            }
+            if (!options->database.empty() && options->database != qgetenv("TNV5_DB").toStdString()) {
+                throw CLI::ValidationError("--db", "stands in the club's file");
+            }
+            chosen = [options] {
+                return runClub(QString::fromStdString(options->script),
+                               QString::fromStdString(options->socket));
+            };
+            return;
+        }
+        if (!options->socket.empty()) {
+            throw CLI::ValidationError("--socket", "is for a club's file");
+        }
         if (!options->script.empty()) {
             chosen = [options] { return runScript(*options); };
             return;

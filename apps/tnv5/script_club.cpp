@@ -17,7 +17,7 @@ TScriptClub::TScriptClub(const QString& database, const QStringList& arguments)
     : FEngine(std::make_unique<js::TJsEngine>())
 {
     if (!database.isEmpty()) {
-        FDatabase.emplace(database);
+        FDatabase.emplace(database, host::TOpening::Existing);
         FDesk.emplace(*FDatabase);
         FDesk->OnPass = [](const host::TPass& pass) { printNow(host::logLine(pass)); };
         FDesk->OnTrouble = complainNow;
@@ -86,7 +86,7 @@ QObject* TScriptClub::openPort(const QString& name, int baudRate)
     opened.keeper.OnCannotOpen = [&opened, name](const QString& why) {
         complainNow(why);
         if (opened.keeper.openings() == 0) {
-            explain(name);
+            explain(name, opened.keeper.osError());
         }
     };
     opened.keeper.start(); // a port that is not there yet is waited for

@@ -4,6 +4,7 @@
 
 #include <QSocketNotifier>
 #include <csignal>
+#include <fcntl.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -24,6 +25,14 @@ void block(int how)
 {
     const sigset_t signals = stopSignals();
     pthread_sigmask(how, &signals, nullptr);
+}
+
+sigset_t hangUp()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGHUP);
+    return signals;
 }
 
 } // namespace
@@ -57,6 +66,50 @@ void TStopSignal::onSignal()
     FNotifier->setEnabled(false);
     block(SIG_UNBLOCK); // the next one ends the program
     platform::guarded(FOnStop);
+}
+
+THangUp::THangUp(std::function<void()> onHangUp) : FOnHangUp(std::move(onHangUp))
+{
+    const sigset_t signals = hangUp();
+    FDescriptor = signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC);
+    if (FDescriptor < 0) {
+        throw platform::Exception(QStringLiteral("The system does not report signals"));
+    }
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    auto* const notifier = new QSocketNotifier(FDescriptor, QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, &THangUp::onSignal);
+}
+
+THangUp::~THangUp()
+{
+    qDeleteAll(children()); // before the descriptor
+    close(FDescriptor);
+    signal(SIGHUP, SIG_IGN); // one that still waits must not end what is being written
+    const sigset_t signals = hangUp();
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+}
+
+void THangUp::onSignal()
+{
+    signalfd_siginfo info = {};
+    while (read(FDescriptor, &info, sizeof info) == sizeof info) { // several are one
+    }
+    platform::guarded(FOnHangUp);
+}
+
+void failInsteadOfEnding()
+{
+    signal(SIGPIPE, SIG_IGN);
+    signal(SIGXFSZ, SIG_IGN);
+}
+
+void fillStandardStreams()
+{
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) < 0) {
+            open("/dev/null", O_RDWR); // takes the lowest number that is free: this one
+        }
+    }
 }
 
 } // namespace tnv5::cli

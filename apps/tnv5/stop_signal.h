@@ -29,4 +29,30 @@ private:
     bool FReceived = false;
 };
 
+/// Turns SIGHUP, a closed terminal or a wish to read the settings anew, into a call on the main thread while
+/// it lives.
+class THangUp final : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// @throws platform::Exception when the system refuses.
+    explicit THangUp(std::function<void()> onHangUp);
+    ~THangUp() override;
+
+private:
+    void onSignal();
+
+    std::function<void()> FOnHangUp;
+    int FDescriptor;
+};
+
+/// Writing to a pipe that nobody reads, or to a file that may not grow, fails from now on, instead of ending
+/// the program.
+void failInsteadOfEnding();
+
+/// Standard input, output and error that the program was started without become /dev/null, so that no file
+/// that is opened later takes their place and gets what is printed.
+void fillStandardStreams();
+
 } // namespace tnv5::cli

@@ -2,6 +2,7 @@
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/open_port.h"
 #include "apps/tnv5/stop_signal.h"
+#include "tnv5/host/book_table.h"
 #include "tnv5/platform/com_data_packet.h"
 #include "tnv5/platform/serial_port.h"
 #include "tnv5/platform/timer.h"
@@ -10,7 +11,6 @@
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
-#include <QFile>
 #include <QTime>
 #include <memory>
 #include <optional>
@@ -25,36 +25,10 @@ struct TWatchOptions
     tools::TProtocol protocol = tools::TProtocol::Bus;
     int scalesType = 0; // on the line of a scale
     std::string record;
+    qint64 rotateAt = 0; // bytes of a file, 0: one file
+    bool force = false;
+    bool wait = false;
     std::optional<int> baudRate;
-};
-
-/// The file of "--record", if one is asked for.
-class TRecordFile
-{
-public:
-    explicit TRecordFile(const TWatchOptions& options)
-    {
-        if (options.record.empty()) {
-            return;
-        }
-        FFile.setFileName(QString::fromStdString(options.record));
-        if (!FFile.open(QIODevice::WriteOnly)) {
-            throw tools::ERecording(QStringLiteral("%1: %2").arg(FFile.fileName(), FFile.errorString()));
-        }
-        FRecorder = std::make_unique<tools::TRecorder>(FFile, QString::fromStdString(options.port));
-    }
-
-    void add(tools::TDirection direction, const QByteArray& bytes)
-    {
-        if (FRecorder) {
-            FRecorder->add(direction, bytes);
-            FFile.flush(); // what was seen is kept, however the program ends
-        }
-    }
-
-private:
-    QFile FFile;
-    std::unique_ptr<tools::TRecorder> FRecorder;
 };
 
 /// Prints and records what a port reads, piece by piece.
@@ -64,7 +38,6 @@ public:
     explicit TWatch(const TWatchOptions& options)
         : FProtocol(options.protocol),
           FScalesType(options.scalesType),
-          FRecord(options),
           FCutter(options.protocol, options.scalesType)
     {
         constexpr int kPauseMs = 50; // nothing followed for so long: a command on a bus is over
@@ -79,6 +52,22 @@ public:
     }
 
     void listenTo(platform::TComPort& port) { FBytes.SetComPort(&port); }
+
+    /// From now on everything goes to the file of "--record", too. @throws tools::ERecording
+    void record(const TWatchOptions& options)
+    {
+        if (options.record.empty()) {
+            return;
+        }
+        const QString remark =
+            QStringLiteral("%1 since %2")
+                .arg(QString::fromStdString(options.port), host::timeForPeople(platform::Now()));
+        FRecord = std::make_unique<tools::TRecordFile>(QString::fromStdString(options.record), remark,
+                                                       options.force, options.rotateAt);
+    }
+
+    /// The recording cannot be written any more.
+    std::function<void(const QString& why)> OnTrouble;
 
     /// Nothing more is to come.
     void end()
@@ -101,13 +90,26 @@ private:
             const tools::TExplanation explanation = tools::explain(FProtocol, piece, FScalesType);
             const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz"));
             print(time + u' ' + tools::explanationLine(piece, explanation));
-            FRecord.add(explanation.Direction, piece);
+            keep(explanation.Direction, piece);
+        }
+    }
+
+    void keep(tools::TDirection direction, const QByteArray& piece)
+    {
+        if (!FRecord) {
+            return;
+        }
+        try {
+            FRecord->add(direction, piece);
+        } catch (const tools::ERecording& error) {
+            FRecord.reset();
+            OnTrouble(error.message());
         }
     }
 
     tools::TProtocol FProtocol;
     int FScalesType;
-    TRecordFile FRecord;
+    std::unique_ptr<tools::TRecordFile> FRecord;
     tools::TLineCutter FCutter;
     platform::TComDataPacket FBytes;
     platform::TTimer FPause;
@@ -149,30 +151,73 @@ std::vector<std::string> protocolNames()
     return names;
 }
 
-int watch(const TWatchOptions& options)
+/// Watches until Ctrl-C, until the port goes away or until the recording cannot be written.
+class TWatching
 {
-    TWatch watcher(options);
-    platform::TSerialPort port;
-    port.SetPort(QString::fromStdString(options.port));
-    setUp(port, options);
-    int result = kDone;
-    port.OnException = [&](platform::TComponent*, platform::TComExceptionKind kind, const QString& message,
-                           qint64, const QString&) {
-        const bool gone = kind == platform::TComExceptionKind::Resource;
-        complain(port.Port() + (gone ? QStringLiteral(" went away") : QStringLiteral(": ") + message));
-        if (!port.Connected()) {
-            result = kFailed;
-            QCoreApplication::quit();
+public:
+    explicit TWatching(const TWatchOptions& options) : FOptions(options), FWatch(options), FKeeper(FPort)
+    {
+        FPort.SetPort(QString::fromStdString(options.port));
+        setUp(FPort, options);
+        FPort.OnException = [this](platform::TComponent*, platform::TComExceptionKind kind,
+                                   const QString& message, qint64, const QString&) {
+            const bool gone = kind == platform::TComExceptionKind::Resource;
+            if (!FOptions.wait || !gone) { // the keeper tells it
+                complain(FPort.Port() +
+                         (gone ? QStringLiteral(" went away") : QStringLiteral(": ") + message));
+            }
+            if (!FPort.Connected() && !FOptions.wait) {
+                end(kFailed);
+            }
+        };
+        FWatch.OnTrouble = [this](const QString& why) {
+            complain(QStringLiteral("tnv5: ") + why);
+            end(kFailed);
+        };
+        keepPort(
+            FKeeper, FPort, [this] { listening(); }, [this] { end(kFailed); });
+    }
+
+    /// @throws platform::EComPort, tools::ERecording
+    int run()
+    {
+        FWatch.listenTo(FPort);
+        const TStopSignal stop(&QCoreApplication::quit);
+        if (FOptions.wait) {
+            FWatch.record(FOptions);
+            FKeeper.start();
+        } else {
+            openPort(FPort);
+            FWatch.record(FOptions);
+            listening();
         }
-    };
-    watcher.listenTo(port);
-    openPort(port);
-    print(QStringLiteral("Listening to %1. Ctrl-C ends.").arg(port.Port()));
-    const TStopSignal stop(&QCoreApplication::quit);
-    QCoreApplication::exec();
-    watcher.end();
-    return result;
-}
+        if (FResult == kDone) {
+            QCoreApplication::exec();
+        }
+        FKeeper.stop();
+        FWatch.end();
+        return FResult;
+    }
+
+private:
+    void listening() const
+    {
+        print(QStringLiteral("Listening to %1 since %2. Ctrl-C ends.")
+                  .arg(FPort.Port(), host::timeForPeople(platform::Now())));
+    }
+
+    void end(int result)
+    {
+        FResult = result;
+        QCoreApplication::quit();
+    }
+
+    TWatchOptions FOptions;
+    TWatch FWatch;
+    platform::TSerialPort FPort;
+    host::TPortKeeper FKeeper;
+    int FResult = kDone;
+};
 
 } // namespace
 
@@ -193,11 +238,21 @@ void addWatchCommand(CLI::App& app, TCommand& chosen)
         ->check(CLI::IsMember(protocolNames()).description(""));
     command->add_option("--record", options->record, "Write a recording for \"tnv5 replay\"")
         ->type_name("FILE");
+    command->add_flag("--wait", options->wait,
+                      "Wait for a port that is not there yet, and for one that went away");
+    command->add_flag("--force", options->force, "Overwrite a recording that is there");
+    command
+        ->add_option(
+            "--rotate", options->rotateAt,
+            "Begin another file, FILE.2, FILE.3 and so on, when one has this size, such as 500K, 10M or 1G")
+        ->type_name("SIZE")
+        ->transform(CLI::AsSizeValue(false))
+        ->check(CLI::PositiveNumber.description(""));
     command->add_option("--baud", options->baudRate, "Speed of the line; 9600, or what the scale needs");
     command->footer(
         "\nEach line: time; < from the equipment, > to it, ? not known; checksum right, WRONG or - for\n"
         "none; the bytes; the meaning. Nothing is ever sent.");
-    command->callback([&chosen, options] { chosen = [options] { return watch(*options); }; });
+    command->callback([&chosen, options] { chosen = [options] { return TWatching(*options).run(); }; });
 }
 
 } // namespace tnv5::cli

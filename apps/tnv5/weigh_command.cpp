@@ -2,6 +2,7 @@
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/open_port.h"
 #include "apps/tnv5/stop_signal.h"
+#include "tnv5/host/book_table.h"
 #include "tnv5/host/scale_reader.h"
 #include "tnv5/platform/serial_port.h"
 #include "tnv5/scales/families.h"
@@ -11,7 +12,7 @@
 #include <QCoreApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTime>
+#include <cerrno>
 #include <memory>
 #include <optional>
 
@@ -29,6 +30,7 @@ struct TWeighOptions
     int baudRate = 9600;
     int patience = host::TScaleReader::kPatienceMs / kMsPerSecond;
     bool watch = false;
+    bool wait = false;
     bool json = false;
 };
 
@@ -46,6 +48,19 @@ public:
             tellTrouble(FPort.Port() +
                         (gone ? QStringLiteral(" went away") : QStringLiteral(": ") + message));
             if (!FPort.Connected()) {
+                FReader.stop();
+                if (!FOptions.wait) {
+                    end(kFailed);
+                }
+            }
+        };
+        FKeeper.OnOpened = [this] { FReader.start(); };
+        FKeeper.OnCannotOpen = [this](const QString& why) {
+            tellTrouble(why);
+            if (!FOptions.json && FKeeper.openings() == 0) {
+                explain(FPort.Port(), FKeeper.osError());
+            }
+            if (FKeeper.osError() == EINVAL) { // waiting is of no use
                 end(kFailed);
             }
         };
@@ -64,11 +79,28 @@ public:
         };
     }
 
-    /// @throws platform::EComPort
-    void start()
+    /// Begins to weigh, or to wait for the port.
+    /// @return whether there is anything to wait for
+    bool start()
     {
-        openPort(FPort);
+        if (FOptions.wait) {
+            FKeeper.start();
+            return FResult == kDone;
+        }
+        try {
+            FPort.Open();
+        } catch (const platform::EComPort& error) {
+            if (FOptions.json) {
+                tellTrouble(error.message());
+            } else {
+                explain(FPort.Port(), error.osError());
+                complain(QStringLiteral("tnv5: ") + error.message());
+            }
+            FResult = kFailed;
+            return false;
+        }
         FReader.start();
+        return true;
     }
 
     int result() const { return FResult; }
@@ -147,11 +179,15 @@ private:
         print(QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)));
     }
 
-    static QString now() { return QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz")); }
+    QString now() const
+    {
+        return FOptions.json ? host::timeForPrograms(platform::Now()) : host::timeForPeople(platform::Now());
+    }
 
     void end(int result)
     {
         FReader.stop();
+        FKeeper.stop();
         FResult = result;
         QCoreApplication::quit();
     }
@@ -160,6 +196,7 @@ private:
     platform::TSerialPort FPort;
     scales::TScalesDevice FScales;
     host::TScaleReader FReader{FScales};
+    host::TPortKeeper FKeeper{FPort};
     int FWithoutWeight = 0; // readings in a row
     std::optional<int> FTold;
     QString FTrouble; // told, and not over yet
@@ -170,8 +207,9 @@ int weigh(const TWeighOptions& options)
 {
     TWeighing weighing(options);
     const TStopSignal stop(&QCoreApplication::quit);
-    weighing.start();
-    QCoreApplication::exec();
+    if (weighing.start()) {
+        QCoreApplication::exec();
+    }
     return stop.received() && !options.watch ? kInterrupted : weighing.result();
 }
 
@@ -196,6 +234,8 @@ void addWeighCommand(CLI::App& app, TCommand& chosen)
                      "Seconds after which a scale without a weight is given up")
         ->capture_default_str()
         ->check(CLI::Range(1, 86'400));
+    command->add_flag("--wait", options->wait,
+                      "Wait for a port that is not there yet, and for one that went away");
     command->add_flag("--watch", options->watch, "Show each new weight until Ctrl-C");
     command->add_flag("--json", options->json,
                       "Print objects: {\"weight\":1250} or {\"error\":\"...\"}; with --watch also \"time\"");

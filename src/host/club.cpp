@@ -40,6 +40,7 @@ constexpr std::array kEndings = {
     TWord<TEnding>{TEnding::TimedOut, u"timed out"},
     TWord<TEnding>{TEnding::Unanswered, u"unanswered"},
     TWord<TEnding>{TEnding::Interrupted, u"interrupted"},
+    TWord<TEnding>{TEnding::Abandoned, u"abandoned"},
 };
 
 template <class Words, class Enum>
@@ -84,7 +85,9 @@ QString whoOf(const TPass& pass)
         return QStringLiteral("exit button");
     }
     if (pass.card == common::kCardManual) {
-        return QStringLiteral("opened by hand");
+        return QStringLiteral("opened by hand") +
+               (pass.who.isEmpty() ? QString() : QStringLiteral(" by ") + pass.who) +
+               (pass.note.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(pass.note));
     }
     return QStringLiteral("%1 (%2)").arg(pass.name.isEmpty() ? QStringLiteral("card") : pass.name, pass.card);
 }
@@ -178,11 +181,15 @@ QString amountText(qint64 cents)
         .arg(amount % kCents, 2, 10, QChar(u'0'));
 }
 
+QString passText(const TPass& pass)
+{
+    return QStringLiteral("%1  %2").arg(whoOf(pass), whatOf(pass));
+}
+
 QString logLine(const TPass& pass)
 {
     const platform::TDateTime when = pass.ended != 0 ? pass.ended : pass.began;
-    return QStringLiteral("%1  %2  %3  %4")
-        .arg(timeOf(when).toString(kTimeFormat), pass.gate, whoOf(pass), whatOf(pass));
+    return QStringLiteral("%1  %2  %3").arg(timeOf(when).toString(kTimeFormat), pass.gate, passText(pass));
 }
 
 QString logLine(const TSale& sale)

@@ -63,8 +63,8 @@ enum class TRefusal {
 };
 
 /// How an opened pass ended; `None`: it was refused or is still under way. `Interrupted`: the host was shut
-/// down meanwhile.
-enum class TEnding { None, Passed, TimedOut, Unanswered, Interrupted };
+/// down meanwhile. `Abandoned`: the host was killed meanwhile, and the next one found the pass open.
+enum class TEnding { None, Passed, TimedOut, Unanswered, Interrupted, Abandoned };
 
 /// One pass, a row of the journal.
 struct TPass
@@ -80,12 +80,26 @@ struct TPass
     std::optional<TDirection> direction; ///< of the gate, if it is known; not kept in the journal
     TRefusal refusal = TRefusal::None;   ///< none: it was opened
     TEnding ending = TEnding::None;
+    QString who;  ///< who opened by hand; empty otherwise
+    QString note; ///< and why
 
     bool opened() const { return refusal == TRefusal::None; }
     bool underWay() const { return opened() && ending == TEnding::None; }
 };
 
 using PPass = std::shared_ptr<TPass>;
+
+/// A time in which a line could not be used, a row of the outages.
+struct TOutage
+{
+    qint64 id = 0; ///< row of the outages, 0: not written yet
+    QString line;  ///< name of the line
+    platform::TDateTime began = 0;
+    platform::TDateTime ended = 0; ///< 0: it goes on
+    QString why;
+};
+
+using POutage = std::shared_ptr<TOutage>;
 
 /// Goods sold by weight, a row of the sales.
 struct TSale
@@ -124,6 +138,9 @@ QDate dayOf(platform::TDateTime time);
 QString toText(platform::TDateTime time);
 /// The other way round; 0 when the text is no date and time.
 platform::TDateTime toDateTime(const QString& text);
+
+/// Who, what and why of a pass. Example: "Anna Berg (12345678)  refused: expired".
+QString passText(const TPass& pass);
 
 /// One line of log about a pass: when, where, who, what and why.
 /// Example: "12:00:00.250  01A  Anna Berg (12345678)  refused: expired".

@@ -7,6 +7,7 @@
 #include "tnv5/turnstile/turnstile_types.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace tnv5::host {
 
@@ -40,11 +41,21 @@ TClubDesk::TClubDesk(TDatabase& database) : FDatabase(database), FJournal(databa
 {
     FJournal.OnTrouble = [this](const QString& text) { trouble(text); };
     FJournal.OnLost = [this](const TPass& pass) {
-        trouble(QStringLiteral("NOT IN THE JOURNAL: %1  %2").arg(toText(pass.began), logLine(pass)));
+        ++FLost;
+        const QString text =
+            QStringLiteral("NOT IN THE JOURNAL: %1  %2").arg(toText(pass.began), logLine(pass));
+        if (OnLost) {
+            OnLost(text);
+        } else {
+            trouble(text);
+        }
     };
     holderPicture({}); // loads the fonts now, not while the first person waits
     FNewsTimer.SetInterval(kNewsDelayMs);
     FNewsTimer.OnTimer = [this](platform::TTimer*) { tellNews(); };
+    FFileTimer.SetInterval(kFileMs);
+    FFileTimer.OnTimer = [this](platform::TTimer*) { lookAfterFile(); };
+    FFileTimer.SetEnabled(true);
 }
 
 TClubDesk::~TClubDesk()
@@ -61,8 +72,24 @@ void TClubDesk::close()
         const auto [address, card] = FUnderWay.begin()->first;
         endPass(address, card, TEnding::Interrupted);
     }
+    while (!FOutages.empty()) {
+        lineBack(QString(FOutages.begin()->first));
+    }
     FJournal.close();
+    FFileTimer.SetEnabled(false);
+    lookAfterFile();
     tellNews();
+}
+
+void TClubDesk::lookAfterFile()
+{
+    const QString what = FDatabase.misplaced();
+    if (FFileMisplaced != !what.isEmpty()) {
+        FFileMisplaced = !what.isEmpty();
+        trouble(FFileMisplaced
+                    ? what
+                    : QStringLiteral("the database %1 is in its place again").arg(FDatabase.fileName()));
+    }
 }
 
 TPass TClubDesk::decideNew(const QString& address, const QString& card)
@@ -72,6 +99,7 @@ TPass TClubDesk::decideNew(const QString& address, const QString& card)
     pass->gate = address;
     pass->card = card;
     pass->refusal = TRefusal::HostFault;
+    signByHand(*pass);
     try {
         lookUp(*pass);
     } catch (...) { // told, not raised: the component would ask again and again while a person waits
@@ -86,6 +114,66 @@ TPass TClubDesk::decideNew(const QString& address, const QString& card)
     }
     note(pass);
     return *pass;
+}
+
+void TClubDesk::expectByHand(const QString& address, const QString& who, const QString& reason)
+{
+    FByHand[address] = {platform::Now(), who, reason};
+}
+
+// Who opened by hand, and why. What was asked for and never happened is not said of a later opening.
+void TClubDesk::signByHand(TPass& pass)
+{
+    if (pass.card != common::kCardManual) {
+        return;
+    }
+    if (const auto asked = FByHand.extract(pass.gate)) {
+        const double ms = (pass.began - asked.mapped().asked) * double(platform::kMsPerDay);
+        if (std::abs(ms) <= kByHandMs) {
+            pass.who = asked.mapped().who;
+            pass.note = asked.mapped().reason;
+        }
+    }
+}
+
+void TClubDesk::lineLost(const QString& line, const QString& why)
+{
+    POutage& outage = FOutages[line];
+    if (!outage) {
+        outage = std::make_shared<TOutage>(TOutage{0, line, platform::Now(), 0, why});
+        FJournal.add(outage);
+    }
+}
+
+void TClubDesk::lineBack(const QString& line)
+{
+    if (const auto outage = FOutages.extract(line)) {
+        outage.mapped()->ended = platform::Now();
+        FJournal.add(outage.mapped());
+    }
+}
+
+bool TClubDesk::hasPass(const QString& address, const QString& card) const
+{
+    return FUnderWay.contains({address, card});
+}
+
+void TClubDesk::interrupt(const QString& address)
+{
+    for (auto pass = FUnderWay.lower_bound({address, {}});
+         pass != FUnderWay.end() && pass->first.first == address;
+         pass = FUnderWay.lower_bound({address, {}})) {
+        endPass(address, QString(pass->first.second), TEnding::Interrupted);
+    }
+}
+
+QString TClubDesk::holderAt(const QString& address) const
+{
+    const auto pass = FUnderWay.lower_bound({address, {}});
+    if (pass == FUnderWay.end() || pass->first.first != address) {
+        return {};
+    }
+    return pass->second->name.isEmpty() ? pass->second->card : pass->second->name;
 }
 
 // Everything that the database knows about a pass, and what follows from it.
@@ -133,6 +221,7 @@ PPass TClubDesk::takePass(const QString& address, const QString& card)
     pass->began = platform::Now();
     pass->gate = address;
     pass->card = card;
+    signByHand(*pass);
     if (!platform::guarded([&] { lookUp(*pass); })) {
         trouble(QStringLiteral("the holder of card %1 at %2 cannot be found out").arg(card, address));
     }

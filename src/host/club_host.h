@@ -1,9 +1,6 @@
 #pragma once
 
-#include "tnv5/host/club_desk.h"
-#include "tnv5/turnstile/turnstile_device.h"
-
-#include <QPointer>
+#include "tnv5/host/classic_host.h"
 
 namespace tnv5::host {
 
@@ -21,10 +18,6 @@ namespace tnv5::host {
 class TClubHost
 {
 public:
-    /// Interval that the component's passes get, in milliseconds. At its own 100 a card that is read while
-    /// another gate is busy would wait up to that long for its turn.
-    static constexpr int kPassIntervalMs = 2;
-
     TClubHost(turnstile::TTurnStylerDevice& device, TDatabase& database);
     /// Closes the host when that has not been done.
     ~TClubHost();
@@ -42,11 +35,8 @@ public:
     std::function<void(const QString& text)> OnTrouble;
 
 private:
-    void onCheck(const QString& address, const QString& card, int mode, QVariant& result);
-    void onImage(const QString& address, QImage& image);
-
-    QPointer<turnstile::TTurnStylerDevice> FDevice;
     TClubDesk FDesk;
+    TClassicHost FLine;
 };
 
 } // namespace tnv5::host

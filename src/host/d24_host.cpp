@@ -25,7 +25,8 @@ TD24Host::TD24Host(d24::TTurnStylerDeviceD24& device, TClubDesk& desk) : FDevice
     });
     device.SetOnGetImg(
         [this](platform::TComponent*, const QString& address, QImage& image) { onImage(address, image); });
-    device.SetOnError([this](platform::TComponent*, const QString& text) { FDesk.trouble(text); });
+    device.SetOnError(
+        [this](platform::TComponent*, const QString& text) { troubleFor(Keeping, FDesk, text); });
 }
 
 TD24Host::~TD24Host()
@@ -47,12 +48,12 @@ void TD24Host::onCheck(const QString& address, const QString& card, int mode, QV
                        QVariant& result)
 {
     if (mode == d24::cmOpen) {
-        const TPass pass = FDesk.decideNew(address, card);
+        const TPass pass = decideFor(Keeping, FDesk, address, card);
         mess = displayText(pass);
         result = int(pass.opened());
     } else if (const auto ending = endingOf(mode)) {
         result = 1;
-        FDesk.endPass(address, card, *ending);
+        endFor(Keeping, FDesk, address, card, *ending);
     }
 }
 

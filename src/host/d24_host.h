@@ -1,9 +1,7 @@
 #pragma once
 
 #include "tnv5/d24/d24_device.h"
-#include "tnv5/host/club_desk.h"
-
-#include <QPointer>
+#include "tnv5/host/classic_host.h"
 
 namespace tnv5::host {
 
@@ -35,6 +33,8 @@ public:
 
     /// Lets go of the component. What is under way ends when the desk closes.
     void close();
+
+    TGateKeeping Keeping;
 
 private:
     void onCheck(const QString& address, const QString& card, int mode, QVariant& mess, QVariant& result);

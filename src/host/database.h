@@ -2,11 +2,11 @@
 
 #include "tnv5/host/card_payment.h"
 #include "tnv5/host/club.h"
-#include "tnv5/host/statement.h"
+#include "tnv5/host/connection.h"
 
 namespace tnv5::host {
 
-/// The club's database: one SQLite file, made when it is not there, brought up to date when it is older.
+/// The club's database: one SQLite file, brought up to date when it is older.
 ///
 /// Reading never waits for another program that writes (write-ahead log). A write that finds the file locked
 /// waits `kBusyMs` at most, because a person may be standing at a gate meanwhile, and then raises.
@@ -22,8 +22,9 @@ class TDatabase
 public:
     static constexpr int kBusyMs = 50;
 
-    /// @param file path of the file; ":memory:" keeps everything in memory. @throws EDatabase
-    explicit TDatabase(const QString& file);
+    /// @param file path of the file; ":memory:" keeps everything in memory
+    /// @param opening whether a file that is not there is made. @throws EDatabase
+    explicit TDatabase(const QString& file, TOpening opening = TOpening::Make);
     ~TDatabase();
     TDatabase(const TDatabase&) = delete;
     TDatabase& operator=(const TDatabase&) = delete;
@@ -53,6 +54,20 @@ public:
     /// The last row of the journal, 0 when it is empty.
     qint64 lastPass();
 
+    /// Ends the passes that a killed host left open, as abandoned, and its outages. A host calls it once when
+    /// it starts. Other hosts that run on this database keep theirs: each has a number, written with its
+    /// passes, and holds a lock as long as it lives (`THostLocks`); it becomes one by this call or by its
+    /// first pass.
+    /// @return how many passes
+    int closeAbandoned();
+
+    /// Writes outages in one transaction: new ones are added and get their `id`, the others get their end.
+    void writeOutages(const QList<POutage>& outages);
+    /// Outages after a row, oldest first, `limit` at most.
+    QList<TOutage> outagesAfter(qint64 id, int limit);
+    /// The last row of the outages, 0 when there is none.
+    qint64 lastOutage();
+
     /// Adds what is sold by weight, or changes its price. @param centsPerKg 0 to 1,000,000,000
     void setProduct(const QString& name, qint64 centsPerKg);
     /// Price of a kilogram in cents; nothing when it is not sold.
@@ -77,12 +92,19 @@ public:
     /// The connection, for statements about tables of a part's own.
     const QSqlDatabase& connection() const;
 
+    /// Path of the file, as it was given.
+    QString fileName() const;
+    /// What has become of the file since it was opened: empty when it is in its place, or else a sentence
+    /// that says it was deleted or replaced, so that what is written is lost.
+    QString misplaced() const;
+
     /// How long a write waits for another program, in milliseconds.
     void setBusyTimeout(int ms);
 
 private:
     struct TParts;
     void writePass(const TPass& pass, qint64& id);
+    void becomeHost();
 
     std::unique_ptr<TParts> F;
 };

@@ -11,7 +11,11 @@ TGoodsCounter::TGoodsCounter(scales::TScalesDevice& scales, TDatabase& database)
     });
     FReader.OnReading = [this](int weight) { onReading(weight); };
     FReader.OnSteady = [this](int weight) { onSteady(weight); };
-    FReader.OnSilent = [this] { tellOnce(FScaleTrouble, QStringLiteral("the scale does not answer")); };
+    FReader.OnSilent = [this] {
+        FGrams.reset();
+        FSteady = false;
+        tellOnce(FScaleTrouble, QStringLiteral("the scale does not answer"));
+    };
 }
 
 TGoodsCounter::~TGoodsCounter()
@@ -24,6 +28,8 @@ void TGoodsCounter::close()
 {
     FReader.stop();
     FOrder.reset();
+    FGrams.reset();
+    FSteady = false;
 }
 
 bool TGoodsCounter::sell(const QString& card, const QString& product)
@@ -50,6 +56,8 @@ bool TGoodsCounter::sell(const QString& card, const QString& product)
 void TGoodsCounter::onReading(int weight)
 {
     const bool fault = std::exchange(FFault, false);
+    FGrams = weight;
+    FSteady = false;
     FEmpty = weight == 0 && !fault; // a scale that is overloaded has no weight to tell either
     if (FEmpty) {
         FSold = false;
@@ -61,6 +69,7 @@ void TGoodsCounter::onReading(int weight)
 
 void TGoodsCounter::onSteady(int grams)
 {
+    FSteady = true;
     if (!FOrder || FSold) {
         return;
     }

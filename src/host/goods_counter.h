@@ -40,6 +40,11 @@ public:
     bool waiting() const { return FOrder.has_value(); }
     /// Nothing is on the platform, as far as the scale has said.
     bool empty() const { return FEmpty; }
+    /// What the scale said last: 0 for an empty platform, for what moves and what is out of range; nothing
+    /// before its first answer and while it does not answer.
+    std::optional<int> grams() const { return FGrams; }
+    /// It has come to rest.
+    bool steady() const { return FSteady; }
 
     /// A sale is in the books.
     std::function<void(const TSale& sale)> OnSold;
@@ -56,6 +61,8 @@ private:
     TDatabase& FDatabase;
     TScaleReader FReader;
     std::optional<TSale> FOrder; // without weight and price
+    std::optional<int> FGrams;
+    bool FSteady = false;
     bool FEmpty = false;
     bool FSold = false;    // what is on the platform has been sold
     bool FFault = false;   // the scale reported one since its last reading

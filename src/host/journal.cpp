@@ -37,14 +37,30 @@ void TJournal::add(const PPass& pass)
     FTimer.SetEnabled(true);
 }
 
+void TJournal::add(const POutage& outage)
+{
+    if (!FOutages.contains(outage)) {
+        FOutages.append(outage);
+    }
+    if (FOutages.size() > kMaxOutages) {
+        FOutages.removeFirst();
+    }
+    FTimer.SetEnabled(true);
+}
+
 bool TJournal::flush()
 {
     FTimer.SetEnabled(false);
-    if (FWaiting.isEmpty()) {
+    if (FWaiting.isEmpty() && FOutages.isEmpty()) {
         return true;
     }
     try {
-        FDatabase.writePasses(FWaiting);
+        if (!FWaiting.isEmpty()) {
+            FDatabase.writePasses(FWaiting);
+        }
+        if (!FOutages.isEmpty()) {
+            FDatabase.writeOutages(FOutages);
+        }
     } catch (...) {
         failed(platform::exceptionMessage());
         return false;
@@ -52,6 +68,7 @@ bool TJournal::flush()
     FWaiting.clear();
     FQueued.clear();
     FInside.clear();
+    FOutages.clear();
     succeeded();
     return true;
 }
@@ -61,6 +78,7 @@ void TJournal::close()
     platform::guarded([this] { FDatabase.setBusyTimeout(kCloseBusyMs); });
     if (!flush()) {
         FQueued.clear();
+        FOutages.clear();
         for (const PPass& pass : std::exchange(FWaiting, {})) {
             lose(*pass);
         }

@@ -22,6 +22,7 @@ public:
     /// Passes that may wait while the database fails. Beyond that the oldest one that waits is given up: it
     /// goes to `OnLost`.
     static constexpr qsizetype kMaxWaiting = 100'000;
+    static constexpr qsizetype kMaxOutages = 1'000; ///< that may wait; the oldest one is given up
 
     explicit TJournal(TDatabase& database);
     ~TJournal();
@@ -31,6 +32,9 @@ public:
     /// A new pass, or one that has changed since it was added.
     void add(const PPass& pass);
 
+    /// A line that cannot be used, or can be used again since it was added.
+    void add(const POutage& outage);
+
     /// Writes everything that waits, now. @return false when it failed; then it keeps waiting.
     bool flush();
 
@@ -39,6 +43,8 @@ public:
     void close();
 
     qsizetype waiting() const { return FWaiting.size(); }
+    /// The last try to write failed.
+    bool failing() const { return FFailing; }
 
     /// Whether a member is inside as far as passes that still wait say so.
     std::optional<bool> insideOf(qint64 member) const;
@@ -57,6 +63,7 @@ private:
     TDatabase& FDatabase;
     platform::TTimer FTimer;
     QList<PPass> FWaiting;
+    QList<POutage> FOutages;
     QSet<const TPass*> FQueued;  // the same, to find them
     QHash<qint64, bool> FInside; // what the waiting passes make of their members
     bool FFailing = false;

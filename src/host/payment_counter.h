@@ -55,6 +55,9 @@ public:
     /// The amount was sent and nothing is decided yet.
     bool underWay() const { return FPayment && FPayment->outcome == TOutcome::UnderWay; }
 
+    /// Payments whose outcome is not in the books yet: the database did not take it.
+    qsizetype unwritten() const { return FUnwritten.size(); }
+
     /// A payment has an outcome, or another one than told before.
     std::function<void(const TPayment& payment)> OnOutcome;
     /// One step of a payment, for the person at the desk.

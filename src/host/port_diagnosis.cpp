@@ -1,8 +1,13 @@
 #include "tnv5/host/port_diagnosis.h"
 
+#include "tnv5/platform/port_claim.h"
+
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <grp.h>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -42,7 +47,6 @@ bool hasOpen(const QDir& descriptors, dev_t device)
 
 void findUsers(TPortFacts& facts, dev_t device)
 {
-    facts.lookedEverywhere = true;
     const QDir processes(QStringLiteral("/proc"));
     for (const QString& process : processes.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
         bool isProcess = false;
@@ -51,9 +55,7 @@ void findUsers(TPortFacts& facts, dev_t device)
             continue;
         }
         const QDir descriptors(processes.filePath(process) + QStringLiteral("/fd"));
-        if (!descriptors.isReadable()) {
-            facts.lookedEverywhere = false;
-        } else if (hasOpen(descriptors, device)) {
+        if (pid != getpid() && descriptors.isReadable() && hasOpen(descriptors, device)) {
             facts.users.append({pid, programOf(processes.filePath(process))});
         }
     }
@@ -76,27 +78,63 @@ QStringList explainMissing(const TPortFacts& facts)
     return lines;
 }
 
+// To join one of the others would give more than a serial port.
+bool isGroupForPorts(const QString& group)
+{
+    return group == QStringLiteral("dialout") || group == QStringLiteral("uucp") ||
+           group == QStringLiteral("plugdev");
+}
+
 QStringList explainPermission(const TPortFacts& facts)
 {
-    return {QStringLiteral("You (%1) may not use %2: it belongs to the group \"%3\".")
-                .arg(facts.user, facts.name, facts.group),
-            QStringLiteral("Join the group and log in again:  sudo usermod -aG %1 %2")
-                .arg(facts.group, facts.user)};
+    QStringList lines = {QStringLiteral("You (%1) may not use %2: it belongs to the group \"%3\".")
+                             .arg(facts.user, facts.name, facts.group)};
+    if (isGroupForPorts(facts.group)) {
+        lines << QStringLiteral("Join the group and log in again:  sudo usermod -aG %1 %2")
+                     .arg(facts.group, facts.user);
+    } else {
+        lines << QStringLiteral(
+            "Do not join that group: let a udev rule give the device to the group \"dialout\", and join "
+            "that one.");
+    }
+    return lines;
 }
 
 QStringList explainUsers(const TPortFacts& facts)
 {
+    if (facts.users.isEmpty()) {
+        return {QStringLiteral("%1 is held by another program.").arg(facts.name),
+                QStringLiteral("See which:  sudo fuser -v %1").arg(facts.name)};
+    }
     QStringList lines = {QStringLiteral("%1 is held by another program:").arg(facts.name)};
     for (const TPortUser& user : facts.users) {
         lines << QStringLiteral("  %1 (process %2)").arg(user.program).arg(user.pid);
     }
-    lines << QStringLiteral("Close it, or end it:  kill %1").arg(facts.users.first().pid);
+    lines << QStringLiteral("Close the port there first.");
     return lines;
+}
+
+/// Whether a program that lives has left a lock file of this name, as older terminal programs do.
+bool hasLockFile(const QString& name)
+{
+    QFile file(QStringLiteral("/var/lock/LCK..") + QFileInfo(name).fileName());
+    if (!file.open(QIODevice::ReadOnly)) {
+        return false;
+    }
+    constexpr qint64 kLongest = 64;
+    const int pid = file.read(kLongest).trimmed().split('\n').first().trimmed().toInt();
+    return pid > 0 && pid != getpid() && (kill(pid, 0) == 0 || errno == EPERM);
+}
+
+bool isBusy(const QString& name)
+{
+    platform::TPortClaim claim;
+    return claim.take(name) == EBUSY || hasLockFile(name) || hasLockFile(QFileInfo(name).canonicalFilePath());
 }
 
 } // namespace
 
-TPortFacts portFacts(const QString& name)
+TPortFacts portFacts(const QString& name, qint64 osError)
 {
     TPortFacts facts;
     facts.name = name;
@@ -110,7 +148,9 @@ TPortFacts portFacts(const QString& name)
         facts.isTerminal = S_ISCHR(info.st_mode);
         facts.permitted = access(path.constData(), R_OK | W_OK) == 0;
         facts.group = groupName(info.st_gid);
-        if (facts.isTerminal) {
+        facts.noSuchRate = osError == EINVAL;
+        facts.busy = facts.isTerminal && !facts.noSuchRate && (osError == EBUSY || isBusy(name));
+        if (facts.busy) {
             findUsers(facts, info.st_rdev);
         }
     }
@@ -126,17 +166,18 @@ QStringList explainPort(const TPortFacts& facts)
         return {QStringLiteral("%1 is not a serial port. \"tnv5 ports\" lists those that are there.")
                     .arg(facts.name)};
     }
+    if (facts.noSuchRate) {
+        return {QStringLiteral(
+            "Usual rates are 1200, 2400, 4800, 9600, 19200, 38400, 57600 and 115200 baud; the equipment's "
+            "papers say which.")};
+    }
     if (!facts.permitted) {
         return explainPermission(facts);
     }
-    if (!facts.users.isEmpty()) {
+    if (facts.busy) {
         return explainUsers(facts);
     }
-    if (!facts.lookedEverywhere) {
-        return {QStringLiteral("%1 is probably held by a program of another user.").arg(facts.name),
-                QStringLiteral("See which:  sudo fuser -v %1").arg(facts.name)};
-    }
-    return {QStringLiteral("%1 is there, you may use it, and no program holds it; the device itself does not "
+    return {QStringLiteral("%1 is there, you may use it, and nobody holds it; the device itself does not "
                            "answer.")
                 .arg(facts.name),
             QStringLiteral("Unplug the adapter and plug it in again; \"sudo dmesg | tail\" shows what the "

@@ -71,16 +71,23 @@ void TPortKeeper::tryOpen()
 {
     try {
         FPort.Open();
+        FOsError = 0;
+    } catch (const platform::EComPort& error) {
+        return cannot(error.message(), error.osError());
     } catch (...) {
-        wait(FPauseMs);
-        FPauseMs = std::min(FPauseMs * 2, kLongestPauseMs);
-        const QString why = platform::exceptionMessage();
-        if (std::exchange(FWhyNot, why) != why) {
-            tell(OnCannotOpen, why);
-        }
-        return;
+        return cannot(platform::exceptionMessage(), 0);
     }
     opened();
+}
+
+void TPortKeeper::cannot(const QString& why, qint64 osError)
+{
+    wait(FPauseMs);
+    FPauseMs = std::min(FPauseMs * 2, kLongestPauseMs);
+    FOsError = osError;
+    if (std::exchange(FWhyNot, why) != why) {
+        tell(OnCannotOpen, why);
+    }
 }
 
 void TPortKeeper::opened()

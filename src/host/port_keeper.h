@@ -33,6 +33,9 @@ public:
     /// Times that a port was opened.
     int openings() const { return FOpenings; }
 
+    /// The system's number of the error for which the port could not be opened last, 0 if none.
+    qint64 osError() const { return FOsError; }
+
     std::function<void()> OnOpened;
     /// The port went away.
     std::function<void(const QString& why)> OnLost;
@@ -42,6 +45,7 @@ public:
 private:
     void look();
     void tryOpen();
+    void cannot(const QString& why, qint64 osError);
     void opened();
     void lost();
     void wait(int ms);
@@ -55,6 +59,7 @@ private:
     int FPauseMs = kFirstPauseMs;
     int FOpenForMs = 0;
     int FOpenings = 0;
+    qint64 FOsError = 0;
     QString FWhyNot;  // the last told reason why the port cannot be opened
     QString FWhyLost; // what the system said last about an open port
 };

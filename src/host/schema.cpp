@@ -117,18 +117,108 @@ const QStringList kVersion5 = {
     QStringLiteral("CREATE INDEX lamp_time_member ON lamp_time(member)"),
 };
 
-int versionOf(QSqlDatabase& database)
+/// A trigger that keeps a row out of a table. SQLite looks at foreign keys only on connections that ask for
+/// it; what other programs write must be right, too.
+QString refuse(const char* when, const char* table, const char* name, const char* condition, const char* why)
 {
-    TStatement version(database, QStringLiteral("PRAGMA user_version"));
-    return int(version.run().number());
+    return QStringLiteral("CREATE TRIGGER %2_%3 BEFORE %1 ON %2 WHEN %4"
+                          " BEGIN SELECT raise(ABORT, '%5'); END")
+        .arg(QLatin1String(when), QLatin1String(table), QLatin1String(name), QLatin1String(condition),
+             QLatin1String(why));
+}
+
+/// The same for a new row and for a change of one of its columns.
+QStringList refuseBoth(const char* table, const char* column, const char* name, const char* condition,
+                       const char* why)
+{
+    return {refuse("INSERT", table, (QByteArray(name) + "_new").constData(), condition, why),
+            refuse((QByteArray("UPDATE OF ") + column).constData(), table, name, condition, why)};
+}
+
+constexpr char kNoZone[] = "new.zone IS NOT NULL AND NOT EXISTS (SELECT 1 FROM zone WHERE name = new.zone)";
+constexpr char kNoMember[] =
+    "new.member IS NOT NULL AND NOT EXISTS (SELECT 1 FROM member WHERE id = new.member)";
+
+QStringList version6()
+{
+    QStringList steps = {
+        // Who keeps the journal: a number of each host that ever wrote a pass. Passes before had none.
+        QStringLiteral("CREATE TABLE host ("
+                       " id INTEGER PRIMARY KEY AUTOINCREMENT,"
+                       " began TEXT NOT NULL,"
+                       " pid INTEGER NOT NULL)"),
+        QStringLiteral("ALTER TABLE pass ADD COLUMN who TEXT NOT NULL DEFAULT ''"),
+        QStringLiteral("ALTER TABLE pass ADD COLUMN note TEXT NOT NULL DEFAULT ''"),
+        QStringLiteral("ALTER TABLE pass ADD COLUMN host INTEGER NOT NULL DEFAULT 0"),
+        QStringLiteral("CREATE INDEX pass_open ON pass(host) WHERE result = 'opened' AND ending = ''"),
+        QStringLiteral("CREATE TABLE outage ("
+                       " id INTEGER PRIMARY KEY,"
+                       " line TEXT NOT NULL CHECK (line <> ''),"
+                       " began TEXT NOT NULL,"
+                       " ended TEXT NOT NULL DEFAULT '',"
+                       " why TEXT NOT NULL DEFAULT '',"
+                       " host INTEGER NOT NULL DEFAULT 0)"),
+        QStringLiteral("CREATE INDEX outage_open ON outage(host) WHERE ended = ''"),
+        // What goes with a member, and what stays without one.
+        QStringLiteral("CREATE TRIGGER member_gone BEFORE DELETE ON member BEGIN"
+                       " DELETE FROM card WHERE member = old.id;"
+                       " DELETE FROM membership WHERE member = old.id;"
+                       " UPDATE pass SET member = NULL WHERE member = old.id;"
+                       " UPDATE sale SET member = NULL WHERE member = old.id;"
+                       " UPDATE lamp_time SET member = NULL WHERE member = old.id;"
+                       " END"),
+        QStringLiteral("CREATE TRIGGER membership_gone BEFORE DELETE ON membership BEGIN"
+                       " DELETE FROM membership_zone WHERE membership = old.id; END"),
+        refuse("DELETE", "zone", "in_use",
+               "EXISTS (SELECT 1 FROM gate WHERE zone = old.name)"
+               " OR EXISTS (SELECT 1 FROM membership_zone WHERE zone = old.name)",
+               "the zone is in use"),
+        refuse("UPDATE OF name", "zone", "in_use_name",
+               "new.name <> old.name AND (EXISTS (SELECT 1 FROM gate WHERE zone = old.name)"
+               " OR EXISTS (SELECT 1 FROM membership_zone WHERE zone = old.name))",
+               "the zone is in use"),
+        refuse("UPDATE OF id", "member", "in_use", "new.id <> old.id", "a member keeps its number"),
+        refuse("UPDATE OF id", "membership", "in_use", "new.id <> old.id", "a membership keeps its number"),
+    };
+    steps += refuseBoth("gate", "zone", "zone", kNoZone, "there is no such zone");
+    steps += refuseBoth("membership_zone", "zone", "zone", kNoZone, "there is no such zone");
+    steps += refuseBoth("membership_zone", "membership", "membership",
+                        "NOT EXISTS (SELECT 1 FROM membership WHERE id = new.membership)",
+                        "there is no such membership");
+    for (const char* table : {"card", "membership", "pass", "sale", "lamp_time"}) {
+        steps += refuseBoth(table, "member", "member", kNoMember, "there is no such member");
+    }
+    steps += refuseBoth("member", "name", "empty", "trim(new.name, char(9, 10, 13, 32, 160)) = ''",
+                        "a member has a name");
+    steps += refuseBoth("zone", "name", "empty", "trim(new.name, char(9, 10, 13, 32, 160)) = ''",
+                        "a zone has a name");
+    steps += refuseBoth("product", "name", "empty", "trim(new.name, char(9, 10, 13, 32, 160)) = ''",
+                        "a product has a name");
+    steps += refuseBoth("card", "number", "empty", "trim(new.number, char(9, 10, 13, 32, 160)) = ''",
+                        "a card has a number");
+    steps += refuseBoth("gate", "address", "empty", "trim(new.address, char(9, 10, 13, 32, 160)) = ''",
+                        "a gate has an address");
+    steps += refuseBoth("membership", "valid_from", "from",
+                        "date(new.valid_from, '+0 days') IS NOT new.valid_from",
+                        "valid_from is no date such as 2026-01-31");
+    steps += refuseBoth("membership", "valid_to", "to", "date(new.valid_to, '+0 days') IS NOT new.valid_to",
+                        "valid_to is no date such as 2026-01-31");
+    return steps;
 }
 
 } // namespace
 
 const QList<QStringList>& schemaSteps()
 {
-    static const QList<QStringList> steps = {kVersion1, kVersion2, kVersion3, kVersion4, kVersion5};
+    static const QList<QStringList> steps = {kVersion1, kVersion2, kVersion3,
+                                             kVersion4, kVersion5, version6()};
     return steps;
+}
+
+int versionOf(const QSqlDatabase& database)
+{
+    TStatement version(database, QStringLiteral("PRAGMA user_version"));
+    return int(version.run().number());
 }
 
 void migrate(QSqlDatabase& database, const QList<QStringList>& steps)

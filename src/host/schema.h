@@ -15,4 +15,7 @@ const QList<QStringList>& schemaSteps();
 /// as `user_version`. @throws EDatabase also when the file is newer than the steps.
 void migrate(QSqlDatabase& database, const QList<QStringList>& steps);
 
+/// Version of a database, 0 for one that has no tables of ours. @throws EDatabase
+int versionOf(const QSqlDatabase& database);
+
 } // namespace tnv5::host

@@ -39,6 +39,8 @@ public:
     }
     /// The number in the next row; 0 when there is none.
     qint64 number() { return next() ? value(0).toLongLong() : 0; }
+    /// How many rows an INSERT, UPDATE or DELETE changed.
+    int changed() const { return FQuery->numRowsAffected(); }
     /// Row made by an INSERT.
     qint64 insertedId() const { return FQuery->lastInsertId().toLongLong(); }
 

@@ -35,11 +35,14 @@ bool within(qint64 since, qint64 ms)
 
 } // namespace
 
-TSwitchHost::TSwitchHost(switching::TSwitchDevice& device, TDatabase& database)
+TSwitchHost::TSwitchHost(switching::TSwitchDevice& device, TDatabase& database,
+                         const std::optional<QStringList>& names)
     : FDevice(&device), FDatabase(database), FBooks(database)
 {
     for (const TLamp& lamp : FBooks.lamps()) {
-        FPlaces[lamp.board + lamp.relay].lamp = lamp;
+        if (!names || names->contains(lamp.name)) {
+            FPlaces[lamp.board + lamp.relay].lamp = lamp;
+        }
     }
     FStartedAt = nowMs();
     load();

@@ -7,6 +7,7 @@
 
 #include <QHash>
 #include <QPointer>
+#include <QStringList>
 #include <map>
 
 namespace tnv5::host {
@@ -45,8 +46,10 @@ public:
     static constexpr int kReloadMs = 1'000;    ///< how often the books are read: others may write them, too
     static constexpr int kPatienceMs = 10'000; ///< how long an order waits for its lamp
 
+    /// @param names of the lamps of the books that are on the component's boards; none: all of them
     /// @throws EDatabase
-    TSwitchHost(switching::TSwitchDevice& device, TDatabase& database);
+    TSwitchHost(switching::TSwitchDevice& device, TDatabase& database,
+                const std::optional<QStringList>& names = std::nullopt);
     /// Closes the host when that has not been done.
     ~TSwitchHost();
     TSwitchHost(const TSwitchHost&) = delete;

@@ -116,9 +116,23 @@ bool TSerialPort::settled() const
     return entry.revents == 0 && FSerial->bytesAvailable() == 0 && FSerial->bytesToWrite() == 0;
 }
 
+// Nothing of the device is touched before it is ours: its settings are those of who holds it.
+void TSerialPort::claim()
+{
+    if (BaudRate() < 1) {
+        throw EComPort(
+            QStringLiteral("Cannot open port %1: there is no rate of %2 baud").arg(Port()).arg(BaudRate()),
+            EINVAL);
+    }
+    if (FClaim.take(Port()) == EBUSY) {
+        throw EComPort(QStringLiteral("Cannot open port %1: another program has it open").arg(Port()), EBUSY);
+    } // what else is wrong the serial library tells
+}
+
 void TSerialPort::doOpen()
 {
     dropPort();
+    claim();
     FSerial = new QSerialPort(this);
     FSerial->setPortName(Port());
     applySettings();
@@ -130,6 +144,13 @@ void TSerialPort::doOpen()
         const QString text = FSerial->errorString();
         dropPort();
         throw EComPort(QStringLiteral("Cannot open port %1: %2").arg(Port(), text), osError);
+    }
+    if (!FClaim.takesRate(BaudRate())) {
+        dropPort();
+        throw EComPort(QStringLiteral("Cannot open port %1: the device has no rate of %2 baud")
+                           .arg(Port())
+                           .arg(BaudRate()),
+                       EINVAL);
     }
     // queued: the library does not report anew while a report is being handled, so that a line which arrives
     // while a handler pumps messages would wait for the one after it
@@ -229,6 +250,7 @@ void TSerialPort::onError()
 
 void TSerialPort::dropPort()
 {
+    FClaim.release();
     if (FSerial == nullptr) {
         return;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tnv5/platform/com_port.h"
+#include "tnv5/platform/port_claim.h"
 #include "tnv5/platform/timer.h"
 
 class QSerialPort;
@@ -8,6 +9,9 @@ class QSerialPort;
 namespace tnv5::platform {
 
 /// A real serial port, or the device end of a pseudo-terminal.
+///
+/// A device is opened once: another object or program that asks for it, by whatever name and also as root,
+/// gets an EComPort with EBUSY. A rate that the device does not have is one with EINVAL.
 ///
 /// A port that goes away (unplugged adapter) closes itself and then reports the error through `OnException`;
 /// it is not opened again unless someone calls `Open`.
@@ -43,7 +47,9 @@ private:
     bool moreHasCome();
     void onError();
     void dropPort();
+    void claim();
 
+    TPortClaim FClaim;
     QSerialPort* FSerial = nullptr;
     QByteArray FWaiting; // read, but the line has not been quiet long enough
     TTimer FQuiet;

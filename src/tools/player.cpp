@@ -19,17 +19,32 @@ bool isSaid(const TEntry& entry)
 
 } // namespace
 
-TPlayer::TPlayer(QList<TEntry> entries, double speed) : FEntries(std::move(entries)), FSpeed(speed)
+TPlayer::TPlayer(QList<TEntry> entries, double speed) : TPlayer(entriesOf(std::move(entries)), speed) {}
+
+TPlayer::TPlayer(TEntrySource entries, double speed) : FEntries(std::move(entries)), FSpeed(speed)
 {
     FTimer.OnTimer = [this](platform::TTimer*) { play(); };
 }
 
 void TPlayer::start()
 {
-    FNext = 0;
     FPlayedUs = 0;
     FStartMs = platform::TClock::current().nowMs();
+    fetch();
     wait();
+}
+
+void TPlayer::fetch()
+{
+    FNext.reset();
+    try {
+        FNext = FEntries();
+    } catch (const ERecording& error) {
+        FEntries = [] { return std::optional<TEntry>(); };
+        if (const auto handler = OnTrouble) {
+            handler(error.message());
+        }
+    }
 }
 
 // Counted from the start, so that no waits add up to a drift. A long wait is taken in pieces.
@@ -37,9 +52,8 @@ void TPlayer::wait()
 {
     constexpr double kLongestMs = 3'600'000;
     double ms = 1;
-    if (FSpeed > 0 && FNext < FEntries.size()) {
-        const double due =
-            static_cast<double>(FPlayedUs + FEntries[FNext].WaitUs) / double(kUsPerMs) / FSpeed;
+    if (FSpeed > 0 && FNext) {
+        const double due = static_cast<double>(FPlayedUs + FNext->WaitUs) / double(kUsPerMs) / FSpeed;
         ms = due - static_cast<double>(platform::TClock::current().nowMs() - FStartMs);
     }
     FTimer.SetEnabled(false);
@@ -50,7 +64,7 @@ void TPlayer::wait()
 void TPlayer::play()
 {
     FTimer.SetEnabled(false);
-    if (FNext >= FEntries.size()) {
+    if (!FNext) {
         if (const auto handler = OnEnd) {
             handler();
         }
@@ -58,8 +72,12 @@ void TPlayer::play()
     }
     const QPointer<TPlayer> self(this);
     for (int burst = 0; self && burst < kLongestBurst && isDue(); ++burst) {
-        const TEntry entry = FEntries[FNext++];
+        const TEntry entry = *FNext;
         FPlayedUs += entry.WaitUs;
+        fetch();
+        if (!self) {
+            return;
+        }
         if (const auto handler = OnBytes; handler && isSaid(entry) && !entry.Bytes.isEmpty()) {
             platform::guarded([&] { handler(entry.Bytes); });
         }
@@ -74,24 +92,24 @@ void TPlayer::play()
 
 bool TPlayer::isDue() const
 {
-    if (FNext >= FEntries.size()) {
+    if (!FNext) {
         return false;
     }
-    const double due = static_cast<double>(FPlayedUs + FEntries[FNext].WaitUs) / double(kUsPerMs);
+    const double due = static_cast<double>(FPlayedUs + FNext->WaitUs) / double(kUsPerMs);
     const double passed = static_cast<double>(platform::TClock::current().nowMs() - FStartMs);
     return FSpeed <= 0 || passed * FSpeed >= due;
 }
 
-void playAtOnce(const QList<TEntry>& entries, const std::function<void(qint64)>& advance,
+void playAtOnce(const TEntrySource& entries, const std::function<void(qint64)>& advance,
                 const std::function<void(const QByteArray&)>& say)
 {
     qint64 us = 0;
-    for (const TEntry& entry : entries) {
-        us += entry.WaitUs;
+    while (const std::optional<TEntry> entry = entries()) {
+        us += entry->WaitUs;
         advance(us / kUsPerMs);
         us %= kUsPerMs;
-        if (isSaid(entry) && !entry.Bytes.isEmpty()) {
-            say(entry.Bytes);
+        if (isSaid(*entry) && !entry->Bytes.isEmpty()) {
+            say(entry->Bytes);
         }
     }
 }

@@ -15,12 +15,15 @@ class TPlayer final : public QObject
 
 public:
     /// @param speed how many times as fast as recorded; 0 or less: without waiting, one entry a millisecond
+    TPlayer(TEntrySource entries, double speed);
     TPlayer(QList<TEntry> entries, double speed);
 
     void start();
 
     /// Bytes that the equipment says now; may destroy the player.
     std::function<void(const QByteArray& bytes)> OnBytes;
+    /// The recording cannot be read on; nothing more comes.
+    std::function<void(const QString& why)> OnTrouble;
     /// Everything has been played.
     std::function<void()> OnEnd;
 
@@ -28,10 +31,11 @@ private:
     void wait();
     void play();
     bool isDue() const;
+    void fetch();
 
-    QList<TEntry> FEntries;
+    TEntrySource FEntries;
     double FSpeed;
-    qsizetype FNext = 0;
+    std::optional<TEntry> FNext;
     qint64 FStartMs = 0;
     qint64 FPlayedUs = 0; // recorded time up to the next entry
     platform::TTimer FTimer;
@@ -39,7 +43,8 @@ private:
 
 /// Plays without waiting while the time that a manual clock shows goes on as recorded.
 /// @param advance lets that many milliseconds pass
-void playAtOnce(const QList<TEntry>& entries, const std::function<void(qint64 ms)>& advance,
+/// @throws ERecording when `entries` does
+void playAtOnce(const TEntrySource& entries, const std::function<void(qint64 ms)>& advance,
                 const std::function<void(const QByteArray& bytes)>& say);
 
 } // namespace tnv5::tools

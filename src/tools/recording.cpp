@@ -1,6 +1,5 @@
 #include "tnv5/tools/recording.h"
 
-#include <QFile>
 #include <algorithm>
 #include <optional>
 
@@ -248,6 +247,94 @@ QList<TEntry> parseRecording(QByteArrayView text)
     return entries;
 }
 
+TEntrySource entriesOf(QList<TEntry> entries)
+{
+    return [entries = std::move(entries), at = qsizetype{0}]() mutable {
+        return at < entries.size() ? std::optional(entries[at++]) : std::nullopt;
+    };
+}
+
+TEntrySource part(TEntrySource source, qint64 fromUs, qint64 toUs)
+{
+    return [source = std::move(source), fromUs, toUs, at = qint64{0}, given = qint64{0}]() mutable {
+        given = std::max(given, fromUs); // time of the entry that was given last
+        std::optional<TEntry> entry = source();
+        for (; entry; entry = source()) {
+            at += entry->WaitUs;
+            if (at >= fromUs) {
+                break;
+            }
+        }
+        if (entry && toUs >= 0 && at > toUs) {
+            entry.reset();
+        }
+        if (entry) {
+            entry->WaitUs = at - given;
+            given = at;
+        }
+        return entry;
+    };
+}
+
+std::optional<TEntry> TRecordingReader::next()
+{
+    for (;;) {
+        if (!FFile && !openNext()) {
+            return std::nullopt;
+        }
+        const QByteArray whole = takeLine();
+        if (whole.isEmpty()) {
+            FFile.reset();
+            continue;
+        }
+        QByteArrayView rest(whole);
+        const QByteArrayView line = tools::takeLine(rest);
+        if (line.isEmpty() || line.startsWith('#')) {
+            continue;
+        }
+        try {
+            return TLineReader(line, FLine).entry();
+        } catch (const ERecording& error) {
+            throw ERecording(FFile->fileName() + QStringLiteral(": ") + error.message());
+        }
+    }
+}
+
+bool TRecordingReader::openNext()
+{
+    if (FFiles.isEmpty()) {
+        return false;
+    }
+    FFile = std::make_unique<QFile>(FFiles.takeFirst());
+    FLine = 0;
+    if (!FFile->open(QIODevice::ReadOnly)) {
+        throw ERecording(QStringLiteral("%1: %2").arg(FFile->fileName(), FFile->errorString()));
+    }
+    const QByteArray first = takeLine();
+    QByteArrayView rest(first);
+    if (tools::takeLine(rest) != kRecordingHeader) {
+        throw ERecording(QStringLiteral("%1: line 1: this is no recording; it must begin with \"%2\"")
+                             .arg(FFile->fileName(), QString::fromLatin1(kRecordingHeader)));
+    }
+    return true;
+}
+
+// With its end; empty at the end of the file.
+QByteArray TRecordingReader::takeLine()
+{
+    ++FLine;
+    QByteArray line = FFile->readLine(kMaxLine);
+    if (line.isEmpty() && FFile->error() != QFileDevice::NoError) {
+        throw ERecording(QStringLiteral("%1: %2").arg(FFile->fileName(), FFile->errorString()));
+    }
+    if (line.size() >= kMaxLine - 1 && !line.endsWith('\n')) {
+        throw ERecording(QStringLiteral("%1: line %2: the line is longer than a mebibyte")
+                             .arg(FFile->fileName())
+                             .arg(FLine));
+    }
+    return line;
+}
+
 QList<TEntry> readRecording(const QString& fileName)
 {
     QFile file(fileName);
@@ -258,28 +345,6 @@ QList<TEntry> readRecording(const QString& fileName)
         return parseRecording(file.read(kMaxRecording + 1));
     } catch (const ERecording& error) {
         throw ERecording(QStringLiteral("%1: %2").arg(fileName, error.message()));
-    }
-}
-
-TRecorder::TRecorder(QIODevice& device, const QString& remark) : FDevice(device)
-{
-    QString oneLine = remark;
-    oneLine.replace(u'\n', u' ').replace(u'\r', u' ');
-    write(kRecordingHeader);
-    write("# " + oneLine.toUtf8());
-}
-
-void TRecorder::add(TDirection direction, const QByteArray& bytes)
-{
-    const qint64 us = FSinceLast.isValid() ? FSinceLast.nsecsElapsed() / 1'000 : 0;
-    FSinceLast.start();
-    write(formatEntry({us, direction, bytes}));
-}
-
-void TRecorder::write(const QByteArray& line)
-{
-    if (FDevice.write(line + '\n') != line.size() + 1) {
-        throw ERecording(QStringLiteral("the recording cannot be written: ") + FDevice.errorString());
     }
 }
 

@@ -5,7 +5,12 @@
 #include <QByteArray>
 #include <QByteArrayView>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QList>
+#include <QStringList>
+#include <functional>
+#include <memory>
+#include <optional>
 
 class QIODevice;
 
@@ -40,7 +45,7 @@ public:
     using Exception::Exception;
 };
 
-// What a recording may hold at most; one that holds more is refused.
+// What a recording that is read as a whole may hold at most; `TRecordingReader` reads any.
 constexpr qint64 kMaxRecording = 64LL * 1024 * 1024; ///< bytes of text
 constexpr qsizetype kMaxEntries = 1'000'000;
 constexpr qint64 kMaxWaitUs = 86'400LL * 1'000'000; ///< one day
@@ -64,22 +69,87 @@ QList<TEntry> parseRecording(QByteArrayView text);
 /// Reads a file. @throws ERecording also when the file cannot be read.
 QList<TEntry> readRecording(const QString& fileName);
 
-/// Writes a recording as it happens.
+/// Where entries come from one by one; nothing at the end. May raise ERecording.
+using TEntrySource = std::function<std::optional<TEntry>()>;
+
+/// Entries that are at hand.
+TEntrySource entriesOf(QList<TEntry> entries);
+
+/// What of a recording lies between two moments, in microseconds since its beginning, both included. The
+/// first entry waits from `fromUs` on. @param toUs below 0: to the end
+TEntrySource part(TEntrySource source, qint64 fromUs, qint64 toUs);
+
+/// Reads recordings of any size, one file after the other as if they were one.
+class TRecordingReader
+{
+public:
+    static constexpr qint64 kMaxLine = 1024 * 1024; ///< bytes
+
+    explicit TRecordingReader(const QStringList& files) : FFiles(files) {}
+
+    /// The next entry. @throws ERecording with file and line
+    std::optional<TEntry> next();
+
+private:
+    bool openNext();
+    QByteArray takeLine();
+
+    QStringList FFiles; // not opened yet
+    std::unique_ptr<QFile> FFile;
+    qsizetype FLine = 0;
+};
+
+/// Writes a recording as it happens. Nothing is kept back: what was added is in the file.
 class TRecorder
 {
 public:
-    /// Writes the header and, as a remark, what is recorded. The device must outlive this.
+    /// Writes the header and, as a remark, what is recorded. The device must outlive this, and must be
+    /// unbuffered for what cannot be written to be noticed at once.
     /// @throws ERecording when it cannot be written.
     TRecorder(QIODevice& device, const QString& remark);
 
-    /// Adds bytes that come now. @throws ERecording when they cannot be written.
+    /// Adds bytes that come now. @throws ERecording when they cannot be written; what was written of them is
+    /// taken back where the device is a file, so that it can be read.
+    void add(TDirection direction, const QByteArray& bytes);
+
+    /// Goes on in another device, with a header of its own; times go on. @throws ERecording
+    void goOnIn(QIODevice& device);
+
+private:
+    void begin();
+    void write(const QByteArray& line);
+
+    QIODevice* FDevice;
+    QByteArray FRemark;
+    QElapsedTimer FSinceLast;
+};
+
+/// The file of a recording that is being made: one, or several of a size.
+///
+/// None is ever overwritten unless `force` says so. With a size the next file is begun when one has reached
+/// it: gate.rec, gate.rec.2, gate.rec.3, the next free number each time.
+class TRecordFile
+{
+public:
+    /// @param rotateAt bytes; 0: never. @throws ERecording
+    TRecordFile(const QString& name, const QString& remark, bool force, qint64 rotateAt);
+    ~TRecordFile();
+    TRecordFile(const TRecordFile&) = delete;
+    TRecordFile& operator=(const TRecordFile&) = delete;
+
+    /// @throws ERecording
     void add(TDirection direction, const QByteArray& bytes);
 
 private:
-    void write(const QByteArray& line);
+    std::unique_ptr<QFile> open(const QString& name) const;
+    QString freeName();
 
-    QIODevice& FDevice;
-    QElapsedTimer FSinceLast;
+    QString FName;
+    bool FForce;
+    qint64 FRotateAt;
+    int FNumber = 1;
+    std::unique_ptr<QFile> FFile;
+    std::unique_ptr<TRecorder> FRecorder;
 };
 
 } // namespace tnv5::tools

@@ -12,6 +12,18 @@ namespace tnv5::host {
 
 inline const QDate kToday(2026, 1, 5); // the day of the manual clock
 
+/// What a database says when `body` fails; empty when it does not.
+template <class Body>
+inline QString failureOf(Body&& body)
+{
+    try {
+        body();
+    } catch (const EDatabase& error) {
+        return error.message();
+    }
+    return {};
+}
+
 /// A club in a file of its own: gates 01A (in), 02A (out), 03D (inner) of the hall.
 class TClubFixture : public ::testing::Test
 {

@@ -15,7 +15,7 @@ TEST(ClubWords, EveryWordReadsBack)
     for (int value = 0; value <= static_cast<int>(TRefusal::HostFault); ++value) {
         EXPECT_EQ(toRefusal(toText(static_cast<TRefusal>(value))), static_cast<TRefusal>(value)) << value;
     }
-    for (int value = 0; value <= static_cast<int>(TEnding::Interrupted); ++value) {
+    for (int value = 0; value <= static_cast<int>(TEnding::Abandoned); ++value) {
         EXPECT_EQ(toEnding(toText(static_cast<TEnding>(value))), static_cast<TEnding>(value)) << value;
     }
     for (int value = 0; value <= static_cast<int>(TDirection::Inner); ++value) {

@@ -1,21 +1,9 @@
 #include "club_fixture.h"
-#include "tnv5/host/schema.h"
 
 namespace tnv5::host {
 namespace {
 
 using TDatabaseTest = TClubFixture;
-
-template <class Body>
-QString failureOf(Body&& body)
-{
-    try {
-        body();
-    } catch (const EDatabase& error) {
-        return error.message();
-    }
-    return {};
-}
 
 PPass somePass(const QString& card, qint64 member, TEnding ending, TDirection direction = TDirection::In)
 {
@@ -211,89 +199,28 @@ TEST(DatabaseFile, AFileOfANewerProgram)
     EXPECT_TRUE(message.contains(QStringLiteral("version 99"))) << qPrintable(message);
 }
 
+TEST(DatabaseFile, OneThatMustBeThereIsNotMade)
+{
+    const QTemporaryDir directory;
+    const QString file = directory.filePath(QStringLiteral("club.sqlite"));
+    EXPECT_EQ(failureOf([&] { TDatabase club(file, TOpening::Existing); }),
+              QStringLiteral("The database %1 is not there; \"tnv5 init %1\" makes one").arg(file));
+    EXPECT_FALSE(QFile::exists(file));
+
+    QFile empty(file);
+    ASSERT_TRUE(empty.open(QIODevice::WriteOnly));
+    EXPECT_EQ(failureOf([&] { TDatabase club(file, TOpening::Existing); }),
+              QStringLiteral("Cannot open database %1: it is no club's database").arg(file));
+    EXPECT_EQ(QFile(file).size(), 0);
+
+    TDatabase made(file);
+    EXPECT_EQ(failureOf([&] { TDatabase club(file, TOpening::Existing); }), QString());
+}
+
 TEST(DatabaseFile, InMemory)
 {
     TDatabase club(QStringLiteral(":memory:"));
     EXPECT_EQ(club.gates().size(), 0);
-}
-
-class TSchemaTest : public ::testing::Test
-{
-protected:
-    TSchemaTest()
-    {
-        database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("schema"));
-        database.setDatabaseName(QStringLiteral(":memory:"));
-        database.open();
-    }
-    ~TSchemaTest() override
-    {
-        database = {};
-        QSqlDatabase::removeDatabase(QStringLiteral("schema"));
-    }
-
-    int version()
-    {
-        TStatement statement(database, QStringLiteral("PRAGMA user_version"));
-        TRows rows = statement.run();
-        return rows.next() ? rows.value(0).toInt() : -1;
-    }
-
-    QSqlDatabase database;
-};
-
-TEST_F(TSchemaTest, StepsAreTakenFromTheVersionOfTheFile)
-{
-    const QStringList first = {QStringLiteral("CREATE TABLE a (x)")};
-    const QStringList second = {QStringLiteral("ALTER TABLE a ADD COLUMN y"),
-                                QStringLiteral("INSERT INTO a VALUES (1, 2)")};
-    migrate(database, {first});
-    EXPECT_EQ(version(), 1);
-    migrate(database, {first, second});
-    EXPECT_EQ(version(), 2);
-    migrate(database, {first, second});
-    TStatement count(database, QStringLiteral("SELECT count(*) FROM a"));
-    TRows rows = count.run();
-    ASSERT_TRUE(rows.next());
-    EXPECT_EQ(rows.value(0).toInt(), 1) << "each step once";
-}
-
-TEST_F(TSchemaTest, MembersOfAnOlderFileHaveABalance)
-{
-    migrate(database, {schemaSteps().first()});
-    execute(database, QStringLiteral("INSERT INTO member (name) VALUES ('Anna Berg')"));
-    migrate(database, schemaSteps());
-    EXPECT_EQ(version(), schemaSteps().size());
-    TStatement balance(database, QStringLiteral("SELECT balance FROM member"));
-    TRows rows = balance.run();
-    ASSERT_TRUE(rows.next());
-    EXPECT_EQ(rows.value(0).toInt(), 0);
-}
-
-TEST_F(TSchemaTest, OlderFilesGetPayments)
-{
-    migrate(database, schemaSteps().first(3));
-    migrate(database, schemaSteps());
-    execute(database, QStringLiteral("INSERT INTO payment (began, cents) VALUES ('x', 5)"));
-    EXPECT_NE(failureOf([&] {
-                  execute(database, QStringLiteral("INSERT INTO payment (began, cents, outcome)"
-                                                   " VALUES ('x', 5, 'perhaps')"));
-              }),
-              QString());
-    EXPECT_NE(failureOf([&] {
-                  execute(database, QStringLiteral("INSERT INTO payment (began, cents) VALUES ('x', 0)"));
-              }),
-              QString());
-}
-
-TEST_F(TSchemaTest, AFailedStepChangesNothing)
-{
-    const QStringList first = {QStringLiteral("CREATE TABLE a (x)")};
-    const QStringList broken = {QStringLiteral("CREATE TABLE b (x)"), QStringLiteral("nonsense")};
-    EXPECT_NE(failureOf([&] { migrate(database, {first, broken}); }), QString());
-    EXPECT_EQ(version(), 0);
-    migrate(database, {first}); // the table is not there yet
-    EXPECT_EQ(version(), 1);
 }
 
 } // namespace

@@ -4,9 +4,14 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <cerrno>
+#include <csignal>
 #include <fcntl.h>
+#include <functional>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/file.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace tnv5::host {
@@ -21,7 +26,6 @@ TPortFacts goodPort()
     facts.permitted = true;
     facts.group = QStringLiteral("dialout");
     facts.user = QStringLiteral("anna");
-    facts.lookedEverywhere = true;
     return facts;
 }
 
@@ -64,18 +68,45 @@ TEST(PortDiagnosis, NoPermissionNamesTheGroupAndTheCommand)
     EXPECT_TRUE(explanation(facts).contains(QStringLiteral("sudo usermod -aG dialout anna")));
 }
 
+TEST(PortDiagnosis, NobodyIsSentIntoAGroupThatMayMore)
+{
+    for (const char* group : {"root", "tty", "disk", "sudo", "wheel", "0"}) {
+        TPortFacts facts = goodPort();
+        facts.permitted = false;
+        facts.group = QString::fromLatin1(group);
+        EXPECT_FALSE(explanation(facts).contains(QStringLiteral("usermod"))) << group;
+        EXPECT_TRUE(explanation(facts).contains(QStringLiteral("a udev rule"))) << group;
+    }
+}
+
 TEST(PortDiagnosis, HeldByAnotherProgram)
 {
     TPortFacts facts = goodPort();
+    facts.busy = true;
     facts.users = {{4711, QStringLiteral("minicom")}};
     EXPECT_TRUE(explanation(facts).contains(QStringLiteral("minicom (process 4711)")));
-    EXPECT_TRUE(explanation(facts).contains(QStringLiteral("kill 4711")));
+    EXPECT_FALSE(explanation(facts).contains(QStringLiteral("kill")));
+    EXPECT_FALSE(explanation(facts).contains(QStringLiteral("fuser")));
+}
+
+TEST(PortDiagnosis, AHolderIsNamedOnlyWhenTheDeviceIsBusy)
+{
+    TPortFacts facts = goodPort();
+    facts.users = {{4711, QStringLiteral("minicom")}};
+    EXPECT_FALSE(explanation(facts).contains(QStringLiteral("minicom")));
+}
+
+TEST(PortDiagnosis, ARateThatDoesNotExist)
+{
+    TPortFacts facts = goodPort();
+    facts.noSuchRate = true;
+    EXPECT_TRUE(explanation(facts).startsWith(QStringLiteral("Usual rates are 1200, ")));
 }
 
 TEST(PortDiagnosis, HeldBySomethingThatCannotBeSeen)
 {
     TPortFacts facts = goodPort();
-    facts.lookedEverywhere = false;
+    facts.busy = true;
     EXPECT_TRUE(explanation(facts).contains(QStringLiteral("sudo fuser -v /dev/ttyUSB0")));
 }
 
@@ -98,7 +129,8 @@ TEST(PortFacts, OfAFile)
     EXPECT_FALSE(portFacts(directory.path()).isTerminal);
 }
 
-TEST(PortFacts, OfAPseudoTerminalThatThisProgramHolds)
+/// Runs `body` while another process holds a pseudo-terminal, with or without a claim on it.
+void whileHeld(bool claimed, const std::function<void(const QString& path, pid_t holder)>& body)
 {
     const int master = posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_GE(master, 0);
@@ -106,19 +138,51 @@ TEST(PortFacts, OfAPseudoTerminalThatThisProgramHolds)
     ASSERT_EQ(unlockpt(master), 0);
     char path[64] = {};
     ASSERT_EQ(ptsname_r(master, path, sizeof path), 0);
-    EXPECT_TRUE(portFacts(QString::fromLatin1(path)).users.isEmpty());
-
-    const int held = open(path, O_RDWR | O_NOCTTY);
-    ASSERT_GE(held, 0);
-    const TPortFacts facts = portFacts(QString::fromLatin1(path));
-    close(held);
+    int ready[2];
+    ASSERT_EQ(pipe(ready), 0);
+    const pid_t child = fork();
+    if (child == 0) {
+        const int held = open(path, O_RDWR | O_NOCTTY);
+        const char byte = held >= 0 && (!claimed || flock(held, LOCK_EX) == 0) ? 1 : 0;
+        [[maybe_unused]] const auto written = write(ready[1], &byte, 1);
+        pause();
+        _exit(0);
+    }
+    char byte = 0;
+    EXPECT_EQ(read(ready[0], &byte, 1), 1);
+    EXPECT_EQ(byte, 1);
+    body(QString::fromLatin1(path), child);
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    close(ready[0]);
+    close(ready[1]);
     close(master);
-    EXPECT_TRUE(facts.exists);
-    EXPECT_TRUE(facts.isTerminal);
-    EXPECT_TRUE(facts.permitted);
-    ASSERT_EQ(facts.users.size(), 1);
-    EXPECT_EQ(facts.users[0].pid, getpid());
-    EXPECT_FALSE(facts.users[0].program.isEmpty());
+}
+
+TEST(PortFacts, OfAPseudoTerminalThatAnotherProgramHolds)
+{
+    whileHeld(true, [](const QString& path, pid_t holder) {
+        const TPortFacts facts = portFacts(path);
+        EXPECT_TRUE(facts.exists);
+        EXPECT_TRUE(facts.isTerminal);
+        EXPECT_TRUE(facts.permitted);
+        EXPECT_TRUE(facts.busy);
+        ASSERT_EQ(facts.users.size(), 1);
+        EXPECT_EQ(facts.users[0].pid, holder);
+        EXPECT_FALSE(facts.users[0].program.isEmpty());
+        EXPECT_FALSE(portFacts(path, EINVAL).busy);
+        EXPECT_TRUE(portFacts(path, EINVAL).noSuchRate);
+    });
+}
+
+TEST(PortFacts, OpenIsNotBusy)
+{
+    whileHeld(false, [](const QString& path, pid_t) {
+        const TPortFacts facts = portFacts(path);
+        EXPECT_FALSE(facts.busy);
+        EXPECT_TRUE(facts.users.isEmpty());
+        EXPECT_TRUE(portFacts(path, EBUSY).busy);
+    });
 }
 
 TEST(StableNames, LinksThatLeadToTheDevice)

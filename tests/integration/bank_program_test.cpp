@@ -97,6 +97,7 @@ protected:
 
     QTemporaryDir directory;
     QString file = directory.filePath(QStringLiteral("club.sqlite"));
+    host::TDatabase made{file};
     sim::TPty pty{QStringLiteral("bank")};
     sim::TSimulatedBankTerminal terminal{pty, 2};
     QString said;

@@ -42,6 +42,8 @@ public:
     }
 
     void stop() { FProgram.terminate(); }
+    qint64 pid() const { return FProgram.processId(); }
+    bool running() const { return FProgram.state() != QProcess::NotRunning; }
 
     /// What has been printed so far.
     QString output()

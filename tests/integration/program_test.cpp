@@ -49,6 +49,7 @@ TEST(Program, ListsPorts)
 TEST(Program, APortThatIsNotThereIsExplained)
 {
     const QTemporaryDir directory;
+    const host::TDatabase made(directory.filePath(QStringLiteral("club.sqlite")));
     const TOutcome outcome =
         run({QStringLiteral("run"), QStringLiteral("--port"), QStringLiteral("/dev/no-such-port"),
              QStringLiteral("--db"), directory.filePath(QStringLiteral("club.sqlite"))});
@@ -60,6 +61,7 @@ TEST(Program, APortThatIsNotThereIsExplained)
 TEST(Program, AGateThatIsNoneIsExplained)
 {
     const QTemporaryDir directory;
+    const host::TDatabase made(directory.filePath(QStringLiteral("club.sqlite")));
     const TOutcome outcome = run({QStringLiteral("run"), QStringLiteral("--port"), QStringLiteral("x"),
                                   QStringLiteral("--db"), directory.filePath(QStringLiteral("club.sqlite")),
                                   QStringLiteral("--gates"), QStringLiteral("up")});
@@ -71,6 +73,7 @@ TEST(Program, RunsGatesUntilItIsStopped)
 {
     const QTemporaryDir directory;
     const QString file = directory.filePath(QStringLiteral("club.sqlite"));
+    host::TDatabase club(file);
     sim::TPty pty(QStringLiteral("gates"));
     sim::TClassicLine gates(pty);
     gates.addController(QStringLiteral("01A"));
@@ -88,7 +91,6 @@ TEST(Program, RunsGatesUntilItIsStopped)
     EXPECT_TRUE(outcome.output.contains(QStringLiteral("01A  card (12345678)  refused: unknown card")))
         << qPrintable(outcome.output);
 
-    host::TDatabase club(file);
     const auto rows = club.passesAfter(0, 10);
     ASSERT_EQ(rows.size(), 1);
     EXPECT_EQ(rows[0].refusal, host::TRefusal::UnknownCard);

@@ -104,8 +104,10 @@ TEST(ScalesProgram, TellsWhyThereIsNoWeight)
     EXPECT_TRUE(silent.complaints().contains(QStringLiteral("does not answer")));
     EXPECT_FALSE(silent.complaints().contains(QStringLiteral("platform is empty")));
 
+    scale.setAnswering(true);
+    scale.put(250);
     TRun unplugged(weigh(pty, 5, {QStringLiteral("--watch")}));
-    ASSERT_TRUE(eventually([&] { return pty.opened(); }));
+    ASSERT_TRUE(unplugged.says(QStringLiteral(" 250\n"))); // the device is open for good
     pty.unplug();
     EXPECT_EQ(unplugged.exitCode(), 1);
     EXPECT_TRUE(unplugged.complaints().contains(QStringLiteral("went away")));
@@ -118,6 +120,23 @@ TEST(ScalesProgram, TellsWhyThereIsNoWeight)
     }
     TRun noFamily(weigh(pty, none));
     EXPECT_NE(noFamily.exitCode(), 0);
+}
+
+TEST(ScalesProgram, WaitsForAPort)
+{
+    sim::TPty pty(QStringLiteral("scale"));
+    sim::TSimulatedScale scale(pty, 5);
+    scale.put(250);
+    pty.unplug();
+    TRun failed(weigh(pty, 5, {QStringLiteral("--json")}));
+    EXPECT_EQ(failed.exitCode(), 1);
+    EXPECT_TRUE(failed.output().startsWith(QStringLiteral("{\"error\":\"Cannot open port ")))
+        << qPrintable(failed.output());
+    TRun run(weigh(pty, 5, {QStringLiteral("--wait")}));
+    ASSERT_TRUE(run.says(QStringLiteral("There is no device")));
+    pty.plug();
+    EXPECT_EQ(run.exitCode(), 0);
+    EXPECT_EQ(run.output(), QStringLiteral("250\n"));
 }
 
 TEST(ScalesProgram, TellsOneReasonWhyThereIsNoWeight)

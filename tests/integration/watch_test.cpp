@@ -135,5 +135,119 @@ TEST_F(Watch, WhatCannotBeDoneIsTold)
     EXPECT_TRUE(noProtocol.complaints().contains(QStringLiteral("{bus,turnstile,scales:1,")));
 }
 
+TEST_F(Watch, RecordingsAreNotOverwrittenAndFailuresEndIt)
+{
+    sim::TPty pty(QStringLiteral("boards"));
+    const QStringList watching = {QStringLiteral("watch"), pty.path(), QStringLiteral("--as"),
+                                  QStringLiteral("bus"), QStringLiteral("--record")};
+    const QString mine = file("mine.rec", "mine");
+    TRun refused(watching + QStringList{mine});
+    EXPECT_EQ(refused.exitCode(), 1);
+    EXPECT_EQ(refused.complaints(),
+              QStringLiteral("tnv5: %1: the file is there already; --force overwrites it\n").arg(mine));
+    EXPECT_EQ(QFile(mine).size(), 4);
+
+    TRun full(watching + QStringList{QStringLiteral("/dev/full"), QStringLiteral("--force")});
+    EXPECT_EQ(full.exitCode(), 1);
+    EXPECT_EQ(full.complaints(),
+              QStringLiteral("tnv5: /dev/full: the recording cannot be written: No space left on device\n"));
+}
+
+TEST_F(Watch, RotatedRecordingsPlayAsOneAndInPart)
+{
+    sim::TPty pty(QStringLiteral("boards"));
+    const QString recording = file("bus.rec");
+    TRun watch({QStringLiteral("watch"), pty.path(), QStringLiteral("--as"), QStringLiteral("bus"),
+                QStringLiteral("--record"), recording, QStringLiteral("--rotate"), QStringLiteral("100")});
+    ASSERT_TRUE(watch.says(QStringLiteral("Listening to")));
+    ASSERT_TRUE(eventually([&] { return pty.opened(); }));
+    for (int each = 0; each < 10; ++each) {
+        pty.write("$000APING26\r");
+        ASSERT_TRUE(
+            eventually([&] { return watch.output().count(QStringLiteral("board 000A pings")) == each + 1; }));
+    }
+    watch.stop();
+    EXPECT_EQ(watch.exitCode(), 0);
+    EXPECT_TRUE(QFile::exists(recording + QStringLiteral(".2")));
+    QStringList files = {recording};
+    for (int number = 2; QFile::exists(QStringLiteral("%1.%2").arg(recording).arg(number)); ++number) {
+        files << QStringLiteral("%1.%2").arg(recording).arg(number);
+    }
+    TRun replay(QStringList{QStringLiteral("replay"), QStringLiteral("--as"), QStringLiteral("bus"),
+                            QStringLiteral("--speed"), QStringLiteral("0")} +
+                files);
+    EXPECT_EQ(replay.exitCode(), 0);
+    EXPECT_EQ(replay.output().count(QStringLiteral("routes  #0.0.0.0:000APING22")), 10);
+
+    const QString gate = file("gate.rec", kCardRecording);
+    TRun cut({QStringLiteral("replay"), gate, QStringLiteral("--as"), QStringLiteral("turnstile"),
+              QStringLiteral("--speed"), QStringLiteral("0"), QStringLiteral("--from"), QStringLiteral("0"),
+              QStringLiteral("--to"), QStringLiteral("0.5")});
+    EXPECT_EQ(cut.exitCode(), 0);
+    EXPECT_TRUE(cut.output().contains(QStringLiteral("sends   $01A10366\\r")));
+    EXPECT_FALSE(cut.output().contains(QStringLiteral("FINISH")));
+    TRun wrong({QStringLiteral("replay"), gate, QStringLiteral("--pty"), QStringLiteral("--from"),
+                QStringLiteral("noon")});
+    EXPECT_EQ(wrong.exitCode(), 1);
+    EXPECT_EQ(wrong.complaints(),
+              QStringLiteral("tnv5: \"noon\" is no time of a recording; write it like 90, 1:30 or "
+                             "1:02:03.5\n"));
+}
+
+TEST_F(Watch, WaitsForAPortThatComesAndGoes)
+{
+    sim::TPty pty(QStringLiteral("boards"));
+    pty.unplug();
+    const QStringList watching = {QStringLiteral("watch"), pty.path(), QStringLiteral("--as"),
+                                  QStringLiteral("bus")};
+    TRun watch(watching + QStringList{QStringLiteral("--wait"), QStringLiteral("--record"), file("bus.rec")});
+    ASSERT_TRUE(watch.says(QStringLiteral("There is no device ") + pty.path()));
+    for (int time = 1; time <= 2; ++time) {
+        pty.plug();
+        ASSERT_TRUE(eventually([&] { return watch.output().count(QStringLiteral("Listening to")) == time; }));
+        ASSERT_TRUE(eventually([&] {
+            pty.write("$000APING26\r");
+            return watch.output().count(QStringLiteral("board 000A pings")) >= time;
+        }));
+        pty.unplug();
+        ASSERT_TRUE(
+            eventually([&] { return watch.complaints().count(QStringLiteral("went away")) == time; }));
+    }
+    watch.stop();
+    EXPECT_EQ(watch.exitCode(), 0);
+    EXPECT_GE(tools::readRecording(file("bus.rec")).size(), 2);
+    TRun noRate(watching +
+                QStringList{QStringLiteral("--wait"), QStringLiteral("--baud"), QStringLiteral("0")});
+    EXPECT_EQ(noRate.exitCode(), 1);
+}
+
+TEST_F(Watch, ADeviceHasOneUserWhateverItsName)
+{
+    sim::TPty pty(QStringLiteral("boards"));
+    const QString link = file("other-name");
+    ASSERT_TRUE(QFile::link(pty.path(), link));
+    TRun first({QStringLiteral("watch"), pty.path(), QStringLiteral("--as"), QStringLiteral("bus")});
+    ASSERT_TRUE(first.says(QStringLiteral("Listening to")));
+    TRun second({QStringLiteral("watch"), link, QStringLiteral("--as"), QStringLiteral("bus"),
+                 QStringLiteral("--baud"), QStringLiteral("1200")});
+    EXPECT_EQ(second.exitCode(), 1);
+    const QString said = second.complaints();
+    EXPECT_TRUE(said.startsWith(link + QStringLiteral(" is held by another program:\n  tnv5 (process ")))
+        << qPrintable(said);
+    EXPECT_TRUE(
+        said.endsWith(QStringLiteral("tnv5: Cannot open port %1: another program has it open\n").arg(link)))
+        << qPrintable(said);
+    EXPECT_FALSE(said.contains(QStringLiteral("kill")));
+
+    TRun noRate({QStringLiteral("watch"), link, QStringLiteral("--as"), QStringLiteral("bus"),
+                 QStringLiteral("--baud"), QStringLiteral("0")});
+    EXPECT_EQ(noRate.exitCode(), 1);
+    EXPECT_TRUE(noRate.complaints().contains(QStringLiteral("there is no rate of 0 baud")))
+        << qPrintable(noRate.complaints());
+    EXPECT_FALSE(noRate.complaints().contains(QStringLiteral("held"))) << qPrintable(noRate.complaints());
+    first.stop();
+    EXPECT_EQ(first.exitCode(), 0);
+}
+
 } // namespace
 } // namespace tnv5::integration

@@ -5,6 +5,8 @@
 #include "tnv5/platform/com_data_packet.h"
 
 #include <QCoreApplication>
+#include <QFile>
+#include <QTemporaryDir>
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <pty.h>
@@ -123,6 +125,49 @@ TEST_F(SerialPortTest, AMissingDeviceSaysSo)
         EXPECT_TRUE(error.message().startsWith(QStringLiteral("Cannot open port /dev/no-such-port: ")));
     }
     EXPECT_FALSE(port.Connected());
+}
+
+TEST_F(SerialPortTest, ADeviceIsOpenedOnceWhateverItsName)
+{
+    const QTemporaryDir folder;
+    const QString link = folder.filePath(QStringLiteral("gates"));
+    ASSERT_TRUE(QFile::link(port.Port(), link));
+    port.Open();
+    TSerialPort other;
+    for (const QString& name : {port.Port(), link}) {
+        other.SetPort(name);
+        other.SetBaudRate(1200);
+        try {
+            other.Open();
+            ADD_FAILURE() << "opened as " << name.toStdString();
+        } catch (const EComPort& error) {
+            EXPECT_EQ(error.osError(), EBUSY);
+            EXPECT_EQ(error.message(),
+                      QStringLiteral("Cannot open port %1: another program has it open").arg(name));
+        }
+    }
+    termios now{};
+    ASSERT_EQ(tcgetattr(slave, &now), 0);
+    EXPECT_NE(cfgetospeed(&now), static_cast<speed_t>(B1200)) << "the holder's settings are not touched";
+    port.Close();
+    other.Open();
+    EXPECT_TRUE(other.Connected());
+}
+
+TEST_F(SerialPortTest, ARateThatDoesNotExistSaysSo)
+{
+    port.SetBaudRate(0);
+    try {
+        port.Open();
+        FAIL() << "opened";
+    } catch (const EComPort& error) {
+        EXPECT_EQ(error.osError(), EINVAL);
+        EXPECT_EQ(error.message(),
+                  QStringLiteral("Cannot open port %1: there is no rate of 0 baud").arg(port.Port()));
+    }
+    port.SetBaudRate(9600);
+    port.Open();
+    EXPECT_TRUE(port.Connected()) << "nothing is left held";
 }
 
 TEST_F(SerialPortTest, APortThatGoesAwayClosesAndReports)

@@ -74,9 +74,34 @@ TEST(Player, AtOnceWithTheTimeThatWasRecorded)
     const qint64 start = clock.nowMs();
     QList<qint64> times;
     playAtOnce(
-        kEntries, [&](qint64 ms) { clock.advance(ms); },
+        entriesOf(kEntries), [&](qint64 ms) { clock.advance(ms); },
         [&](const QByteArray&) { times << clock.nowMs() - start; });
     EXPECT_EQ(times, QList<qint64>({0, 2'000, 2'000}));
+}
+
+TEST(Player, ARecordingThatBreaksOffIsToldAndEnds)
+{
+    testkit::TManualClock clock;
+    int left = 2;
+    TPlayer player(
+        [&left]() -> std::optional<TEntry> {
+            if (left-- == 0) {
+                throw ERecording(QStringLiteral("line 4: broken"));
+            }
+            return TEntry{1'000, TDirection::FromEquipment, "x"};
+        },
+        1);
+    QByteArray said;
+    QStringList troubles;
+    int ends = 0;
+    player.OnBytes = [&](const QByteArray& bytes) { said += bytes; };
+    player.OnTrouble = [&](const QString& why) { troubles << why; };
+    player.OnEnd = [&] { ++ends; };
+    player.start();
+    clock.advance(1'000);
+    EXPECT_EQ(said, "xx");
+    EXPECT_EQ(troubles, QStringList({QStringLiteral("line 4: broken")}));
+    EXPECT_EQ(ends, 1);
 }
 
 } // namespace tnv5::tools

@@ -3,9 +3,13 @@
 
 #include <QBuffer>
 #include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QTemporaryFile>
+#include <csignal>
 #include <gtest/gtest.h>
 #include <random>
+#include <sys/resource.h>
 
 namespace tnv5::tools {
 
@@ -157,6 +161,191 @@ TEST(Recording, FilesNameThemselvesInErrors)
     } catch (const ERecording& error) {
         EXPECT_TRUE(error.message().startsWith(file.fileName() + QStringLiteral(": line 1: ")));
     }
+}
+
+namespace {
+
+QStringList shown(const TEntrySource& source)
+{
+    QStringList entries;
+    while (const auto entry = source()) {
+        entries << QString::fromLatin1(formatEntry(*entry));
+    }
+    return entries;
+}
+
+QList<TEntry> atSeconds(std::initializer_list<int> seconds)
+{
+    QList<TEntry> entries;
+    int before = 0;
+    for (const int second : seconds) {
+        entries.append({(second - before) * 1'000'000LL, TDirection::Unknown, QByteArray::number(second)});
+        before = second;
+    }
+    return entries;
+}
+
+} // namespace
+
+TEST(RecordingPart, FromAndTo)
+{
+    const auto cut = [](qint64 from, qint64 to) {
+        return shown(part(entriesOf(atSeconds({0, 1, 3, 3, 6})), from * 1'000'000, to * 1'000'000));
+    };
+    EXPECT_EQ(cut(0, -1).size(), 5);
+    EXPECT_EQ(cut(1, 3), QStringList({QStringLiteral("+0.000000 ? 1"), QStringLiteral("+2.000000 ? 3"),
+                                      QStringLiteral("+0.000000 ? 3")}));
+    EXPECT_EQ(cut(2, -1), QStringList({QStringLiteral("+1.000000 ? 3"), QStringLiteral("+0.000000 ? 3"),
+                                       QStringLiteral("+3.000000 ? 6")}));
+    EXPECT_EQ(cut(0, 0), QStringList({QStringLiteral("+0.000000 ? 0")}));
+    EXPECT_EQ(cut(7, -1), QStringList());
+    EXPECT_EQ(cut(4, 5), QStringList());
+}
+
+class TRecordingFiles : public ::testing::Test
+{
+protected:
+    QString write(const char* name, const QByteArray& text)
+    {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+        return file.fileName();
+    }
+    QString path(const char* name) const { return folder.filePath(QString::fromLatin1(name)); }
+    QStringList read(const QStringList& files)
+    {
+        TRecordingReader reader(files);
+        return shown([&] { return reader.next(); });
+    }
+    QString failure(const QStringList& files)
+    {
+        try {
+            read(files);
+        } catch (const ERecording& error) {
+            return error.message();
+        }
+        return {};
+    }
+
+    QTemporaryDir folder;
+};
+
+TEST_F(TRecordingFiles, SeveralAreReadAsOne)
+{
+    const QString one = write("a", recording("# x\n+0.000000 < a\n\n+1.000000 < b\r\n"));
+    const QString empty = write("empty", recording({}));
+    const QString two = write("b", recording("+2.000000 < c"));
+    EXPECT_EQ(read({one, empty, two}),
+              QStringList({QStringLiteral("+0.000000 < a"), QStringLiteral("+1.000000 < b"),
+                           QStringLiteral("+2.000000 < c")}));
+}
+
+TEST_F(TRecordingFiles, WhatIsWrongAndWhere)
+{
+    const QString good = write("good", recording("+0.000000 < a\n"));
+    const QString bad = write("bad", recording("+0.000000 < a\nnonsense\n"));
+    EXPECT_TRUE(failure({good, bad}).startsWith(bad + QStringLiteral(": line 3: ")))
+        << qPrintable(failure({bad}));
+    EXPECT_TRUE(failure({write("none", "x\n")})
+                    .startsWith(path("none") + QStringLiteral(": line 1: this is no recording")));
+    EXPECT_EQ(failure({path("gone")}), path("gone") + QStringLiteral(": No such file or directory"));
+    EXPECT_EQ(failure({write("long", recording("+0.000000 < " + QByteArray(2'000'000, 'x')))}),
+              path("long") + QStringLiteral(": line 2: the line is longer than a mebibyte"));
+}
+
+TEST_F(TRecordingFiles, MoreThanFitsIntoMemoryAtOnceIsRead)
+{
+    const QByteArray entry = "+0.000001 < " + QByteArray(990, 'x') + '\n';
+    QFile file(path("big"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(kRecordingHeader + '\n');
+    const int count = int(kMaxRecording / entry.size()) + 10;
+    for (int each = 0; each < count; ++each) {
+        file.write(entry);
+    }
+    file.close();
+    TRecordingReader reader({file.fileName()});
+    int read = 0;
+    while (reader.next()) {
+        ++read;
+    }
+    EXPECT_EQ(read, count);
+}
+
+TEST_F(TRecordingFiles, NothingIsOverwritten)
+{
+    const QString name = write("gate.rec", "mine");
+    try {
+        const TRecordFile file(name, {}, false, 0);
+        FAIL();
+    } catch (const ERecording& error) {
+        EXPECT_EQ(error.message(),
+                  name + QStringLiteral(": the file is there already; --force overwrites it"));
+    }
+    EXPECT_EQ(QFile(name).size(), 4);
+    {
+        TRecordFile file(name, QStringLiteral("x"), true, 0);
+        file.add(TDirection::FromEquipment, "a");
+    }
+    EXPECT_EQ(read({name}).size(), 1);
+}
+
+TEST_F(TRecordingFiles, RotatedFilesAreWholeAndTakeNobodysPlace)
+{
+    write("gate.rec.2", "mine");
+    {
+        TRecordFile file(path("gate.rec"), QStringLiteral("x"), false, 40);
+        for (int each = 0; each < 5; ++each) {
+            file.add(TDirection::FromEquipment, QByteArray::number(each));
+        }
+    }
+    EXPECT_EQ(QFile(path("gate.rec.2")).size(), 4);
+    QStringList names = {path("gate.rec"), path("gate.rec.3"), path("gate.rec.4")};
+    QStringList bytes;
+    for (const QString& each : read(names)) {
+        bytes << each.section(u' ', 2);
+    }
+    EXPECT_EQ(bytes.join(u' '), QStringLiteral("0 1 2 3 4"));
+    for (const QString& each : names) {
+        EXPECT_LT(QFile(each).size(), 40 + 20) << qPrintable(each);
+        EXPECT_GE(read({each}).size(), 1);
+    }
+    EXPECT_FALSE(QFile::exists(path("gate.rec.5")));
+}
+
+TEST_F(TRecordingFiles, AFullDiskIsToldWithTheName)
+{
+    try {
+        TRecordFile file(QStringLiteral("/dev/full"), {}, true, 0);
+        FAIL();
+    } catch (const ERecording& error) {
+        EXPECT_EQ(error.message(),
+                  QStringLiteral("/dev/full: the recording cannot be written: No space left on device"));
+    }
+}
+
+TEST_F(TRecordingFiles, HalfAnEntryIsTakenBack)
+{
+    struct rlimit before = {};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    struct rlimit small = before;
+    small.rlim_cur = 100;
+    const auto old = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    QString why;
+    try {
+        TRecordFile file(path("gate.rec"), QStringLiteral("x"), false, 0);
+        for (int each = 0; each < 100; ++each) {
+            file.add(TDirection::FromEquipment, "0123456789");
+        }
+    } catch (const ERecording& error) {
+        why = error.message();
+    }
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, old);
+    EXPECT_EQ(why, path("gate.rec") + QStringLiteral(": the recording cannot be written: File too large"));
+    EXPECT_EQ(read({path("gate.rec")}).size(), 3);
 }
 
 TEST(Recorder, WritesWhatCanBeRead)

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "tnv5/host/book_table.h"
+#include "tnv5/host/database.h"
+
+#include <string>
+
+namespace CLI {
+class App;
+class Option;
+} // namespace CLI
+
+namespace tnv5::cli {
+
+/// Adds the option that names the club's database, in all commands the same: --db FILE, or else the
+/// environment's TNV5_DB.
+CLI::Option* addDatabaseOption(CLI::App& command, std::string& file);
+
+/// The file that was named. @throws platform::Exception when none was
+QString databaseFile(const std::string& file);
+
+/// How a command shows a table: for people, or as --json or --csv.
+struct TShowOptions
+{
+    bool json = false;
+    bool csv = false;
+
+    host::TTableFormat format() const;
+};
+void addShowOptions(CLI::App& command, TShowOptions& options);
+
+/// Writes a line to standard output as it is when it is data, and harmless when it is for people.
+/// @throws platform::Exception when it cannot be written
+void writeLine(const QString& line, host::TTableFormat format);
+
+/// Shows a whole table.
+void showTable(const host::TBookTable& table, host::TTableFormat format);
+
+/// Runs a command that may promise JSON: its failure is an object {"error": "..."} on standard output then,
+/// too.
+int runJson(bool json, const std::function<int()>& body);
+
+} // namespace tnv5::cli

@@ -1,0 +1,134 @@
+#include "books_fixture.h"
+#include "tnv5/host/books_care.h"
+
+#include <QFileInfo>
+
+namespace tnv5::host {
+namespace {
+
+class TBooksCareTest : public TBooksFixture
+{
+protected:
+    void fill()
+    {
+        elsewhere([&](QSqlDatabase& other) {
+            for (const char* sql :
+                 {"INSERT INTO member (id, name, inside) VALUES (1, 'Anna', 1), (2, 'Boris', 0)",
+                  "INSERT INTO pass (began, ended, card, member, gate, result, ending) VALUES"
+                  " ('2020-01-01 10:00:00.000', 'x', '1', 1, '01A', 'opened', 'passed'),"
+                  " ('2020-01-02 10:00:00.000', 'x', '1', 1, '01A', 'opened', 'passed')," // she came in by
+                                                                                          // this one
+                  " ('2020-01-03 10:00:00.000', 'x', '2', 2, '01A', 'opened', 'passed'),"
+                  " ('2020-01-04 10:00:00.000', '', '2', 2, '01A', 'opened', ''),"
+                  " ('2020-01-05 10:00:00.000', '', '2', 2, '01A', 'refused', ''),"
+                  " ('2026-01-05 10:00:00.000', 'x', '2', 2, '01A', 'opened', 'passed'),"
+                  " ('2020-01-06 10:00:00.000', 'x', '2', 2, '01A', 'opened', 'passed')",
+                  "INSERT INTO outage (line, began, ended) VALUES ('n', '2020', '2020'), ('n', '2020', ''),"
+                  " ('n', '2020', '2020')",
+                  "INSERT INTO sale (sold, card, member, product, cents_per_kg, grams, cents) VALUES"
+                  " ('2020', '1', 1, 'tea', 1, 1, 1), ('2026', '1', 1, 'tea', 1, 1, 1)",
+                  "INSERT INTO lamp_time (ordered, lamp, card, minutes, cents, ending) VALUES"
+                  " ('2020', 'S', '1', 1, 1, 'over'), ('2020', 'S', '1', 1, 1, ''), ('2026', 'S', '1', 1, 1, "
+                  "'over')",
+                  "INSERT INTO payment (began, cents, outcome) VALUES ('2020', 1, 'approved'), ('2020', 1, "
+                  "''),"
+                  " ('2026', 1, 'unknown')"}) {
+                execute(other, QString::fromLatin1(sql));
+            }
+        });
+    }
+
+    QStringList ids(const char* table)
+    {
+        TStatement statement(club.connection(),
+                             QStringLiteral("SELECT id FROM %1 ORDER BY id").arg(QLatin1String(table)));
+        return statement.run().all([](const TRows& row) { return row.value(0).toString(); });
+    }
+
+    const platform::TDateTime before = toDateTime(QStringLiteral("2023-01-05 12:00:00.000"));
+    const QString target = FDirectory.filePath(QStringLiteral("backup.sqlite"));
+};
+
+TEST_F(TBooksCareTest, OldRowsGoAndWhatMattersStays)
+{
+    fill();
+    struct TCase
+    {
+        TPruned what;
+        const char* table;
+        int goes;
+        QString stay;
+    };
+    for (const TCase& each : {TCase{TPruned::Passes, "pass", 3, QStringLiteral("2 4 6 7")},
+                              TCase{TPruned::Outages, "outage", 1, QStringLiteral("2 3")},
+                              TCase{TPruned::Sales, "sale", 1, QStringLiteral("2")},
+                              TCase{TPruned::LampTimes, "lamp_time", 1, QStringLiteral("2 3")},
+                              TCase{TPruned::Payments, "payment", 1, QStringLiteral("2 3")}}) {
+        EXPECT_EQ(countPrunable(club, each.what, before), each.goes) << each.table;
+        EXPECT_EQ(prune(club, each.what, before, 1), 1) << each.table;
+        EXPECT_EQ(prune(club, each.what, before, 1'000), each.goes - 1) << each.table;
+        EXPECT_EQ(prune(club, each.what, before, 1'000), 0) << each.table;
+        EXPECT_EQ(ids(each.table).join(u' '), each.stay) << each.table;
+        EXPECT_EQ(toPruned(toText(each.what)), each.what);
+    }
+    EXPECT_EQ(toPruned(QStringLiteral("members")), std::nullopt);
+}
+
+TEST_F(TBooksCareTest, ABackupIsAWholeDatabase)
+{
+    books.addMember({.name = kAnna});
+    QFile::setPermissions(FFile, QFile::ReadOwner | QFile::WriteOwner);
+    whileLocked([&] { backUp(club, target, false); }); // while another program writes
+    TDatabase copy(target, TOpening::Existing);
+    EXPECT_EQ(linesOf(TBooks(copy).members()), linesOf(books.members()));
+    EXPECT_EQ(QFile::permissions(target), QFile::permissions(FFile));
+    EXPECT_EQ(QFileInfo(target).absoluteDir().entryList({QStringLiteral("*part*")}), QStringList());
+}
+
+TEST_F(TBooksCareTest, ABackupTakesNobodysPlaceByAccident)
+{
+    QFile file(target);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("mine");
+    file.close();
+    EXPECT_EQ(refusal([&] { backUp(club, target, false); }),
+              target + QStringLiteral(": the file is there already; --force takes its place"));
+    EXPECT_EQ(QFile(target).size(), 4);
+    backUp(club, target, true);
+    EXPECT_EQ(refusal([&] { TDatabase(target, TOpening::Existing); }), QString());
+}
+
+TEST_F(TBooksCareTest, NeverTheDatabaseItself)
+{
+    const QString link = FDirectory.filePath(QStringLiteral("link.sqlite"));
+    ASSERT_TRUE(QFile::link(FFile, link));
+    for (const QString& name : {FFile, link}) {
+        EXPECT_EQ(refusal([&] { backUp(club, name, true); }),
+                  name + QStringLiteral(": this is the database itself"));
+    }
+}
+
+TEST_F(TBooksCareTest, ABackupThatFailsLeavesNothing)
+{
+    const QString nowhere = FDirectory.filePath(QStringLiteral("no/such/backup.sqlite"));
+    EXPECT_TRUE(refusal([&] { backUp(club, nowhere, false); }).startsWith(nowhere + QStringLiteral(": ")));
+    const QDir directory(FDirectory.path());
+    EXPECT_FALSE(directory.exists(QStringLiteral("no")));
+}
+
+TEST_F(TBooksCareTest, AFileThatIsReplacedIsNoticed)
+{
+    EXPECT_EQ(club.misplaced(), QString());
+    const QString away = FFile + QStringLiteral(".away");
+    ASSERT_TRUE(QFile::rename(FFile, away));
+    EXPECT_TRUE(club.misplaced().startsWith(QStringLiteral("the database %1 was deleted").arg(FFile)));
+    ASSERT_TRUE(QFile::copy(away, FFile));
+    EXPECT_TRUE(club.misplaced().startsWith(QStringLiteral("the database %1 was replaced").arg(FFile)));
+    ASSERT_TRUE(QFile::remove(FFile));
+    ASSERT_TRUE(QFile::rename(away, FFile));
+    EXPECT_EQ(club.misplaced(), QString());
+    EXPECT_EQ(TDatabase(QStringLiteral(":memory:")).misplaced(), QString());
+}
+
+} // namespace
+} // namespace tnv5::host

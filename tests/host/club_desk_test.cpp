@@ -1,0 +1,120 @@
+#include "club_fixture.h"
+#include "tnv5/common/messages.h"
+#include "tnv5/host/club_desk.h"
+#include "tnv5/testing/manual_clock.h"
+
+namespace tnv5::host {
+namespace {
+
+class TClubDeskTest : public TClubFixture
+{
+protected:
+    static const inline QString kGate = QStringLiteral("01A");
+
+    TPass openByHand(const QString& gate = kGate) { return desk.decideNew(gate, common::kCardManual); }
+    QStringList outages()
+    {
+        QStringList lines;
+        for (const TOutage& outage : club.outagesAfter(0, 100)) {
+            lines.append(outage.line + u' ' + toText(outage.began).mid(11) + u' ' +
+                         toText(outage.ended).mid(11) + u' ' + outage.why);
+        }
+        return lines;
+    }
+
+    testkit::TManualClock clock;
+    TClubDesk desk{club};
+};
+
+TEST_F(TClubDeskTest, AnOpeningByHandIsSigned)
+{
+    desk.expectByHand(kGate, QStringLiteral("anna"), QStringLiteral("a pram"));
+    const TPass pass = openByHand();
+    EXPECT_EQ(pass.who, QStringLiteral("anna"));
+    EXPECT_EQ(pass.note, QStringLiteral("a pram"));
+    EXPECT_TRUE(logLine(pass).endsWith(QStringLiteral("  01A  opened by hand by anna (a pram)  opened")))
+        << qPrintable(logLine(pass));
+    desk.endPass(kGate, common::kCardManual, TEnding::Passed);
+    desk.close();
+    ASSERT_EQ(journal().size(), 1);
+    EXPECT_EQ(journal()[0].who, QStringLiteral("anna"));
+    EXPECT_EQ(journal()[0].note, QStringLiteral("a pram"));
+    EXPECT_EQ(journal()[0].ending, TEnding::Passed);
+}
+
+TEST_F(TClubDeskTest, OnlyTheNextOneAtThatGate)
+{
+    desk.expectByHand(kGate, QStringLiteral("anna"), QStringLiteral("a pram"));
+    EXPECT_EQ(openByHand(QStringLiteral("02A")).who, QString());
+    EXPECT_EQ(desk.decideNew(kGate, common::kCardButton).who, QString());
+    EXPECT_EQ(openByHand().who, QStringLiteral("anna"));
+    EXPECT_EQ(openByHand().who, QString());
+    EXPECT_TRUE(logLine(openByHand()).endsWith(QStringLiteral("  opened by hand  opened")));
+}
+
+TEST_F(TClubDeskTest, WhatWasAskedForLongAgoDoesNotCount)
+{
+    desk.expectByHand(kGate, QStringLiteral("anna"), QStringLiteral("a pram"));
+    clock.advance(TClubDesk::kByHandMs);
+    EXPECT_EQ(openByHand().who, QStringLiteral("anna"));
+    desk.expectByHand(kGate, QStringLiteral("anna"), QStringLiteral("a pram"));
+    clock.advance(TClubDesk::kByHandMs + 1);
+    EXPECT_EQ(openByHand().who, QString());
+}
+
+TEST_F(TClubDeskTest, AnOpeningThatEndsWithoutAQuestionIsSigned)
+{
+    desk.expectByHand(kGate, QStringLiteral("anna"), QStringLiteral("a pram"));
+    desk.endPass(kGate, common::kCardManual, TEnding::Unanswered);
+    desk.close();
+    EXPECT_EQ(journal()[0].who, QStringLiteral("anna"));
+}
+
+TEST_F(TClubDeskTest, OutagesOfALine)
+{
+    desk.lineBack(QStringLiteral("north"));
+    desk.lineLost(QStringLiteral("north"), QStringLiteral("unplugged"));
+    desk.lineLost(QStringLiteral("north"), QStringLiteral("still unplugged"));
+    clock.advance(1'000);
+    EXPECT_EQ(outages(), QStringList({QStringLiteral("north 12:00:00.000  unplugged")}));
+    desk.lineBack(QStringLiteral("north"));
+    desk.lineBack(QStringLiteral("north"));
+    desk.lineLost(QStringLiteral("north"), QStringLiteral("again"));
+    clock.advance(1'000);
+    desk.close();
+    EXPECT_EQ(outages(), QStringList({QStringLiteral("north 12:00:00.000 12:00:01.000 unplugged"),
+                                      QStringLiteral("north 12:00:01.000 12:00:02.000 again")}));
+}
+
+TEST_F(TClubDeskTest, AnOutageWaitsForALockedDatabase)
+{
+    whileLocked([&] {
+        desk.lineLost(QStringLiteral("north"), QStringLiteral("unplugged"));
+        clock.advance(1'000);
+    });
+    EXPECT_TRUE(outages().isEmpty());
+    clock.advance(10'000);
+    EXPECT_EQ(outages(), QStringList({QStringLiteral("north 12:00:00.000  unplugged")}));
+}
+
+TEST_F(TClubDeskTest, ADatabaseThatGoesAwayIsToldOnce)
+{
+    QStringList troubles;
+    desk.OnTrouble = [&](const QString& text) { troubles.append(text); };
+    clock.advance(60'000);
+    EXPECT_EQ(troubles, QStringList());
+    const QString away = FFile + QStringLiteral(".away");
+    ASSERT_TRUE(QFile::rename(FFile, away));
+    clock.advance(TClubDesk::kFileMs + 10);
+    ASSERT_EQ(troubles.size(), 1);
+    EXPECT_TRUE(troubles[0].startsWith(QStringLiteral("the database %1 was deleted").arg(FFile)));
+    clock.advance(60'000);
+    EXPECT_EQ(troubles.size(), 1);
+    ASSERT_TRUE(QFile::rename(away, FFile));
+    clock.advance(TClubDesk::kFileMs + 10);
+    ASSERT_EQ(troubles.size(), 2);
+    EXPECT_EQ(troubles[1], QStringLiteral("the database %1 is in its place again").arg(FFile));
+}
+
+} // namespace
+} // namespace tnv5::host

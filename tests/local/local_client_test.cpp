@@ -1,0 +1,259 @@
+#include "local_fixture.h"
+
+#include "tnv5/host/local_client.h"
+#include "tnv5/platform/errors.h"
+
+#include <QLocalServer>
+#include <thread>
+
+using namespace tnv5;
+using namespace tnv5::tests;
+
+namespace {
+
+class LocalClient : public LocalServer
+{
+protected:
+    LocalClient()
+    {
+        client->OnConnected = [this] { trace << QStringLiteral("connected"); };
+        client->OnLost = [this](const QString& why) {
+            trace << QStringLiteral("lost");
+            FWhy = why;
+        };
+        client->OnEvent = [this](const QJsonObject& event) {
+            trace << event.value(u"event").toString();
+            last = event;
+        };
+    }
+    bool sees(const char* line)
+    {
+        return eventually([&] { return trace.contains(QLatin1String(line)); });
+    }
+
+    QStringList trace;
+    QJsonObject last;
+    QString FWhy;
+    std::unique_ptr<host::TLocalClient> client = std::make_unique<host::TLocalClient>(path());
+};
+
+TEST_F(LocalClient, WatchesTheClub)
+{
+    client->start();
+    EXPECT_EQ(trace, QStringList()); // nothing before the event loop runs
+    ASSERT_TRUE(sees("state"));
+    EXPECT_EQ(trace, QStringList({QStringLiteral("connected"), QStringLiteral("state")}));
+    EXPECT_TRUE(client->connected());
+    server->tell(json(R"({"event":"line","text":"hello"})"));
+    ASSERT_TRUE(sees("line"));
+    EXPECT_EQ(text(last), R"({"event":"line","text":"hello"})");
+}
+
+TEST_F(LocalClient, AsksAndIsAnswered)
+{
+    client->start();
+    ASSERT_TRUE(sees("connected"));
+    QStringList answers;
+    for (const char* gate : {"01A", "02A"}) {
+        client->ask({{QStringLiteral("do"), QStringLiteral("open")},
+                     {QStringLiteral("gate"), QLatin1String(gate)},
+                     {QStringLiteral("reason"), QStringLiteral("pram")}},
+                    [&, gate](const QJsonObject& answer) {
+                        answers << QString::fromLatin1(gate) + (answer.value(u"ok").toBool() ? u'+' : u'-');
+                    });
+    }
+    ASSERT_TRUE(eventually([&] { return answers.size() == 2; }));
+    EXPECT_EQ(answers, QStringList({QStringLiteral("01A+"), QStringLiteral("02A+")}));
+}
+
+TEST_F(LocalClient, WithoutAConnectionTheAnswerSaysSo)
+{
+    server.reset();
+    QString error;
+    client->start();
+    client->ask({{QStringLiteral("do"), QStringLiteral("status")}},
+                [&](const QJsonObject& answer) { error = answer.value(u"error").toString(); });
+    EXPECT_EQ(error, QString()); // later
+    ASSERT_TRUE(eventually([&] { return !error.isEmpty(); }));
+    EXPECT_EQ(error, QStringLiteral("The connection to the host is lost."));
+}
+
+TEST_F(LocalClient, ComesBackByItself)
+{
+    client->start();
+    ASSERT_TRUE(sees("state"));
+    server.reset();
+    ASSERT_TRUE(sees("lost"));
+    EXPECT_FALSE(client->connected());
+    trace.clear();
+    server = std::make_unique<host::TLocalServer>(club, path());
+    ASSERT_TRUE(sees("state"));
+    EXPECT_TRUE(client->connected());
+}
+
+TEST_F(LocalClient, WaitsForAHostThatIsNotThereYet)
+{
+    server.reset();
+    client->start();
+    ASSERT_TRUE(sees("lost"));
+    EXPECT_EQ(FWhy, QStringLiteral("No host answers at %1: there is no such socket").arg(path()));
+    server = std::make_unique<host::TLocalServer>(club, path());
+    ASSERT_TRUE(sees("state"));
+    EXPECT_EQ(trace.count(QStringLiteral("lost")), 1); // told once, however often it tried
+}
+
+TEST_F(LocalClient, QuestionsUnderWayAreAnsweredWhenTheHostGoes)
+{
+    client->start();
+    ASSERT_TRUE(sees("connected"));
+    QString error;
+    club.OnOpen = [this] { server.reset(); };
+    client->ask({{QStringLiteral("do"), QStringLiteral("open")},
+                 {QStringLiteral("gate"), QStringLiteral("01A")},
+                 {QStringLiteral("reason"), QStringLiteral("pram")}},
+                [&](const QJsonObject& answer) { error = answer.value(u"error").toString(); });
+    ASSERT_TRUE(sees("lost"));
+    EXPECT_EQ(error, QStringLiteral("The connection to the host is lost."));
+}
+
+TEST_F(LocalClient, AHostThatSaysNothingIsLost)
+{
+    server.reset();
+    QLocalServer mute;
+    ASSERT_TRUE(mute.listen(path()));
+    client->PatienceMs = 40;
+    client->start();
+    ASSERT_TRUE(sees("lost"));
+    EXPECT_EQ(FWhy, QStringLiteral("The host at %1 has not answered for 1 seconds.").arg(path()));
+}
+
+TEST_F(LocalClient, AQuietHostIsAskedAndKept)
+{
+    client->PatienceMs = 100;
+    client->start();
+    const int asked = club.StatesAsked;
+    ASSERT_TRUE(eventually([&] { return club.StatesAsked > asked + 5; })); // each is a question
+    EXPECT_FALSE(trace.contains(QStringLiteral("lost")));
+}
+
+TEST_F(LocalClient, JunkIsNoHost)
+{
+    for (const QByteArray& junk :
+         {QByteArray("junk\n"), QByteArray("[]\n"), QByteArray("{}\n"), QByteArray(3 << 20, 'x')}) {
+        server.reset();
+        QLocalServer::removeServer(path());
+        QLocalServer other;
+        ASSERT_TRUE(other.listen(path()));
+        QObject::connect(&other, &QLocalServer::newConnection, &other,
+                         [&] { other.nextPendingConnection()->write(junk); });
+        trace.clear();
+        FWhy.clear();
+        client->start();
+        ASSERT_TRUE(sees("lost"));
+        EXPECT_EQ(FWhy, QStringLiteral("What came from %1 is not from a host.").arg(path()));
+        client->stop();
+    }
+}
+
+TEST_F(LocalClient, StoppedItIsQuiet)
+{
+    client->start();
+    ASSERT_TRUE(sees("state"));
+    trace.clear();
+    client->stop();
+    EXPECT_FALSE(client->connected());
+    EXPECT_TRUE(eventually([&] { return server->clients() == 0; }));
+    EXPECT_EQ(trace, QStringList());
+    client->start();
+    EXPECT_TRUE(sees("state"));
+}
+
+TEST_F(LocalClient, HooksMayDestroyIt)
+{
+    for (const char* where : {"connected", "state", "line", "lost", "answer"}) {
+        SCOPED_TRACE(where);
+        server = nullptr;
+        server = std::make_unique<host::TLocalServer>(club, path());
+        client = std::make_unique<host::TLocalClient>(path());
+        const auto mayEnd = [&](const char* place) {
+            if (qstrcmp(place, where) == 0) {
+                client.reset();
+            }
+        };
+        client->OnConnected = [&] {
+            host::TLocalClient& asked = *client;
+            mayEnd("connected");
+            if (client) {
+                asked.ask({{QStringLiteral("do"), QStringLiteral("reload")}},
+                          [&](const QJsonObject&) { mayEnd("answer"); });
+            }
+        };
+        client->OnEvent = [&](const QJsonObject& event) {
+            mayEnd(event.value(u"event").toString().toLatin1());
+        };
+        client->OnLost = [&](const QString&) { mayEnd("lost"); };
+        client->start();
+        int told = 0;
+        EXPECT_TRUE(eventually([&] {
+            if (client && server && client->connected()) {
+                server->tell(json(R"({"event":"line"})"));
+                if (++told == 20) {
+                    server.reset();
+                }
+            }
+            return !client;
+        }));
+    }
+}
+
+TEST_F(LocalClient, WhatAHookRaisesDoesNotEndIt)
+{
+    client->OnEvent = [this](const QJsonObject& event) {
+        trace << event.value(u"event").toString();
+        throw platform::EAbort();
+    };
+    client->start();
+    ASSERT_TRUE(sees("state"));
+    server->tell(json(R"({"event":"line"})"));
+    EXPECT_TRUE(sees("line"));
+}
+
+TEST_F(LocalServer, CommandsAskAndWait)
+{
+    QJsonObject answer;
+    bool done = false;
+    std::thread command([&] {
+        answer = host::askHost(path(), json(R"({"do":"status","id":3})"), 60'000);
+        done = true;
+    });
+    EXPECT_TRUE(eventually([&] { return done; }));
+    command.join();
+    EXPECT_EQ(text(answer), R"({"id":3,"ok":true,"state":{"club":"Riverside"}})");
+}
+
+std::string failureOf(const QString& path, int timeoutMs)
+{
+    try {
+        host::askHost(path, json(R"({"do":"status"})"), timeoutMs);
+    } catch (const platform::Exception& error) {
+        return error.message().toStdString();
+    }
+    return {};
+}
+
+TEST_F(LocalServer, ACommandWithoutAHostFails)
+{
+    const std::string mute = failureOf(path(), 1); // nobody runs the server's loop
+    EXPECT_EQ(mute, "The host at " + path().toStdString() + " has not answered for 1 seconds.");
+    server.reset();
+    EXPECT_EQ(failureOf(path(), 1'000),
+              "No host answers at " + path().toStdString() + ": there is no such socket");
+    QLocalServer other;
+    ASSERT_TRUE(other.listen(path()));
+    ASSERT_TRUE(QFile::rename(path(), path() + QStringLiteral("2"))); // so that it is not removed
+    other.close();
+    EXPECT_EQ(failureOf(path() + QStringLiteral("2"), 1'000),
+              "No host answers at " + path().toStdString() + "2: the host that listened there has ended");
+}
+
+} // namespace
