@@ -56,7 +56,7 @@ public:
           FFormat(options.show.json && options.follow ? TTableFormat::JsonLines : options.show.format()),
           FWriter(FFormat,
                   FPeople ? host::TJournalReader::columnsForPeople() : host::TJournalReader::columns(),
-                  [format = FFormat](const QString& line) { writeLine(line, format); })
+                  tableOutput(FFormat))
     {
     }
 
