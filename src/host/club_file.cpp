@@ -358,7 +358,7 @@ private:
                                                                       : QStringLiteral("3 to 5")));
         }
         for (const TLampPlan& other : FPlan.lamps) {
-            if (other.bus == plan.bus && other.lamp.board == lamp.board && other.lamp.relay == lamp.relay) {
+            if (other.lamp.board == lamp.board && other.lamp.relay == lamp.relay) { // of another bus, too
                 section.wrong("relay", QStringLiteral("relay %1 of %2 is the lamp of line %3 already")
                                            .arg(lamp.relay, lamp.board)
                                            .arg(other.at.number));

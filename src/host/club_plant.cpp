@@ -1,6 +1,7 @@
 #include "tnv5/host/club_plant.h"
 
 #include "tnv5/host/club_check.h"
+#include "tnv5/host/equipment_books.h"
 #include "tnv5/host/local_events.h"
 #include "tnv5/platform/clock.h"
 
@@ -12,11 +13,6 @@
 namespace tnv5::host {
 
 namespace {
-
-bool same(const TGate& a, const TGate& b)
-{
-    return a.address == b.address && a.zone == b.zone && a.direction == b.direction;
-}
 
 /// Whether equipment can go on as it is, but for those who watch it.
 bool goesOn(const TLinePlan& before, const TLinePlan& now)
@@ -118,17 +114,18 @@ qint64 TClubPlant::close()
 // The file says what there is; the books follow, so that the other commands know it, too.
 void TClubPlant::enterIntoBooks(const TClubPlan& plan)
 {
+    QList<TGate> gates;
     for (const TGatePlan& each : plan.gates) {
-        const std::optional<TGate> known = FDatabase.gateAt(each.gate.address);
-        if (!known || !same(*known, each.gate)) {
-            FDatabase.setGate(each.gate);
-            FLog.info({}, QStringLiteral("gate %1 leads %2, zone %3")
-                              .arg(each.gate.address, toText(each.gate.direction), each.gate.zone));
-        }
+        gates << each.gate;
     }
-    TLampBooks lamps(FDatabase);
+    QList<TLamp> lamps;
     for (const TLampPlan& each : plan.lamps) {
-        lamps.setLamp(each.lamp);
+        lamps << each.lamp;
+    }
+    for (const TGate& gate : enterEquipment(FDatabase, gates, lamps)) {
+        FLog.info(
+            {},
+            QStringLiteral("gate %1 leads %2, zone %3").arg(gate.address, toText(gate.direction), gate.zone));
     }
 }
 

@@ -196,6 +196,9 @@ TEST(ClubFile, EachMistakeIsToldWithItsLineItsKeyAndWhatIsExpected)
           "club.toml:14: [[lamp]] relay: 1 is not on side B, which has 3 to 5"}},
         {lamp("Sun", "201A", "1") + lamp("Moon", "201A", "1"),
          {"club.toml:20: [[lamp]] relay: relay 1 of 201A is the lamp of line 11 already"}},
+        {"[[bus]]\nname = \"pool\"\nport = \"ttyS7\"\n" + lamp("Sun", "201A", "1") +
+             lamp("Moon", "201A", "1").replace("hall", "pool"),
+         {"club.toml:23: [[lamp]] relay: relay 1 of 201A is the lamp of line 14 already"}},
         {"[[gates]]\nline = \"entrance\"\n", {"club.toml:10: gates: no such section; is gate meant?"}},
         {"[scale]\nname = \"fruit\"\n",
          {"club.toml:10: scale: begin each with [[scale]] on a line of its own"}},
