@@ -5,6 +5,8 @@
 #include "tnv5/host/local_events.h"
 #include "tnv5/platform/clock.h"
 
+#include <algorithm>
+
 namespace tnv5::host {
 
 namespace {
@@ -260,6 +262,30 @@ QString TClubBus::sellTime(const QString& lamp, const QString& card, int minutes
     }
     FLampTold = QStringLiteral("%1 cannot be switched on").arg(lamp);
     return FLampHost->sell(card, lamp, minutes) ? QString() : FLampTold;
+}
+
+QString TClubBus::lampInUse(const QString& name)
+{
+    const QString later = QStringLiteral("; take it out later");
+    platform::TDateTime until = 0;
+    for (const TLampTime& time : TLampBooks(FSite.database).open()) {
+        if (time.lamp == name && time.waiting()) {
+            return QStringLiteral("%1 is being switched on for %2").arg(name, time.name) + later;
+        }
+        if (time.lamp == name && time.running(platform::Now())) {
+            until = std::max(until, time.until);
+        }
+    }
+    if (until != 0) {
+        return QStringLiteral("%1 is paid for until %2").arg(name, toText(until).mid(11, 8)) + later;
+    }
+    for (const TLampState& state : FLampHost ? FLampHost->lamps() : QList<TLampState>()) {
+        if (state.lamp.name == name && state.on && answering(state.lamp.board).value_or(false)) {
+            // it is being switched off
+            return QStringLiteral("%1 is still on").arg(name) + later;
+        }
+    }
+    return {};
 }
 
 bool TClubBus::busy(const QString& address) const

@@ -87,6 +87,8 @@ public:
     bool hasLamp(const QString& name) const { return FLampNames.contains(name); }
     /// Orders time on one of its lamps. @return "" or why not @throws EDatabase
     QString sellTime(const QString& lamp, const QString& card, int minutes);
+    /// Why one of its lamps cannot be taken away now; "" when it can. @throws EDatabase
+    QString lampInUse(const QString& name);
     QJsonArray boardsState() const;
     QJsonArray lampsState();
 

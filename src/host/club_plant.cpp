@@ -129,6 +129,28 @@ void TClubPlant::enterIntoBooks(const TClubPlan& plan)
     }
 }
 
+/// Why lamps cannot be taken away, or be elsewhere, now: nobody would switch them off.
+QStringList TClubPlant::lampsInUse(const TClubPlan& plan)
+{
+    QStringList why;
+    for (const TLampPlan& lamp : FPlan.lamps) {
+        const auto* const before = find(FPlan.buses, lamp.bus);
+        const auto* const now = find(plan.buses, lamp.bus);
+        const bool stays = std::any_of(plan.lamps.begin(), plan.lamps.end(), [&](const TLampPlan& other) {
+            return other.lamp.name == lamp.lamp.name && other.bus == lamp.bus &&
+                   other.lamp.board == lamp.lamp.board && other.lamp.relay == lamp.lamp.relay;
+        });
+        if (stays && before != nullptr && now != nullptr && goesOn(*before, *now)) {
+            continue;
+        }
+        if (const auto bus = FBuses.find(lamp.bus); bus != FBuses.end()) {
+            why << bus->second->lampInUse(lamp.lamp.name);
+        }
+    }
+    why.removeAll(QString());
+    return why;
+}
+
 void TClubPlant::apply(const TClubPlan& plan)
 {
     dropWhatIsGone(plan);
@@ -353,7 +375,10 @@ QString TClubPlant::reload()
     }
     if (wrong.isEmpty()) {
         try {
-            enterIntoBooks(file.plan);
+            wrong = lampsInUse(file.plan);
+            if (wrong.isEmpty()) {
+                enterIntoBooks(file.plan);
+            }
         } catch (const EDatabase& error) {
             wrong << error.message();
         }

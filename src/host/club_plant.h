@@ -54,6 +54,7 @@ public:
 
 private:
     void enterIntoBooks(const TClubPlan& plan);
+    QStringList lampsInUse(const TClubPlan& plan);
     void apply(const TClubPlan& plan);
     void dropWhatIsGone(const TClubPlan& plan);
     void addWhatIsNew(const TClubPlan& plan);
