@@ -1,7 +1,6 @@
 #include "tnv5/host/club_plant.h"
 
 #include "tnv5/host/club_check.h"
-#include "tnv5/host/equipment_books.h"
 #include "tnv5/host/local_events.h"
 #include "tnv5/platform/clock.h"
 
@@ -67,6 +66,8 @@ TClubPlant::TClubPlant(const QString& file, const TClubPlan& plan, TDatabase& da
     };
     FLook.SetInterval(kLookMs);
     FLook.OnTimer = [this](platform::TTimer*) { look(); };
+    FBeginBooks.SetInterval(kBeginBooksMs);
+    FBeginBooks.OnTimer = [this](platform::TTimer*) { beginBooks(TDatabase::kBusyMs); };
 }
 
 TClubPlant::~TClubPlant()
@@ -76,19 +77,10 @@ TClubPlant::~TClubPlant()
 
 void TClubPlant::start()
 {
-    if (const int abandoned = FDatabase.closeAbandoned(); abandoned > 0) {
-        FLog.warning({}, QStringLiteral(
-                             "%1 passes were left open by a host that was killed; they have ended as \"%2\"")
-                             .arg(abandoned)
-                             .arg(toText(TEnding::Abandoned)));
-    }
-    enterIntoBooks(FPlan);
+    beginBooks(TDatabase::kStartMs); // no gate waits yet
     FStartedMs = platform::TClock::current().nowMs();
     FRunning = true;
     apply(FPlan);
-    if (!FTerminals.empty()) {
-        FTerminals.begin()->second->recover();
-    }
     FLook.SetEnabled(true);
 }
 
@@ -96,6 +88,7 @@ qint64 TClubPlant::close()
 {
     FRunning = false;
     FLook.SetEnabled(false);
+    FBeginBooks.SetEnabled(false);
     for (const auto& [name, terminal] : FTerminals) {
         if (const qsizetype unwritten = terminal->unwritten(); unwritten > 0) {
             FLost += unwritten;
@@ -109,24 +102,6 @@ qint64 TClubPlant::close()
     FLines.clear();
     FDesk.close();
     return FDesk.lost() + FLost;
-}
-
-// The file says what there is; the books follow, so that the other commands know it, too.
-void TClubPlant::enterIntoBooks(const TClubPlan& plan)
-{
-    QList<TGate> gates;
-    for (const TGatePlan& each : plan.gates) {
-        gates << each.gate;
-    }
-    QList<TLamp> lamps;
-    for (const TLampPlan& each : plan.lamps) {
-        lamps << each.lamp;
-    }
-    for (const TGate& gate : enterEquipment(FDatabase, gates, lamps)) {
-        FLog.info(
-            {},
-            QStringLiteral("gate %1 leads %2, zone %3").arg(gate.address, toText(gate.direction), gate.zone));
-    }
 }
 
 /// Why lamps cannot be taken away, or be elsewhere, now: nobody would switch them off.
@@ -159,9 +134,7 @@ void TClubPlant::apply(const TClubPlan& plan)
     for (TClubGates* const each : allGates()) {
         each->setGates(plan.gates);
     }
-    for (const auto& [name, bus] : FBuses) {
-        bus->setLamps(plan.lamps);
-    }
+    enterLamps();
     changed();
 }
 
@@ -332,6 +305,9 @@ QStringList TClubPlant::troubles() const
     }
     for (const auto& [name, terminal] : FTerminals) {
         texts << terminal->port().whyNot();
+    }
+    if (!FBooksTrouble.isEmpty()) {
+        texts << QStringLiteral("the books cannot be written: %1").arg(FBooksTrouble);
     }
     if (FDesk.journalFails()) {
         texts << QStringLiteral("the journal cannot be written: %1 entries wait").arg(FDesk.waiting());
