@@ -22,6 +22,8 @@ struct TGate
     QString address;
     QString zone;
     TDirection direction = TDirection::In;
+
+    bool operator==(const TGate&) const = default;
 };
 
 struct TMember

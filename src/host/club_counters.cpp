@@ -85,11 +85,6 @@ TClubTerminal::TClubTerminal(TClubSite& site, const TTerminalPlan& plan)
     FPort.OnLost = [this](const QString& why) { FCounter.lineLost(why); };
 }
 
-void TClubTerminal::recover()
-{
-    FCounter.recover();
-}
-
 QString TClubTerminal::pay(qint64 cents)
 {
     if (!FPort.open()) {

@@ -39,8 +39,6 @@ public:
 
     const TTerminalPlan& plan() const { return FPlan; }
     TClubPort& port() { return FPort; }
-    /// Payments that an earlier run has left under way become unknown; once, before any is ordered.
-    void recover();
     /// The terminal's next request gets this amount. @return "" or why not
     QString pay(qint64 cents);
     /// Withdraws an order, or refuses the next step of the payment under way.

@@ -54,6 +54,9 @@ public:
     static constexpr int kByHandMs = 10'000;
     /// Whether that opening has not been asked for by a component yet.
     bool expectsByHand(const QString& address) const { return FByHand.contains(address); }
+    /// It is not expected any more: the next opening by hand there is somebody else's.
+    /// @return whether no component had asked for it yet
+    bool forgetByHand(const QString& address) { return FByHand.erase(address) != 0; }
 
     /// A line cannot be used any more: an outage begins in the journal, unless one is under way on that line.
     void lineLost(const QString& line, const QString& why);

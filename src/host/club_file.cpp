@@ -299,7 +299,7 @@ private:
     void checkAddress(TTomlSection& section, const TGatePlan& plan)
     {
         static const QRegularExpression kClassic(QStringLiteral("^[0-9]{2}[A-Z]$"));
-        static const QRegularExpression kNetworked(QStringLiteral("^[0-9A-Z]{3}[GTD]$"));
+        static const QRegularExpression kNetworked(QStringLiteral("^[0-9A-Z]{3}[0-9A-HJ-Z]$"));
         const QString& address = plan.gate.address;
         const bool onBus = namesOf(FPlan.buses).contains(plan.line);
         if (!onBus && !kClassic.match(address).hasMatch()) {
@@ -309,8 +309,8 @@ private:
         } else if (onBus && !kNetworked.match(address).hasMatch()) {
             section.wrong("address",
                           quoted(address) +
-                              QStringLiteral(" is no gate on a bus: three digits or capital letters and "
-                                             "G, T or D are expected, such as 001T"));
+                              QStringLiteral(" is no gate on a bus: four digits or capital letters are "
+                                             "expected, such as 001T, and no I at the end (a display)"));
         }
         const auto other = std::find_if(FPlan.gates.begin(), FPlan.gates.end(),
                                         [&](const TGatePlan& each) { return each.gate.address == address; });
@@ -357,8 +357,15 @@ private:
                                             lamp.board.endsWith(u'A') ? QStringLiteral("1 and 2")
                                                                       : QStringLiteral("3 to 5")));
         }
+        for (const TGatePlan& gate : FPlan.gates) {
+            if (gate.line == plan.bus && gate.gate.address == lamp.board) {
+                section.wrong("board", QStringLiteral("%1 is the gate of line %2 already")
+                                           .arg(quoted(lamp.board))
+                                           .arg(gate.at.number));
+            }
+        }
         for (const TLampPlan& other : FPlan.lamps) {
-            if (other.bus == plan.bus && other.lamp.board == lamp.board && other.lamp.relay == lamp.relay) {
+            if (other.lamp.board == lamp.board && other.lamp.relay == lamp.relay) { // of another bus, too
                 section.wrong("relay", QStringLiteral("relay %1 of %2 is the lamp of line %3 already")
                                            .arg(lamp.relay, lamp.board)
                                            .arg(other.at.number));

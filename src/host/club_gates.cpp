@@ -5,16 +5,13 @@
 #include "tnv5/host/local_events.h"
 #include "tnv5/platform/clock.h"
 
+#include <algorithm>
+
 namespace tnv5::host {
 
 namespace {
 
 const QString kLink = QStringLiteral("0.0.0.0"); // what a connector calls its serial port
-
-qint64 nowMs()
-{
-    return platform::TClock::current().nowMs();
-}
 
 bool isRelayBoard(QStringView address)
 {
@@ -69,8 +66,8 @@ QString TClubGates::open(const QString& address, const QString& who, const QStri
     }
     FSite.desk.expectByHand(address, who, reason);
     command(address);
-    return FSite.desk.expectsByHand(address) ? QStringLiteral("%1 could not be told to open").arg(address)
-                                             : QString();
+    return FSite.desk.forgetByHand(address) ? QStringLiteral("%1 could not be told to open").arg(address)
+                                            : QString();
 }
 
 QJsonArray TClubGates::gatesState() const
@@ -177,13 +174,13 @@ void TClubBus::attach()
 void TClubBus::hear(platform::TComponent* sender, const QString& line)
 {
     const QString address = connector::deviceOf(line).toString();
-    if (const auto board = FHeardMs.find(address); board != FHeardMs.end()) {
-        if (board.value() == 0) {
+    if (const auto board = FBoards.find(address); board != FBoards.end()) {
+        if (board->heardMs == 0) {
             FSite.log.info(FPlan.name, QStringLiteral("%1 answers").arg(address));
         }
-        board.value() = nowMs();
+        *board = {platform::TClock::current().nowMs(), 0};
     }
-    if (isRelayBoard(address)) {
+    if (isRelayBoard(address) && !hasGate(address)) {
         FRelays.OnConnectorData(sender, line);
     } else {
         FDevice.OnConnectorData(sender, line);
@@ -192,7 +189,8 @@ void TClubBus::hear(platform::TComponent* sender, const QString& line)
 
 void TClubBus::tellOfSilence()
 {
-    for (auto board = FHeardMs.begin(); board != FHeardMs.end(); ++board) {
+    for (auto board = FBoards.begin(); board != FBoards.end(); ++board) {
+        board->silentLooks = std::min(board->silentLooks + 1, kSilentLooks);
         const bool silent = FPort.open() && answering(board.key()) == std::optional(false);
         if (silent == FSilent.contains(board.key())) {
             continue;
@@ -222,18 +220,18 @@ void TClubBus::setLamps(const QList<TLampPlan>& lamps)
 {
     QList<TLampPlan> mine;
     QStringList names;
-    QMap<QString, qint64> heard;
+    QMap<QString, TBoard> boards;
     for (const TGate& gate : std::as_const(FGates)) {
-        heard[gate.address] = FHeardMs.value(gate.address);
+        boards[gate.address] = FBoards.value(gate.address);
     }
     for (const TLampPlan& each : lamps) {
         if (each.bus == FPlan.name) {
             mine << each;
             names << each.lamp.name;
-            heard[each.lamp.board] = FHeardMs.value(each.lamp.board);
+            boards[each.lamp.board] = FBoards.value(each.lamp.board);
         }
     }
-    FHeardMs = heard;
+    FBoards = boards;
     if (mine == FLamps) {
         return;
     }
@@ -262,6 +260,30 @@ QString TClubBus::sellTime(const QString& lamp, const QString& card, int minutes
     return FLampHost->sell(card, lamp, minutes) ? QString() : FLampTold;
 }
 
+QString TClubBus::lampInUse(const QString& name)
+{
+    const QString later = QStringLiteral("; take it out later");
+    platform::TDateTime until = 0;
+    for (const TLampTime& time : TLampBooks(FSite.database).open()) {
+        if (time.lamp == name && time.waiting()) {
+            return QStringLiteral("%1 is being switched on for %2").arg(name, time.name) + later;
+        }
+        if (time.lamp == name && time.running(platform::Now())) {
+            until = std::max(until, time.until);
+        }
+    }
+    if (until != 0) {
+        return QStringLiteral("%1 is paid for until %2").arg(name, toText(until).mid(11, 8)) + later;
+    }
+    for (const TLampState& state : FLampHost ? FLampHost->lamps() : QList<TLampState>()) {
+        if (state.lamp.name == name && state.on && answering(state.lamp.board).value_or(false)) {
+            // it is being switched off
+            return QStringLiteral("%1 is still on").arg(name) + later;
+        }
+    }
+    return {};
+}
+
 bool TClubBus::busy(const QString& address) const
 {
     return FDevice.p_hw_FindDevice(kLink, address) >= 0;
@@ -275,19 +297,20 @@ void TClubBus::command(const QString& address)
 
 std::optional<bool> TClubBus::answering(const QString& address) const
 {
-    const qint64 heard = FHeardMs.value(address);
-    return heard == 0 ? std::nullopt : std::optional(FPort.open() && nowMs() - heard < kSilentMs);
+    const TBoard board = FBoards.value(address);
+    return board.heardMs == 0 ? std::nullopt
+                              : std::optional(FPort.open() && board.silentLooks < kSilentLooks);
 }
 
 QJsonArray TClubBus::boardsState() const
 {
     QJsonArray boards;
-    for (auto board = FHeardMs.begin(); board != FHeardMs.end(); ++board) {
+    for (auto board = FBoards.begin(); board != FBoards.end(); ++board) {
         boards.append(
             QJsonObject{{"address", board.key()},
                         {"line", FPlan.name},
                         {"answering", answering(board.key()).value_or(false)},
-                        {"heard", board.value() == 0 ? QString() : isoTime(momentOf(board.value()))}});
+                        {"heard", board->heardMs == 0 ? QString() : isoTime(momentOf(board->heardMs))}});
     }
     return boards;
 }
@@ -319,8 +342,9 @@ QStringList TClubBus::troubles()
     if (FPlan.lampMonitor && FRelays.ListeningPort() == 0) {
         texts << monitorTrouble(FPlan.name, *FPlan.lampMonitor);
     }
-    for (auto board = FHeardMs.begin(); board != FHeardMs.end(); ++board) {
-        if (isRelayBoard(board.key()) && answering(board.key()) == std::optional(false)) {
+    for (auto board = FBoards.begin(); board != FBoards.end(); ++board) {
+        if (isRelayBoard(board.key()) && !hasGate(board.key()) &&
+            answering(board.key()) == std::optional(false)) {
             texts << QStringLiteral("%1: board %2 does not answer").arg(FPlan.name, board.key());
         }
     }

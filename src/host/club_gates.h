@@ -69,12 +69,12 @@ private:
 
 /// A bus of networked gates and relay boards.
 ///
-/// A connector hands its lines to one component; here boards of sides "A" and "B" are the relay boards'
-/// component's, all others the gates'.
+/// A connector hands its lines to one component; here boards of sides "A" and "B" that are no gates of the
+/// plan are the relay boards' component's, all others the gates'.
 class TClubBus final : public TClubGates
 {
 public:
-    static constexpr int kSilentMs = 20'000; ///< boards ping more often
+    static constexpr int kSilentLooks = 5; ///< of 5 s: boards ping more often
 
     TClubBus(TClubSite& site, const TLinePlan& plan);
     ~TClubBus() override;
@@ -87,6 +87,8 @@ public:
     bool hasLamp(const QString& name) const { return FLampNames.contains(name); }
     /// Orders time on one of its lamps. @return "" or why not @throws EDatabase
     QString sellTime(const QString& lamp, const QString& card, int minutes);
+    /// Why one of its lamps cannot be taken away now; "" when it can. @throws EDatabase
+    QString lampInUse(const QString& name);
     QJsonArray boardsState() const;
     QJsonArray lampsState();
 
@@ -96,6 +98,14 @@ protected:
     std::optional<bool> answering(const QString& address) const override;
 
 private:
+    /// A board of the plan. Its silence is counted in looks, not in time: a clock that is set, or stands
+    /// still with the machine, makes no board silent.
+    struct TBoard
+    {
+        qint64 heardMs = 0; ///< for people; 0: never
+        int silentLooks = 0;
+    };
+
     void hear(platform::TComponent* sender, const QString& line);
     void tellOfSilence();
     void attach();
@@ -107,9 +117,9 @@ private:
     std::unique_ptr<TSwitchHost> FLampHost;
     QList<TLampPlan> FLamps;
     QStringList FLampNames;
-    QString FLampTold;              // by the host of the lamps, while it is asked to sell
-    QStringList FSilent;            // boards that do not answer any more: told
-    QMap<QString, qint64> FHeardMs; // boards of the plan, by address; 0: never
+    QString FLampTold;             // by the host of the lamps, while it is asked to sell
+    QStringList FSilent;           // boards that do not answer any more: told
+    QMap<QString, TBoard> FBoards; // by address
 };
 
 } // namespace tnv5::host

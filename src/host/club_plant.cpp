@@ -13,11 +13,6 @@ namespace tnv5::host {
 
 namespace {
 
-bool same(const TGate& a, const TGate& b)
-{
-    return a.address == b.address && a.zone == b.zone && a.direction == b.direction;
-}
-
 /// Whether equipment can go on as it is, but for those who watch it.
 bool goesOn(const TLinePlan& before, const TLinePlan& now)
 {
@@ -71,6 +66,8 @@ TClubPlant::TClubPlant(const QString& file, const TClubPlan& plan, TDatabase& da
     };
     FLook.SetInterval(kLookMs);
     FLook.OnTimer = [this](platform::TTimer*) { look(); };
+    FBeginBooks.SetInterval(kBeginBooksMs);
+    FBeginBooks.OnTimer = [this](platform::TTimer*) { beginBooks(TDatabase::kBusyMs); };
 }
 
 TClubPlant::~TClubPlant()
@@ -78,24 +75,12 @@ TClubPlant::~TClubPlant()
     close();
 }
 
-// Nobody stands at a gate yet: a program that is writing into the books is waited for.
 void TClubPlant::start()
 {
-    FDatabase.setBusyTimeout(kStartBusyMs);
-    if (const int abandoned = FDatabase.closeAbandoned(); abandoned > 0) {
-        FLog.warning({}, QStringLiteral(
-                             "%1 passes were left open by a host that was killed; they have ended as \"%2\"")
-                             .arg(abandoned)
-                             .arg(toText(TEnding::Abandoned)));
-    }
-    enterIntoBooks(FPlan);
-    FDatabase.setBusyTimeout(TDatabase::kBusyMs);
+    beginBooks(TDatabase::kStartMs); // no gate waits yet
     FStartedMs = platform::TClock::current().nowMs();
     FRunning = true;
     apply(FPlan);
-    if (!FTerminals.empty()) {
-        FTerminals.begin()->second->recover();
-    }
     FLook.SetEnabled(true);
 }
 
@@ -103,6 +88,7 @@ qint64 TClubPlant::close()
 {
     FRunning = false;
     FLook.SetEnabled(false);
+    FBeginBooks.SetEnabled(false);
     for (const auto& [name, terminal] : FTerminals) {
         if (const qsizetype unwritten = terminal->unwritten(); unwritten > 0) {
             FLost += unwritten;
@@ -118,21 +104,26 @@ qint64 TClubPlant::close()
     return FDesk.lost() + FLost;
 }
 
-// The file says what there is; the books follow, so that the other commands know it, too.
-void TClubPlant::enterIntoBooks(const TClubPlan& plan)
+/// Why lamps cannot be taken away, or be elsewhere, now: nobody would switch them off.
+QStringList TClubPlant::lampsInUse(const TClubPlan& plan)
 {
-    for (const TGatePlan& each : plan.gates) {
-        const std::optional<TGate> known = FDatabase.gateAt(each.gate.address);
-        if (!known || !same(*known, each.gate)) {
-            FDatabase.setGate(each.gate);
-            FLog.info({}, QStringLiteral("gate %1 leads %2, zone %3")
-                              .arg(each.gate.address, toText(each.gate.direction), each.gate.zone));
+    QStringList why;
+    for (const TLampPlan& lamp : FPlan.lamps) {
+        const auto* const before = find(FPlan.buses, lamp.bus);
+        const auto* const now = find(plan.buses, lamp.bus);
+        const bool stays = std::any_of(plan.lamps.begin(), plan.lamps.end(), [&](const TLampPlan& other) {
+            return other.lamp.name == lamp.lamp.name && other.bus == lamp.bus &&
+                   other.lamp.board == lamp.lamp.board && other.lamp.relay == lamp.lamp.relay;
+        });
+        if (stays && before != nullptr && now != nullptr && goesOn(*before, *now)) {
+            continue;
+        }
+        if (const auto bus = FBuses.find(lamp.bus); bus != FBuses.end()) {
+            why << bus->second->lampInUse(lamp.lamp.name);
         }
     }
-    TLampBooks lamps(FDatabase);
-    for (const TLampPlan& each : plan.lamps) {
-        lamps.setLamp(each.lamp);
-    }
+    why.removeAll(QString());
+    return why;
 }
 
 void TClubPlant::apply(const TClubPlan& plan)
@@ -143,9 +134,7 @@ void TClubPlant::apply(const TClubPlan& plan)
     for (TClubGates* const each : allGates()) {
         each->setGates(plan.gates);
     }
-    for (const auto& [name, bus] : FBuses) {
-        bus->setLamps(plan.lamps);
-    }
+    enterLamps();
     changed();
 }
 
@@ -317,6 +306,9 @@ QStringList TClubPlant::troubles() const
     for (const auto& [name, terminal] : FTerminals) {
         texts << terminal->port().whyNot();
     }
+    if (!FBooksTrouble.isEmpty()) {
+        texts << QStringLiteral("the books cannot be written: %1").arg(FBooksTrouble);
+    }
     if (FDesk.journalFails()) {
         texts << QStringLiteral("the journal cannot be written: %1 entries wait").arg(FDesk.waiting());
     }
@@ -359,7 +351,10 @@ QString TClubPlant::reload()
     }
     if (wrong.isEmpty()) {
         try {
-            enterIntoBooks(file.plan);
+            wrong = lampsInUse(file.plan);
+            if (wrong.isEmpty()) {
+                enterIntoBooks(file.plan);
+            }
         } catch (const EDatabase& error) {
             wrong << error.message();
         }

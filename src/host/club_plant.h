@@ -20,7 +20,7 @@ class TClubPlant final : public IClubControl
 {
 public:
     static constexpr int kLookMs = 5'000;
-    static constexpr int kStartBusyMs = 10'000; ///< how long the books may be locked at the start
+    static constexpr int kBeginBooksMs = 1'000; ///< between tries to write what a start must write
 
     /// @throws EDatabase
     TClubPlant(const QString& file, const TClubPlan& plan, TDatabase& database, TClubLog& log);
@@ -30,7 +30,8 @@ public:
     TClubPlant& operator=(const TClubPlant&) = delete;
 
     /// Closes what a killed host has left open in the books, enters the gates and lamps of the file, and
-    /// opens the ports. @throws EDatabase
+    /// opens the ports. While the books cannot be written it is tried again; cards are decided all the same,
+    /// by what the books say. @throws EDatabase only when they cannot even be spoken to
     void start();
     /// Ends everything; passes under way are interrupted. @return passes and payments that could not be
     /// written
@@ -54,7 +55,12 @@ public:
     std::function<void()> OnChanged;
 
 private:
+    void beginBooks(int patienceMs);
+    void closeAbandoned(int patienceMs);
     void enterIntoBooks(const TClubPlan& plan);
+    void enterLamps();
+    void tellOfLostLamps();
+    QStringList lampsInUse(const TClubPlan& plan);
     void apply(const TClubPlan& plan);
     void dropWhatIsGone(const TClubPlan& plan);
     void addWhatIsNew(const TClubPlan& plan);
@@ -79,8 +85,12 @@ private:
     std::map<QString, std::unique_ptr<TClubScale>> FScales;
     std::map<QString, std::unique_ptr<TClubTerminal>> FTerminals;
     platform::TTimer FLook;
+    platform::TTimer FBeginBooks;
     TStatement FInside;
     TStatement FNameOf;
+    QString FBooksTrouble;              // what a start must write is not written yet
+    std::optional<qint64> FLastPayment; // in the books when the host began
+    bool FAbandonedClosed = false;
     qint64 FStartedMs = 0;
     qint64 FLost = 0; // payments
     bool FRunning = false;

@@ -21,6 +21,7 @@ class TDatabase
 {
 public:
     static constexpr int kBusyMs = 50;
+    static constexpr int kStartMs = 2'000; ///< the same when a host starts: no gate waits yet
 
     /// @param file path of the file; ":memory:" keeps everything in memory
     /// @param opening whether a file that is not there is made. @throws EDatabase
@@ -58,8 +59,9 @@ public:
     /// it starts. Other hosts that run on this database keep theirs: each has a number, written with its
     /// passes, and holds a lock as long as it lives (`THostLocks`); it becomes one by this call or by its
     /// first pass.
+    /// @param patienceMs how long it waits for another program
     /// @return how many passes
-    int closeAbandoned();
+    int closeAbandoned(int patienceMs = kStartMs);
 
     /// Writes outages in one transaction: new ones are added and get their `id`, the others get their end.
     void writeOutages(const QList<POutage>& outages);

@@ -88,10 +88,9 @@ void TDatabase::becomeHost()
     F->host = number;
 }
 
-int TDatabase::closeAbandoned()
+int TDatabase::closeAbandoned(int patienceMs)
 {
-    constexpr int kPatienceMs = 2'000; // no gate waits yet
-    setBusyTimeout(kPatienceMs);
+    setBusyTimeout(patienceMs);
     const auto usual = qScopeGuard([this] { platform::guarded([this] { setBusyTimeout(kBusyMs); }); });
     becomeHost();
     const QString now = toText(platform::Now());

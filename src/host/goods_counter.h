@@ -30,8 +30,9 @@ public:
     void open() { FReader.start(); }
     void close();
 
-    /// The holder of this card takes what is on the platform. Replaces an order that still waits.
-    /// @return false, told through `OnTrouble`, when nobody has the card or nothing of that name is sold.
+    /// The holder of this card takes what is on the platform.
+    /// @return false, told through `OnTrouble`, when another order waits (`cancel` it first), nobody has the
+    /// card or nothing of that name is sold.
     /// @throws EDatabase
     bool sell(const QString& card, const QString& product);
     /// Forgets an order that still waits.

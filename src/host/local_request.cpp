@@ -33,6 +33,16 @@ QString textOf(const QJsonObject& request, QStringView name)
     return request.value(name).toString().trimmed();
 }
 
+/// What goes into the journal: in one line, and no longer than anybody reads.
+QString noteOf(const QJsonObject& request, QStringView name)
+{
+    QString note = textOf(request, name).simplified().left(kMaxNote);
+    if (!note.isEmpty() && note.back().isHighSurrogate()) { // half a character
+        note.chop(1);
+    }
+    return note;
+}
+
 QJsonObject status(IClubControl& club, const QJsonObject&, const QString&)
 {
     return done({{QStringLiteral("state"), club.state()}});
@@ -41,14 +51,14 @@ QJsonObject status(IClubControl& club, const QJsonObject&, const QString&)
 QJsonObject open(IClubControl& club, const QJsonObject& request, const QString& user)
 {
     const QString gate = textOf(request, u"gate");
-    const QString reason = textOf(request, u"reason").simplified();
+    const QString reason = noteOf(request, u"reason");
     if (gate.isEmpty()) {
         return refusal(local_texts::kNoGate);
     }
     if (reason.isEmpty()) {
         return refusal(local_texts::kNoReason);
     }
-    return doneUnless(club.open(gate, whoDid(textOf(request, u"who"), user), reason));
+    return doneUnless(club.open(gate, whoDid(noteOf(request, u"who"), user), reason));
 }
 
 QJsonObject reload(IClubControl& club, const QJsonObject&, const QString&)

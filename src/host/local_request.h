@@ -7,6 +7,8 @@ namespace tnv5::host {
 /// Most passes that one answer gives, and how many it gives when nothing is said.
 constexpr int kMaxJournalRows = 1'000;
 constexpr int kUsualJournalRows = 100;
+/// Characters of who opened a gate by hand, and of why; the rest is cut off.
+constexpr int kMaxNote = 200;
 
 /// What a request to a running club is answered, without its "id". "watch" is answered here, too, but what
 /// follows from it is the connection's business.

@@ -48,6 +48,20 @@ TEST(LocalRequest, OpeningNamesWhoAndWhy)
     EXPECT_EQ(answer(club, R"({"do":"reload"})"), R"({"error":"The gate is busy.","ok":false})");
 }
 
+TEST(LocalRequest, WhoAndWhyAreCut)
+{
+    TMemoryClub club;
+    const QString letters(host::kMaxNote - 1, u'x');
+    const QString face = QStringLiteral("\U0001F600"); // two code units
+    for (const QString& more : {QStringLiteral("yz"), face}) {
+        const QString last = more == face ? QString() : QStringLiteral("y");
+        host::answerTo(club,
+                       {{"do", "open"}, {"gate", "01A"}, {"reason", letters + more}, {"who", letters + more}},
+                       QStringLiteral("desk1"));
+        EXPECT_EQ(club.Opened.takeFirst(), QStringLiteral("01A|%1 (desk1)|%1").arg(letters + last));
+    }
+}
+
 TEST(LocalRequest, OpeningNeedsAGateAndAReason)
 {
     TMemoryClub club;
