@@ -156,6 +156,56 @@ TEST_F(TBooksJournalTest, Following)
     EXPECT_EQ(journal.next(100).size(), 1);
 }
 
+TEST_F(TBooksJournalTest, FollowingWithAnEndingMissesNothing)
+{
+    TJournalReader journal(club, {.ending = QStringLiteral("passed")});
+    const PPass first = pass(QStringLiteral("7"), "01A", TRefusal::None, TEnding::None);
+    const PPass other = pass(QStringLiteral("7"), "01A", TRefusal::None, TEnding::None);
+    pass(QStringLiteral("7"), "02A", TRefusal::None, TEnding::Passed); // a later row
+    ASSERT_EQ(journal.next(100).size(), 1);
+    first->ending = TEnding::Passed;
+    other->ending = TEnding::TimedOut;
+    club.writePasses({first, other});
+    const auto ended = journal.ended();
+    ASSERT_EQ(ended.size(), 1) << "the other one did not end so";
+    EXPECT_EQ(ended[0][0].toLongLong(), first->id);
+    EXPECT_TRUE(journal.ended().isEmpty());
+    EXPECT_TRUE(journal.next(100).isEmpty());
+}
+
+TEST_F(TBooksJournalTest, FollowingWhatIsOpenShowsItsEnd)
+{
+    TJournalReader journal(club, {.ending = QStringLiteral("open")});
+    const PPass first = pass(QStringLiteral("7"), "01A", TRefusal::None, TEnding::None);
+    ASSERT_EQ(journal.next(100).size(), 1);
+    first->ending = TEnding::Passed;
+    club.writePasses({first});
+    ASSERT_EQ(journal.ended().size(), 1);
+}
+
+TEST_F(TBooksJournalTest, FollowingLooksAtARowOnce)
+{
+    fill();
+    TJournalReader journal(club, {.gate = QStringLiteral("no such gate")});
+    EXPECT_TRUE(journal.next(1).isEmpty());
+    elsewhere(QStringLiteral("UPDATE pass SET gate = 'no such gate'"));
+    EXPECT_TRUE(journal.next(1).isEmpty()) << "rows that were not wanted are not looked at again";
+    pass(QStringLiteral("7"), "no such gate", TRefusal::None, TEnding::Passed);
+    EXPECT_EQ(journal.next(1).size(), 1);
+}
+
+TEST_F(TBooksJournalTest, FollowingSinceATimeToCome)
+{
+    fill();
+    TJournalReader journal(club, {.since = toDateTime(QStringLiteral("2026-01-05 17:30:00.000"))});
+    EXPECT_TRUE(journal.next(100).isEmpty());
+    pass(QStringLiteral("7"), "01A", TRefusal::None, TEnding::Passed); // 17:00
+    pass(QStringLiteral("7"), "01A", TRefusal::None, TEnding::Passed); // 18:00
+    const auto rows = journal.next(100);
+    ASSERT_EQ(rows.size(), 1);
+    EXPECT_EQ(rows[0][0].toLongLong(), 7);
+}
+
 TEST_F(TBooksJournalTest, Outages)
 {
     const auto outage = std::make_shared<TOutage>();

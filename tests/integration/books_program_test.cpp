@@ -276,6 +276,33 @@ TEST_F(BooksProgram, TheJournalIsFollowedWhileAHostRuns)
     EXPECT_NE(host.exitCode(), -1);
 }
 
+TEST_F(BooksProgram, FollowingAnEndingWaitsForIt)
+{
+    init();
+    host::TDatabase club(file);
+    const auto add = [&](const QString& gate, host::TEnding ending) {
+        const auto pass = std::make_shared<host::TPass>();
+        pass->began = platform::Now();
+        pass->card = QStringLiteral("7");
+        pass->gate = gate;
+        pass->ending = ending;
+        club.writePasses({pass});
+        return pass;
+    };
+    TProgramRun follow(QStringLiteral(TNV5_PROGRAM),
+                       {QStringLiteral("journal"), QStringLiteral("--follow"), QStringLiteral("--json"),
+                        QStringLiteral("--ending"), QStringLiteral("passed"), QStringLiteral("--db"), file});
+    add(QStringLiteral("09A"), host::TEnding::Passed);
+    ASSERT_TRUE(follow.says(QStringLiteral("09A"))) << follow.complaints().toStdString();
+    const auto first = add(QStringLiteral("01A"), host::TEnding::None);
+    add(QStringLiteral("02A"), host::TEnding::Passed);
+    ASSERT_TRUE(follow.says(QStringLiteral("02A")));
+    EXPECT_FALSE(follow.output().contains(QStringLiteral("01A")));
+    first->ending = host::TEnding::Passed;
+    club.writePasses({first});
+    EXPECT_TRUE(follow.says(QStringLiteral("01A")));
+}
+
 TEST_F(BooksProgram, PruningAsksOrIsTold)
 {
     fill();
