@@ -39,7 +39,7 @@ QDateTime now()
 
 QDateTime atDay(QDate day, bool end)
 {
-    return end ? QDateTime(day, QTime(23, 59, 59, 999)) : QDateTime(day, QTime(0, 0));
+    return end ? day.endOfDay() : day.startOfDay(); // where summer time begins at midnight, there is no 0:00
 }
 
 [[noreturn]] void failMoment(const QString& text)

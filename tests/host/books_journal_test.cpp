@@ -2,6 +2,9 @@
 #include "tnv5/common/messages.h"
 #include "tnv5/host/books_journal.h"
 
+#include <QScopeGuard>
+#include <ctime>
+
 namespace tnv5::host {
 namespace {
 
@@ -242,6 +245,24 @@ TEST(BooksMoments, AreRead)
          {"", "2026-02-30", "2026-01-31 25:00", "12:00", "-7d", "7", "7y", "tomorrow", "2026-01-31+01:00"}) {
         EXPECT_THROW(readMoment(QString::fromLatin1(text), false), EBooks) << text;
     }
+}
+
+// Where summer time begins at midnight, that day begins at one.
+TEST(BooksMoments, ADayWithoutMidnight)
+{
+    const QByteArray zone = qgetenv("TZ");
+    const bool was = qEnvironmentVariableIsSet("TZ");
+    const auto back = qScopeGuard([&] {
+        was ? qputenv("TZ", zone) : qunsetenv("TZ");
+        tzset();
+    });
+    qputenv("TZ", "Asia/Beirut");
+    tzset();
+    EXPECT_EQ(toText(readMoment(QStringLiteral("2025-03-30"), false)),
+              QStringLiteral("2025-03-30 01:00:00.000"));
+    EXPECT_EQ(toText(readMoment(QStringLiteral("2025-03-30"), true)),
+              QStringLiteral("2025-03-30 23:59:59.999"));
+    EXPECT_THROW(readMoment(QStringLiteral("2025-03-30 00:30"), false), EBooks) << "there is no such time";
 }
 
 TEST(BooksMoments, Ages)

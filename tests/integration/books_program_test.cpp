@@ -186,6 +186,12 @@ TEST_F(BooksProgram, WhatIsRefused)
         EXPECT_EQ(outcome.complaints, QStringLiteral("tnv5: %1\n").arg(QLatin1String(step.why)))
             << step.words;
     }
+    for (const char* option : {"--since", "--until"}) {
+        const TOutcome empty = play({QStringLiteral("journal"), QString::fromLatin1(option), QString()});
+        EXPECT_EQ(empty.code, 1) << option;
+        EXPECT_TRUE(empty.complaints.startsWith(QStringLiteral("tnv5: \"\" is no time; ")))
+            << qPrintable(empty.complaints);
+    }
     EXPECT_EQ(play("member").code, 2);
     EXPECT_EQ(play("gate add 02A").code, 2);
     EXPECT_EQ(play("member list --csv --json").code, 2);
