@@ -39,14 +39,30 @@ void addShowOptions(CLI::App& command, TShowOptions& options)
     command.add_flag("--csv", options.csv, "As comma-separated values")->excludes(json);
 }
 
+namespace {
+
+[[noreturn]] void failOutput()
+{
+    throw platform::Exception(QStringLiteral("standard output: ") +
+                              QString::fromLocal8Bit(std::strerror(errno)));
+}
+
+} // namespace
+
 void writeLine(const QString& line, host::TTableFormat format)
 {
     const QByteArray bytes =
         ((format == host::TTableFormat::Aligned ? harmless(line) : line) + u'\n').toUtf8();
     const auto size = static_cast<std::size_t>(bytes.size());
-    if (std::fwrite(bytes.constData(), 1, size, stdout) != size || std::fflush(stdout) != 0) {
-        throw platform::Exception(QStringLiteral("standard output: ") +
-                                  QString::fromLocal8Bit(std::strerror(errno)));
+    if (std::fwrite(bytes.constData(), 1, size, stdout) != size) {
+        failOutput();
+    }
+}
+
+void flushLines()
+{
+    if (std::fflush(stdout) != 0) {
+        failOutput();
     }
 }
 
@@ -56,6 +72,7 @@ void showTable(const host::TBookTable& table, host::TTableFormat format)
                               [format](const QString& line) { writeLine(line, format); });
     writer.add(table.rows);
     writer.end();
+    flushLines();
 }
 
 int runJson(bool json, const std::function<int()>& body)

@@ -32,6 +32,8 @@ void addShowOptions(CLI::App& command, TShowOptions& options);
 /// Writes a line to standard output as it is when it is data, and harmless when it is for people.
 /// @throws platform::Exception when it cannot be written
 void writeLine(const QString& line, host::TTableFormat format);
+/// What `writeLine` has written is out now. @throws platform::Exception when it cannot be written
+void flushLines();
 
 /// Shows a whole table.
 void showTable(const host::TBookTable& table, host::TTableFormat format);

@@ -71,12 +71,14 @@ public:
             }
             add(rows);
         }
+        flushLines();
     }
     /// And what has ended.
     void ends() { add(FJournal.ended()); }
     void end()
     {
         FWriter.end();
+        flushLines();
     }
 
 private:
