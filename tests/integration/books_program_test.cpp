@@ -137,7 +137,7 @@ TEST_F(BooksProgram, EveryVerb)
         {"card list --csv", "number,member,name\n10,1,Anna Klein\n7,1,Anna Klein\n"},
         {"membership add 1 --from 2026-01-01 --to 2026-12-31 --zone hall --zone baths", "1\n"},
         {"membership change 1 --to 2026-06-30 --zone hall", ""},
-        {"membership add 1 --from 2026-01-01 --to 2026-12-31", "2\n"},
+        {"membership add 1 --from 2026-01-01 --to 2026-12-31 --zone hall", "2\n"},
         {"membership remove 2", ""},
         {"membership list --csv",
          "number,member,name,from,to,zones\n1,1,Anna Klein,2026-01-01,2026-06-30,hall\n"},
@@ -169,9 +169,8 @@ TEST_F(BooksProgram, WhatIsRefused)
          "\"2026-02-30\" is no day; write it like 2026-01-31"},
         {"member add Boris --from 2026-01-01", "A membership needs --from and --to"},
         {"gate add 02A hal in", "there is no zone \"hal\"; there are hall"},
-        {"gate add 2A hall in", "\"2A\" is no gate's address: two digits and a letter such as 01A, or four "
-                                "characters of which the last is D, G, "
-                                "I or T, such as 101T"},
+        {"gate add 2A hall in", "\"2A\" is no gate's address: two digits and a capital letter such as 01A, "
+                                "or three digits or capital letters and G, T or D, such as 101T"},
         {"member change 1", "Nothing to change was given: see tnv5 member change --help"},
         {"journal --since 12:00", "\"12:00\" is no time; write it like 2026-01-31, \"2026-01-31 12:00\", "
                                   "today, yesterday, or 90m, 24h, 7d, 2w ago"},
