@@ -41,6 +41,16 @@ void addShowOptions(CLI::App& command, TShowOptions& options)
     command.add_flag_callback("--plain", setPlain, "No colours");
 }
 
+namespace {
+
+[[noreturn]] void failOutput()
+{
+    throw platform::Exception(QStringLiteral("standard output: ") +
+                              QString::fromLocal8Bit(std::strerror(errno)));
+}
+
+} // namespace
+
 std::function<void(const QString&)> tableOutput(host::TTableFormat format)
 {
     const bool forPeople = format == host::TTableFormat::Aligned;
@@ -51,11 +61,17 @@ std::function<void(const QString&)> tableOutput(host::TTableFormat format)
         }
         const QByteArray bytes = (text + u'\n').toUtf8();
         const auto size = static_cast<std::size_t>(bytes.size());
-        if (std::fwrite(bytes.constData(), 1, size, stdout) != size || std::fflush(stdout) != 0) {
-            throw platform::Exception(QStringLiteral("standard output: ") +
-                                      QString::fromLocal8Bit(std::strerror(errno)));
+        if (std::fwrite(bytes.constData(), 1, size, stdout) != size) {
+            failOutput();
         }
     };
+}
+
+void flushLines()
+{
+    if (std::fflush(stdout) != 0) {
+        failOutput();
+    }
 }
 
 void showTable(const host::TBookTable& table, host::TTableFormat format)
@@ -63,6 +79,7 @@ void showTable(const host::TBookTable& table, host::TTableFormat format)
     host::TTableWriter writer(format, table.columns, tableOutput(format));
     writer.add(table.rows);
     writer.end();
+    flushLines();
 }
 
 int runJson(bool json, const std::function<int()>& body)

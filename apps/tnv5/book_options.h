@@ -34,6 +34,8 @@ void addShowOptions(CLI::App& command, TShowOptions& options);
 /// and the first one, which names the columns, faint.
 /// @throws platform::Exception when one cannot be written
 std::function<void(const QString& line)> tableOutput(host::TTableFormat format);
+/// What went there is out now. @throws platform::Exception when it cannot be written
+void flushLines();
 
 /// Shows a whole table.
 void showTable(const host::TBookTable& table, host::TTableFormat format);

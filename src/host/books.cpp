@@ -23,6 +23,17 @@ QString nameOf(qint64 member, const QString& name)
     return QStringLiteral("%1 (%2)").arg(name).arg(member);
 }
 
+// A member is addressed by number or by name: what is a number cannot be a name, too.
+QString readMemberName(const QString& text)
+{
+    static const QRegularExpression number(QStringLiteral("\\A[+-]?[0-9]+\\z"));
+    QString name = readName(text, QStringLiteral("a member"));
+    if (number.match(name).hasMatch()) {
+        throw EBooks(quoted(name) + QStringLiteral(" is a number; the name of a member is not one"));
+    }
+    return name;
+}
+
 QString readCard(const QString& text)
 {
     const QString card = text.trimmed();
@@ -165,7 +176,7 @@ void TBooks::needMember(qint64 member)
 
 qint64 TBooks::addMember(const TNewMember& member)
 {
-    const QString name = readName(member.name, QStringLiteral("a member"));
+    const QString name = readMemberName(member.name);
     qint64 number = member.number;
     together([&] {
         if (number != 0 && query(u"SELECT 1 FROM member WHERE id = ?", {number}).any()) {
@@ -190,8 +201,7 @@ void TBooks::changeMember(qint64 member, const TMemberChange& change)
     together([&] {
         needMember(member);
         if (change.name) {
-            query(u"UPDATE member SET name = ? WHERE id = ?",
-                  {readName(*change.name, QStringLiteral("a member")), member});
+            query(u"UPDATE member SET name = ? WHERE id = ?", {readMemberName(*change.name), member});
         }
         if (change.suspended) {
             query(u"UPDATE member SET suspended = ? WHERE id = ?", {int(*change.suspended), member});
@@ -338,9 +348,9 @@ qint64 TBooks::addMembership(qint64 member, const TMembership& membership)
 
 void TBooks::setMembershipZones(qint64 number, const QStringList& zones)
 {
+    needZones(zones);
     query(u"DELETE FROM membership_zone WHERE membership = ?", {number});
     for (const QString& zone : zones) {
-        needZone(zone);
         query(u"INSERT INTO membership_zone (membership, zone) VALUES (?, ?) ON CONFLICT DO NOTHING",
               {number, zone});
     }

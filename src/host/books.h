@@ -55,6 +55,7 @@ public:
 
     /// Number of a member given by number or, when it is the only one of that name, by name.
     qint64 memberOf(const QString& who);
+    /// A name that is a number is refused: it would be taken for the member of that number.
     qint64 addMember(const TNewMember& member);
     void changeMember(qint64 member, const TMemberChange& change);
     /// Cards and memberships go, too; passes and sales stay in the books, without a member.
@@ -70,7 +71,9 @@ public:
     void removeCard(const QString& card, bool force);
     TBookTable cards();
 
-    /// The zones must be there.
+    /// @throws EBooks unless there is one at least and all are there
+    void needZones(const QStringList& zones);
+    /// It opens one zone at least, and its zones must be there.
     qint64 addMembership(qint64 member, const TMembership& membership);
     /// What is nothing stays.
     void changeMembership(qint64 number, std::optional<QDate> from, std::optional<QDate> to,

@@ -3,8 +3,12 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QScopeGuard>
+#include <QSqlError>
+#include <QUrl>
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -52,15 +56,63 @@ QString because(const QString& file)
     return file + QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(errno));
 }
 
+// Read only and as it is: nothing is written into the copy or beside it.
 void check(const QString& copy)
 {
-    const TConnection connection(copy, TOpening::Existing);
-    TStatement statement(connection.database(), QStringLiteral("PRAGMA integrity_check"));
+    const QString name = QStringLiteral("tnv5-backup-%1").arg(getpid());
+    const auto removed = qScopeGuard([&name] { QSqlDatabase::removeDatabase(name); });
+    QSqlDatabase database = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+    const auto gone = qScopeGuard([&database] { database = {}; });
+    database.setDatabaseName(
+        QString::fromLatin1(QUrl::fromLocalFile(QFileInfo(copy).absoluteFilePath()).toEncoded()) +
+        QStringLiteral("?immutable=1"));
+    database.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_OPEN_URI"));
+    if (!database.open()) {
+        throw EBooks(QStringLiteral("the copy cannot be read: ") + database.lastError().databaseText());
+    }
+    TStatement statement(database, QStringLiteral("PRAGMA integrity_check"));
     TRows rows = statement.run();
     const QString found = rows.next() ? rows.value(0).toString() : QString();
     if (found != QStringLiteral("ok")) {
         throw EBooks(QStringLiteral("the copy is damaged: ") + found);
     }
+}
+
+// An empty file, which a copy may be made into, with the rights that the original has. @return whether it is
+// there; else `errno` tells why not
+bool makeEmpty(const QString& copy, const QString& original)
+{
+    constexpr mode_t kRights = 0777;
+    constexpr mode_t kOwnerOnly = 0600;
+    struct stat like = {};
+    const int descriptor =
+        ::open(QFile::encodeName(copy).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kOwnerOnly);
+    if (descriptor < 0) {
+        return false;
+    }
+    if (stat(QFile::encodeName(original).constData(), &like) == 0) {
+        fchmod(descriptor, like.st_mode & kRights); // some file systems have no rights
+    }
+    ::close(descriptor);
+    return true;
+}
+
+// Gives the copy its name. @return whether it has it now; else `errno` tells why not
+bool giveName(const QString& copy, const QString& target, bool force)
+{
+    const QByteArray from = QFile::encodeName(copy);
+    const QByteArray to = QFile::encodeName(target);
+    if (force) {
+        return rename(from.constData(), to.constData()) == 0;
+    }
+    if (renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE) == 0) {
+        return true;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return false;
+    }
+    // Network and user-space file systems do not know RENAME_NOREPLACE; a link takes nobody's place, either.
+    return link(from.constData(), to.constData()) == 0 && unlink(from.constData()) == 0;
 }
 
 void syncToDisk(const QString& file)
@@ -138,6 +190,9 @@ void backUp(TDatabase& database, const QString& target, bool force)
     const QString copy = QStringLiteral("%1.part-%2").arg(target).arg(getpid());
     const auto removed = qScopeGuard([&copy] { removeWithJournal(copy); });
     removeWithJournal(copy);
+    if (!makeEmpty(copy, database.fileName())) {
+        throw EBooks(because(target));
+    }
     try {
         TStatement statement(database.connection(), QStringLiteral("VACUUM INTO ?"));
         statement.run({copy});
@@ -145,12 +200,8 @@ void backUp(TDatabase& database, const QString& target, bool force)
     } catch (const EDatabase& error) {
         throw EBooks(target + QStringLiteral(": ") + error.message());
     }
-    QFile::setPermissions(copy, QFile::permissions(database.fileName()));
     syncToDisk(copy);
-    const int failed =
-        renameat2(AT_FDCWD, QFile::encodeName(copy).constData(), AT_FDCWD,
-                  QFile::encodeName(target).constData(), force ? 0U : unsigned{RENAME_NOREPLACE});
-    if (failed != 0) {
+    if (!giveName(copy, target, force)) {
         throw errno == EEXIST ? inTheWay() : EBooks(because(target));
     }
     syncToDisk(QFileInfo(target).absolutePath());

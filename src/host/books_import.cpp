@@ -90,6 +90,16 @@ qint64 readNumber(const QString& text)
     return number;
 }
 
+void importMembershipOf(TBooks& books, qint64 member, const TLine& line)
+{
+    TMembership membership = {line.value("from", readDay), line.value("to", readDay), {}};
+    membership.zones = line.value("zones", [&](const QString& text) {
+        books.needZones(readList(text));
+        return readList(text);
+    });
+    line.value("from", [&](const QString&) { return books.addMembership(member, membership); });
+}
+
 void importMember(TBooks& books, const TLine& line)
 {
     TNewMember member;
@@ -114,12 +124,7 @@ void importMember(TBooks& books, const TLine& line)
         }
     });
     if (line.has("from") || line.has("to") || line.has("zones")) {
-        TMembership membership = {line.value("from", readDay), line.value("to", readDay), {}};
-        line.value("from", [&](const QString&) { books.addMembership(number, membership); });
-        line.value("zones", [&](const QString& text) {
-            const TBookTable all = books.memberships(number);
-            books.changeMembership(all.rows.back()[0].toLongLong(), {}, {}, readList(text));
-        });
+        importMembershipOf(books, number, line);
     }
 }
 
@@ -132,9 +137,7 @@ void importCard(TBooks& books, const TLine& line)
 void importMembership(TBooks& books, const TLine& line)
 {
     const qint64 member = line.value("member", [&](const QString& who) { return books.memberOf(who); });
-    const TMembership membership = {line.value("from", readDay), line.value("to", readDay), {}};
-    const qint64 number = line.whole([&] { return books.addMembership(member, membership); });
-    line.value("zones", [&](const QString& text) { books.changeMembership(number, {}, {}, readList(text)); });
+    importMembershipOf(books, member, line);
 }
 
 void importGate(TBooks& books, const TLine& line)

@@ -5,6 +5,7 @@
 
 #include <QDateTime>
 #include <QRegularExpression>
+#include <algorithm>
 
 namespace tnv5::host {
 
@@ -17,6 +18,9 @@ constexpr char16_t kPasses[] =
     u" coalesce(pass.member, 0), coalesce(member.name, ''), result = 'opened', reason, ending, who, note "
     u"FROM pass"
     u" LEFT JOIN gate ON gate.address = pass.gate LEFT JOIN member ON member.id = pass.member";
+
+const QString kRefused = QStringLiteral("refused");
+const QString kOpen = QStringLiteral("open");
 
 QString textOf(platform::TDateTime time)
 {
@@ -35,7 +39,7 @@ QDateTime now()
 
 QDateTime atDay(QDate day, bool end)
 {
-    return end ? QDateTime(day, QTime(23, 59, 59, 999)) : QDateTime(day, QTime(0, 0));
+    return end ? day.endOfDay() : day.startOfDay(); // where summer time begins at midnight, there is no 0:00
 }
 
 [[noreturn]] void failMoment(const QString& text)
@@ -62,12 +66,17 @@ QString whoOf(const QVariantList& row)
     return row[Name].toString();
 }
 
+bool isUnderWay(const QVariantList& row)
+{
+    return row[Opened].toBool() && row[Ending].toString().isEmpty();
+}
+
 QString whatOf(const QVariantList& row)
 {
     if (!row[Opened].toBool()) {
         return QStringLiteral("refused: ") + row[Reason].toString();
     }
-    return row[Ending].toString().isEmpty() ? QStringLiteral("open") : row[Ending].toString();
+    return isUnderWay(row) ? kOpen : row[Ending].toString();
 }
 
 } // namespace
@@ -79,7 +88,7 @@ QStringList journalEndings()
                                  TEnding::Interrupted, TEnding::Abandoned}) {
         words.append(toText(ending));
     }
-    return words + QStringList{QStringLiteral("refused"), QStringLiteral("open")};
+    return words + QStringList{kRefused, kOpen};
 }
 
 TJournalReader::TJournalReader(TDatabase& database, TJournalQuery query)
@@ -139,16 +148,53 @@ QVariantList TJournalReader::rowFrom(const TRows& row)
 
 QList<QVariantList> TJournalReader::next(int limit)
 {
-    QString sql = QString::fromUtf16(kPasses) + QStringLiteral(" WHERE pass.id > ?");
-    QVariantList values = {FLast};
+    begin();
+    const qint64 newest =
+        FDatabase.lastPass(); // rows up to it are looked at once, whether they are wanted or not
+    for (;;) {
+        const QList<QVariantList> looked = FLast < newest ? look(newest, limit) : QList<QVariantList>();
+        FLast = looked.size() < limit ? std::max(FLast, newest) : looked.last()[Id].toLongLong();
+        QList<QVariantList> rows;
+        for (const QVariantList& row : looked) {
+            if (isUnderWay(row)) {
+                FOpen.append(row[Id].toLongLong());
+            }
+            if (wants(row)) {
+                rows.append(row);
+            }
+        }
+        if (!rows.isEmpty() || FLast >= newest) {
+            return rows;
+        }
+    }
+}
+
+// Rows are added about in the order of their time: what is older need not be looked at.
+void TJournalReader::begin()
+{
+    if (FBegun) {
+        return;
+    }
+    if (FQuery.since != 0) {
+        TStatement statement(FDatabase.connection(),
+                             QStringLiteral("SELECT coalesce((SELECT min(id) - 1 FROM pass WHERE began >= ?),"
+                                            " (SELECT max(id) FROM pass), 0)"));
+        FLast = statement.run({textOf(FQuery.since)}).number();
+    }
+    FBegun = true;
+}
+
+// Passes under way are among them whatever ending is asked for: it is not known yet.
+QList<QVariantList> TJournalReader::look(qint64 newest, int limit)
+{
+    QString sql = QString::fromUtf16(kPasses) + QStringLiteral(" WHERE pass.id > ? AND pass.id <= ?");
+    QVariantList values = {FLast, newest};
     const auto want = [&](const char* condition, const QVariantList& bound) {
         sql += QStringLiteral(" AND ") + QLatin1String(condition);
         values += bound;
     };
-    if (FQuery.since !=
-        0) { // rows are added about in the order of their time: what is older need not be looked at
-        const QString since = textOf(FQuery.since);
-        want("pass.id >= (SELECT min(id) FROM pass WHERE began >= ?) AND began >= ?", {since, since});
+    if (FQuery.since != 0) {
+        want("began >= ?", {textOf(FQuery.since)});
     }
     if (FQuery.until != 0) {
         want("began <= ?", {textOf(FQuery.until)});
@@ -159,25 +205,23 @@ QList<QVariantList> TJournalReader::next(int limit)
     if (!FQuery.gate.isEmpty()) {
         want("pass.gate = ?", {FQuery.gate});
     }
-    if (FQuery.ending == QStringLiteral("refused")) {
+    if (FQuery.ending == kRefused) {
         want("result = 'refused'", {});
-    } else if (FQuery.ending == QStringLiteral("open")) {
-        want("result = 'opened' AND ending = ''", {});
     } else if (!FQuery.ending.isEmpty()) {
-        want("ending = ?", {FQuery.ending});
+        want("result = 'opened' AND (ending = '' OR ending = ?)", {FQuery.ending});
     }
     sql += QStringLiteral(" ORDER BY pass.id LIMIT ?");
     values.append(limit);
     TStatement statement(FDatabase.connection(), sql);
-    const QList<QVariantList> rows =
-        statement.run(values).all([this](const TRows& row) { return rowFrom(row); });
-    for (const QVariantList& row : rows) {
-        FLast = row[Id].toLongLong();
-        if (row[Opened].toBool() && row[Ending].toString().isEmpty()) {
-            FOpen.append(FLast);
-        }
+    return statement.run(values).all([this](const TRows& row) { return rowFrom(row); });
+}
+
+bool TJournalReader::wants(const QVariantList& row) const
+{
+    if (FQuery.ending.isEmpty() || FQuery.ending == kRefused) { // which `look` has asked for
+        return true;
     }
-    return rows;
+    return FQuery.ending == kOpen ? isUnderWay(row) : row[Ending].toString() == FQuery.ending;
 }
 
 QList<QVariantList> TJournalReader::ended()
@@ -190,8 +234,11 @@ QList<QVariantList> TJournalReader::ended()
                          QString::fromUtf16(kPasses) + QStringLiteral(" WHERE pass.id = ?"));
     for (const qint64 id : QList<qint64>(FOpen)) {
         const auto found = statement.run({id}).all([this](const TRows& row) { return rowFrom(row); });
-        if (found.isEmpty() || !found[0][Ending].toString().isEmpty()) {
-            FOpen.removeAll(id);
+        if (!found.isEmpty() && isUnderWay(found[0])) {
+            continue;
+        }
+        FOpen.removeAll(id);
+        if (!found.isEmpty() && (FQuery.ending == kOpen || wants(found[0]))) { // those shown open end, too
             rows += found;
         }
     }

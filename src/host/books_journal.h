@@ -35,16 +35,21 @@ public:
 
     /// Rows of `columns` after those given before, oldest first. @throws EDatabase
     QList<QVariantList> next(int limit);
-    /// Passes given before as under way that have ended since then.
+    /// Passes that were under way when `next` looked at them and have ended since then: those that were
+    /// given, and those whose ending is the one asked for.
     QList<QVariantList> ended();
 
 private:
     QVariantList rowFrom(const TRows& row);
+    void begin();
+    QList<QVariantList> look(qint64 newest, int limit);
+    bool wants(const QVariantList& row) const;
 
     TDatabase& FDatabase;
     TJournalQuery FQuery;
-    qint64 FLast = 0;
-    QList<qint64> FOpen; // those given as under way
+    bool FBegun = false;
+    qint64 FLast = 0;    // the newest row looked at
+    QList<qint64> FOpen; // those that were under way
 };
 
 /// The outages of lines, oldest first.

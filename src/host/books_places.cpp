@@ -2,8 +2,6 @@
 
 #include "tnv5/host/books_query.h"
 
-#include <QRegularExpression>
-
 namespace tnv5::host {
 
 namespace {
@@ -27,11 +25,10 @@ QString readZone(const QString& text)
 
 QString readAddress(const QString& text)
 {
-    static const QRegularExpression form(QStringLiteral("\\A(?:[0-9]{2}[A-Za-z]|[0-9A-Za-z]{3}[DGIT])\\z"));
-    if (!form.match(text).hasMatch()) {
+    if (!isLineAddress(text) && !isBusAddress(text)) {
         throw EBooks(quoted(text) +
-                     QStringLiteral(" is no gate's address: two digits and a letter such as 01A, or "
-                                    "four characters of which the last is D, G, I or T, such as 101T"));
+                     QStringLiteral(" is no gate's address: two digits and a capital letter such as 01A, or "
+                                    "three digits or capital letters and G, T or D, such as 101T"));
     }
     return text;
 }
@@ -59,6 +56,16 @@ void TBooks::needZone(const QString& zone)
     throw EBooks(QStringLiteral("there is no zone %1; there are %2")
                      .arg(quoted(zone), known.isEmpty() ? QStringLiteral("none: \"tnv5 zone add\"")
                                                         : known.join(QStringLiteral(", "))));
+}
+
+void TBooks::needZones(const QStringList& zones)
+{
+    if (zones.isEmpty()) {
+        throw EBooks(QStringLiteral("a membership needs a zone that it opens"));
+    }
+    for (const QString& zone : zones) {
+        needZone(zone);
+    }
 }
 
 void TBooks::needNoZone(const QString& zone)

@@ -298,15 +298,13 @@ private:
 
     void checkAddress(TTomlSection& section, const TGatePlan& plan)
     {
-        static const QRegularExpression kClassic(QStringLiteral("^[0-9]{2}[A-Z]$"));
-        static const QRegularExpression kNetworked(QStringLiteral("^[0-9A-Z]{3}[0-9A-HJ-Z]$"));
         const QString& address = plan.gate.address;
         const bool onBus = namesOf(FPlan.buses).contains(plan.line);
-        if (!onBus && !kClassic.match(address).hasMatch()) {
+        if (!onBus && !isLineAddress(address)) {
             section.wrong("address", quoted(address) +
                                          QStringLiteral(" is no address on a line: two digits and a capital "
                                                         "letter are expected, such as 01A"));
-        } else if (onBus && !kNetworked.match(address).hasMatch()) {
+        } else if (onBus && !isBusAddress(address)) {
             section.wrong("address",
                           quoted(address) +
                               QStringLiteral(" is no gate on a bus: four digits or capital letters are "

@@ -8,13 +8,14 @@ namespace tnv5::host {
 namespace {
 
 constexpr int kCloseBusyMs = 3'000;
+constexpr qsizetype kPiece = 500; // passes written in one transaction, some milliseconds
 
 } // namespace
 
 TJournal::TJournal(TDatabase& database) : FDatabase(database)
 {
     FTimer.SetInterval(kDelayMs);
-    FTimer.OnTimer = [this](platform::TTimer*) { flush(); };
+    FTimer.OnTimer = [this](platform::TTimer*) { writePiece(); }; // between pieces the gates have their turn
 }
 
 TJournal::~TJournal() = default;
@@ -50,25 +51,44 @@ void TJournal::add(const POutage& outage)
 
 bool TJournal::flush()
 {
+    while (writePiece()) {
+        if (FWaiting.isEmpty()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// What is written waits no longer, whatever becomes of the rest.
+bool TJournal::writePiece()
+{
     FTimer.SetEnabled(false);
     if (FWaiting.isEmpty() && FOutages.isEmpty()) {
         return true;
     }
     try {
         if (!FWaiting.isEmpty()) {
-            FDatabase.writePasses(FWaiting);
+            const QList<PPass> piece = FWaiting.first(std::min(kPiece, FWaiting.size()));
+            FDatabase.writePasses(piece);
+            FWaiting.remove(0, piece.size());
+            for (const PPass& pass : piece) {
+                FQueued.remove(pass.get());
+            }
         }
-        if (!FOutages.isEmpty()) {
+        if (FWaiting.isEmpty() && !FOutages.isEmpty()) {
             FDatabase.writeOutages(FOutages);
+            FOutages.clear();
         }
     } catch (...) {
         failed(platform::exceptionMessage());
         return false;
     }
-    FWaiting.clear();
-    FQueued.clear();
+    if (!FWaiting.isEmpty()) {
+        FTimer.SetInterval(kDelayMs);
+        FTimer.SetEnabled(true);
+        return true;
+    }
     FInside.clear();
-    FOutages.clear();
     succeeded();
     return true;
 }

@@ -11,8 +11,8 @@ namespace tnv5::host {
 
 /// The pass journal on its way into the database.
 ///
-/// Nothing is written while a card waits for its gate: passes queue here, and a short timer writes all of
-/// them in one transaction. A write that fails is tried again with growing pauses until it succeeds; the
+/// Nothing is written while a card waits for its gate: passes queue here, and a short timer writes them, 500
+/// at most in one transaction. A write that fails is tried again with growing pauses until it succeeds; the
 /// first failure and the recovery are reported, not every try.
 class TJournal
 {
@@ -55,6 +55,7 @@ public:
     std::function<void(const TPass& pass)> OnLost;
 
 private:
+    bool writePiece();
     void lose(const TPass& pass);
     void failed(const QString& why);
     void succeeded();
