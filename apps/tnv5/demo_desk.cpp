@@ -79,7 +79,7 @@ QJsonObject TDemoDesk::state()
                               lineState(QStringLiteral("lamps"), FClub.lamps.port()),
                               lineState(QStringLiteral("fruit"), FClub.fruit.port()),
                               lineState(QStringLiteral("bar"), FClub.bar.port())};
-    for (const QJsonValue& line : lines) {
+    for (const QJsonValue line : lines) {
         if (!line[u"open"].toBool()) {
             troubles.append(
                 QStringLiteral("line %1: %2").arg(line[u"name"].toString(), line[u"why"].toString()));

@@ -162,11 +162,8 @@ void TLocalClient::TLink::tryConnect()
     connect(FSocket, &QLocalSocket::connected, this, [this] { greet(); });
     connect(FSocket, &QLocalSocket::readyRead, this, [this] { read(); });
     connect(FSocket, &QLocalSocket::disconnected, this, [this] {
-        const QPointer<TLink> self(this);
-        read(); // the last words
-        if (self) {
-            lost(local_texts::kLost);
-        }
+        read(); // the last words; a client that goes meanwhile leaves the link until later
+        lost(local_texts::kLost);
     });
     connect(
         FSocket, &QLocalSocket::errorOccurred, this,

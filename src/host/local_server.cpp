@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLocalServer>
+#include <QPointer>
 #include <QTimer>
 #include <algorithm>
 #include <sys/stat.h>
