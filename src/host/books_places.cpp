@@ -26,9 +26,10 @@ QString readZone(const QString& text)
 QString readAddress(const QString& text)
 {
     if (!isLineAddress(text) && !isBusAddress(text)) {
-        throw EBooks(quoted(text) +
-                     QStringLiteral(" is no gate's address: two digits and a capital letter such as 01A, or "
-                                    "three digits or capital letters and G, T or D, such as 101T"));
+        throw EBooks(
+            quoted(text) +
+            QStringLiteral(" is no gate's address: two digits and a capital letter such as 01A, or "
+                           "four digits or capital letters such as 101T, and no I at the end (a display)"));
     }
     return text;
 }

@@ -140,7 +140,7 @@ bool isLineAddress(const QString& text)
 
 bool isBusAddress(const QString& text)
 {
-    static const QRegularExpression form(QStringLiteral("\\A[0-9A-Z]{3}[GTD]\\z"));
+    static const QRegularExpression form(QStringLiteral("\\A[0-9A-Z]{3}[0-9A-HJ-Z]\\z"));
     return form.match(text).hasMatch();
 }
 

@@ -134,8 +134,8 @@ std::optional<TEnding> toEnding(QStringView text);
 /// Whether that is the address of a gate on a line of classic controllers: two digits and a capital letter,
 /// such as 01A.
 bool isLineAddress(const QString& text);
-/// Whether that is the address of a gate on a bus of networked boards: three digits or capital letters and G
-/// (gate), T (turnstile) or D (door), such as 101T. I is a display, which is no gate.
+/// Whether that is the address of a gate on a bus of networked boards: four digits or capital letters, such
+/// as 101T. The last is its type; I is a display, which is no gate.
 bool isBusAddress(const QString& text);
 
 /// Reads a gate written as address:zone:direction, such as "01A:hall:in". Nothing when it is none.

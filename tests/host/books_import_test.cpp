@@ -110,9 +110,9 @@ TEST_F(TBooksImportTest, ErrorsSayWhere)
         {TBookKind::Memberships, "member,from,to,zones\n1,2026-01-01,2026-01-31,;\n",
          "in.csv:2:25: a membership needs a zone that it opens"},
         {TBookKind::Gates, "address,zone,direction\n05a,hall,in\n",
-         "in.csv:2:1: \"05a\" is no gate's address: two digits and a capital letter such as 01A, or three "
+         "in.csv:2:1: \"05a\" is no gate's address: two digits and a capital letter such as 01A, or four "
          "digits "
-         "or capital letters and G, T or D, such as 101T"},
+         "or capital letters such as 101T, and no I at the end (a display)"},
         {TBookKind::Cards, "number,member\n9,Nobody\n", "in.csv:2:3: there is no member \"Nobody\""},
         {TBookKind::Cards, "number,member\n5,1\n",
          "in.csv:2:1: card 5 is there already, it is Anna Berg (1)'s"},

@@ -169,8 +169,9 @@ TEST_F(BooksProgram, WhatIsRefused)
          "\"2026-02-30\" is no day; write it like 2026-01-31"},
         {"member add Boris --from 2026-01-01", "A membership needs --from and --to"},
         {"gate add 02A hal in", "there is no zone \"hal\"; there are hall"},
-        {"gate add 2A hall in", "\"2A\" is no gate's address: two digits and a capital letter such as 01A, "
-                                "or three digits or capital letters and G, T or D, such as 101T"},
+        {"gate add 2A hall in",
+         "\"2A\" is no gate's address: two digits and a capital letter such as 01A, "
+         "or four digits or capital letters such as 101T, and no I at the end (a display)"},
         {"member change 1", "Nothing to change was given: see tnv5 member change --help"},
         {"journal --since 12:00", "\"12:00\" is no time; write it like 2026-01-31, \"2026-01-31 12:00\", "
                                   "today, yesterday, or 90m, 24h, 7d, 2w ago"},
