@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tnv5/host/book_table.h"
-#include "tnv5/host/database.h"
+#include "tnv5/host/books/book_table.h"
+#include "tnv5/host/books/database.h"
 
 #include <functional>
 #include <string>

@@ -3,8 +3,8 @@
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/demo_gates.h"
 #include "tnv5/common/messages.h"
-#include "tnv5/host/local_events.h"
-#include "tnv5/host/statement.h"
+#include "tnv5/host/books/statement.h"
+#include "tnv5/host/local/local_events.h"
 
 #include <QBuffer>
 #include <QCoreApplication>

@@ -2,7 +2,7 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/stop_signal.h"
-#include "tnv5/host/books_journal.h"
+#include "tnv5/host/books/books_journal.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>

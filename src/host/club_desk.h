@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tnv5/host/journal.h"
+#include "tnv5/host/books/journal.h"
 #include "tnv5/host/noise_limit.h"
 
 #include <QCache>

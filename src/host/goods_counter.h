@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tnv5/host/database.h"
+#include "tnv5/host/books/database.h"
 #include "tnv5/host/scale_reader.h"
 
 namespace tnv5::host {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tnv5/bank/serial_bank_pos.h"
-#include "tnv5/host/database.h"
+#include "tnv5/host/books/database.h"
 
 #include <optional>
 

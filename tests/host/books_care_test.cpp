@@ -1,5 +1,5 @@
 #include "books_fixture.h"
-#include "tnv5/host/books_care.h"
+#include "tnv5/host/books/books_care.h"
 
 #include <QFileInfo>
 #include <QScopeGuard>

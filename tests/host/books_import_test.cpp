@@ -1,5 +1,5 @@
 #include "books_fixture.h"
-#include "tnv5/host/books_import.h"
+#include "tnv5/host/books/books_import.h"
 
 namespace tnv5::host {
 namespace {

@@ -1,6 +1,6 @@
 #include "books_fixture.h"
 #include "tnv5/common/messages.h"
-#include "tnv5/host/books_journal.h"
+#include "tnv5/host/books/books_journal.h"
 
 #include <QScopeGuard>
 #include <ctime>

@@ -1,6 +1,6 @@
 // The file that describes a club: what a good one says, and what each mistake is told as.
 
-#include "tnv5/host/club_file.h"
+#include "tnv5/host/club/club_file.h"
 
 #include "support/text_printers.h"
 

@@ -4,8 +4,8 @@
 #include "sim/board_bus.h"
 #include "sim/pty.h"
 #include "support/lock_step.h"
-#include "tnv5/host/club_gates.h"
-#include "tnv5/host/club_plant.h"
+#include "tnv5/host/club/club_gates.h"
+#include "tnv5/host/club/club_plant.h"
 
 namespace tnv5::host {
 namespace {

@@ -1,7 +1,7 @@
 #include "club_fixture.h"
 #include "support/text_printers.h"
-#include "tnv5/host/equipment_books.h"
-#include "tnv5/host/lamp_books.h"
+#include "tnv5/host/books/lamp_books.h"
+#include "tnv5/host/club/equipment_books.h"
 
 namespace tnv5::host {
 namespace {

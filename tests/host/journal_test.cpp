@@ -1,5 +1,5 @@
 #include "club_fixture.h"
-#include "tnv5/host/journal.h"
+#include "tnv5/host/books/journal.h"
 #include "tnv5/testing/manual_clock.h"
 
 namespace tnv5::host {

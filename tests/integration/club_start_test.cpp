@@ -2,7 +2,7 @@
 
 #include "integration/club_site.h"
 #include "support/text_printers.h"
-#include "tnv5/host/lamp_books.h"
+#include "tnv5/host/books/lamp_books.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

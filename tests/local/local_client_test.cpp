@@ -1,6 +1,6 @@
 #include "local_fixture.h"
 
-#include "tnv5/host/local_client.h"
+#include "tnv5/host/local/local_client.h"
 #include "tnv5/platform/errors.h"
 
 #include <QLocalServer>

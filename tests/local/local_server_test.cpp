@@ -1,7 +1,7 @@
 #include "local_fixture.h"
 
-#include "tnv5/host/local_path.h"
-#include "tnv5/host/local_request.h"
+#include "tnv5/host/local/local_path.h"
+#include "tnv5/host/local/local_request.h"
 #include "tnv5/platform/errors.h"
 
 #include <QDir>
