@@ -33,7 +33,7 @@ TEST_F(TBooksImportTest, OnlyWhatIsNeeded)
 {
     EXPECT_EQ(take(TBookKind::Members, "\xEF\xBB\xBFName\r\n  Anna Berg \r\n"), 1);
     EXPECT_EQ(take(TBookKind::Cards, "member,number\nAnna Berg,7\n1,8\n"), 2);
-    EXPECT_EQ(take(TBookKind::Memberships, "member,from,to\n1,2026-01-01,2026-01-31\n"), 1);
+    EXPECT_EQ(take(TBookKind::Memberships, "member,from,to,zones\n1,2026-01-01,2026-01-31,hall\n"), 1);
     EXPECT_EQ(take(TBookKind::Zones, "name\ngym\n"), 1);
     EXPECT_EQ(take(TBookKind::Gates, "address,zone,direction\n101T,gym,out\n"), 1);
     EXPECT_EQ(take(TBookKind::Products, "name;price\ntea;3,20\n"), 1);
@@ -116,8 +116,10 @@ TEST_F(TBooksImportTest, ErrorsSayWhere)
         {TBookKind::Cards, "number,member\n9,Nobody\n", "in.csv:2:3: there is no member \"Nobody\""},
         {TBookKind::Cards, "number,member\n5,1\n",
          "in.csv:2:1: card 5 is there already, it is Anna Berg (1)'s"},
-        {TBookKind::Memberships, "member,from,to\n9,2026-01-01,2026-01-01\n",
+        {TBookKind::Memberships, "member,from,to,zones\n9,2026-01-01,2026-01-01,hall\n",
          "in.csv:2:1: there is no member 9"},
+        {TBookKind::Memberships, "member,from,to\n1,2026-01-01,2026-01-31\n",
+         "in.csv:1:1: column \"zones\" is missing"},
         {TBookKind::Zones, "name\npool\n", "in.csv:2:1: zone \"pool\" is there already"},
         {TBookKind::Gates, "address,zone,direction\n05A,hall,up\n",
          "in.csv:2:10: \"up\" is no direction: in, out or inner (a door inside the club)"},

@@ -209,7 +209,7 @@ TImportColumns importColumns(TBookKind kind)
     case TBookKind::Cards:
         return columns("number member name", 2);
     case TBookKind::Memberships:
-        return columns("member from to zones number name", 3);
+        return columns("member from to zones number name", 4);
     case TBookKind::Zones:
         return columns("name", 1);
     case TBookKind::Gates:
