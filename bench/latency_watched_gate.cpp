@@ -9,7 +9,7 @@
 #include "bench/audience.h"
 #include "bench/gate_program.h"
 #include "bench/line_feeder.h"
-#include "tnv5/host/journal.h"
+#include "tnv5/host/books/journal.h"
 #include "tnv5/turnstile/turnstile_device.h"
 
 #include <QSocketNotifier>

@@ -2,7 +2,7 @@
 
 #include "apps/tnv5-desk/gate_pairs.h"
 #include "apps/tnv5-desk/log_model.h"
-#include "tnv5/host/local_client.h"
+#include "tnv5/host/local/local_client.h"
 
 #include <QElapsedTimer>
 #include <QMap>

@@ -29,7 +29,7 @@ template <class Make>
 auto each(const QJsonObject& object, QStringView name, Make make)
 {
     QList<decltype(make(QJsonObject()))> things;
-    for (const QJsonValue& value : object.value(name).toArray()) {
+    for (const QJsonValue value : object.value(name).toArray()) {
         things.append(make(value.toObject()));
     }
     return things;
@@ -88,7 +88,7 @@ TClubState toState(const QJsonObject& object)
     });
     state.inside = object.value(u"inside").toInteger();
     state.journalWaiting = object.value(u"journalWaiting").toInteger();
-    for (const QJsonValue& trouble : object.value(u"troubles").toArray()) {
+    for (const QJsonValue trouble : object.value(u"troubles").toArray()) {
         state.troubles << trouble.toString();
     }
     return state;

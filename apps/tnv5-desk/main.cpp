@@ -1,7 +1,7 @@
 #include "apps/tnv5-desk/language.h"
 #include "apps/tnv5-desk/main_window.h"
 #include "apps/tnv5-desk/small_picture.h"
-#include "tnv5/host/local_path.h"
+#include "tnv5/host/local/local_path.h"
 #include "tnv5/platform/errors.h"
 
 #include <QApplication>

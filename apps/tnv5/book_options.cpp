@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 namespace tnv5::cli {
 
@@ -37,25 +38,48 @@ void addShowOptions(CLI::App& command, TShowOptions& options)
 {
     CLI::Option* const json = command.add_flag("--json", options.json, "As one JSON array; amounts in cents");
     command.add_flag("--csv", options.csv, "As comma-separated values")->excludes(json);
+    command.add_flag_callback("--plain", setPlain, "No colours");
 }
 
-void writeLine(const QString& line, host::TTableFormat format)
+namespace {
+
+[[noreturn]] void failOutput()
 {
-    const QByteArray bytes =
-        ((format == host::TTableFormat::Aligned ? harmless(line) : line) + u'\n').toUtf8();
-    const auto size = static_cast<std::size_t>(bytes.size());
-    if (std::fwrite(bytes.constData(), 1, size, stdout) != size || std::fflush(stdout) != 0) {
-        throw platform::Exception(QStringLiteral("standard output: ") +
-                                  QString::fromLocal8Bit(std::strerror(errno)));
+    throw platform::Exception(QStringLiteral("standard output: ") +
+                              QString::fromLocal8Bit(std::strerror(errno)));
+}
+
+} // namespace
+
+std::function<void(const QString&)> tableOutput(host::TTableFormat format)
+{
+    const bool forPeople = format == host::TTableFormat::Aligned;
+    return [forPeople, faint = forPeople && coloured()](const QString& line) mutable {
+        QString text = forPeople ? harmless(line) : line;
+        if (std::exchange(faint, false)) {
+            text = QStringLiteral("\033[2m%1\033[0m").arg(text);
+        }
+        const QByteArray bytes = (text + u'\n').toUtf8();
+        const auto size = static_cast<std::size_t>(bytes.size());
+        if (std::fwrite(bytes.constData(), 1, size, stdout) != size) {
+            failOutput();
+        }
+    };
+}
+
+void flushLines()
+{
+    if (std::fflush(stdout) != 0) {
+        failOutput();
     }
 }
 
 void showTable(const host::TBookTable& table, host::TTableFormat format)
 {
-    host::TTableWriter writer(format, table.columns,
-                              [format](const QString& line) { writeLine(line, format); });
+    host::TTableWriter writer(format, table.columns, tableOutput(format));
     writer.add(table.rows);
     writer.end();
+    flushLines();
 }
 
 int runJson(bool json, const std::function<int()>& body)

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "tnv5/host/book_table.h"
-#include "tnv5/host/database.h"
+#include "tnv5/host/books/book_table.h"
+#include "tnv5/host/books/database.h"
 
+#include <functional>
 #include <string>
 
 namespace CLI {
@@ -29,9 +30,12 @@ struct TShowOptions
 };
 void addShowOptions(CLI::App& command, TShowOptions& options);
 
-/// Writes a line to standard output as it is when it is data, and harmless when it is for people.
-/// @throws platform::Exception when it cannot be written
-void writeLine(const QString& line, host::TTableFormat format);
+/// What takes the lines of a table to standard output: as they are when they are data; for people harmless,
+/// and the first one, which names the columns, faint.
+/// @throws platform::Exception when one cannot be written
+std::function<void(const QString& line)> tableOutput(host::TTableFormat format);
+/// What went there is out now. @throws platform::Exception when it cannot be written
+void flushLines();
 
 /// Shows a whole table.
 void showTable(const host::TBookTable& table, host::TTableFormat format);

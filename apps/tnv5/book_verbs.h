@@ -3,8 +3,8 @@
 #include "apps/tnv5/book_options.h"
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
-#include "tnv5/host/books.h"
-#include "tnv5/host/books_import.h"
+#include "tnv5/host/books/books.h"
+#include "tnv5/host/books/books_import.h"
 
 #include <CLI/CLI.hpp>
 #include <QFile>

@@ -3,11 +3,11 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/stop_signal.h"
-#include "tnv5/host/club_check.h"
-#include "tnv5/host/club_plant.h"
-#include "tnv5/host/local_events.h"
-#include "tnv5/host/local_path.h"
-#include "tnv5/host/local_server.h"
+#include "tnv5/host/club/club_check.h"
+#include "tnv5/host/club/club_plant.h"
+#include "tnv5/host/local/local_events.h"
+#include "tnv5/host/local/local_path.h"
+#include "tnv5/host/local/local_server.h"
 
 #include <QCoreApplication>
 #include <optional>
@@ -113,6 +113,7 @@ private:
 
 int runClub(const QString& file, const QString& socket)
 {
+    holdSignals(); // also in the threads that begin from now on
     failInsteadOfEnding();
     const host::TClubFile club = host::checkClub(file);
     if (!complainAbout(file, club.errors)) {

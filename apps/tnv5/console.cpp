@@ -23,6 +23,12 @@ std::function<void(const QString& line, bool complaint)>& listener()
     return one;
 }
 
+bool& plain()
+{
+    static bool one = false;
+    return one;
+}
+
 void write(std::FILE* file, const QString& text)
 {
     std::fputs(qUtf8Printable(text), file);
@@ -100,7 +106,12 @@ void print(const QString& line, TColour colour)
 
 bool coloured()
 {
-    return onTerminal() && qEnvironmentVariableIsEmpty("NO_COLOR");
+    return !plain() && onTerminal() && qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb";
+}
+
+void setPlain()
+{
+    plain() = true;
 }
 
 void complain(const QString& line)

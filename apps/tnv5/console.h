@@ -18,8 +18,11 @@ enum class TColour { Usual, Red, Green, Yellow, Faint };
 
 /// Writes one line in a colour to standard output, where `coloured` says so.
 void print(const QString& line, TColour colour);
-/// Whether a person looks at standard output who has nothing against colours (NO_COLOR).
+/// Whether a person looks at standard output who has nothing against colours (NO_COLOR, --plain), on a
+/// terminal that has them (TERM).
 bool coloured();
+/// No colours from now on: --plain.
+void setPlain();
 
 /// Writes lines of our own making, with their colours, to standard output.
 void draw(const QStringList& lines);

@@ -1,7 +1,7 @@
 #include "apps/tnv5/demo_club.h"
 
 #include "tnv5/common/messages.h"
-#include "tnv5/host/lamp_books.h"
+#include "tnv5/host/books/lamp_books.h"
 
 namespace tnv5::cli {
 

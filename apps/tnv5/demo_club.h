@@ -1,7 +1,7 @@
 #pragma once
 
 #include "sim/classic_line.h"
-#include "tnv5/host/database.h"
+#include "tnv5/host/books/database.h"
 
 namespace tnv5::cli {
 

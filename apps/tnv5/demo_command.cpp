@@ -13,7 +13,7 @@
 #include "tnv5/common/messages.h"
 #include "tnv5/host/club_host.h"
 #include "tnv5/host/d24_host.h"
-#include "tnv5/host/local_path.h"
+#include "tnv5/host/local/local_path.h"
 #include "tnv5/host/port_keeper.h"
 #include "tnv5/platform/serial_port.h"
 

@@ -3,8 +3,8 @@
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/demo_gates.h"
 #include "tnv5/common/messages.h"
-#include "tnv5/host/local_events.h"
-#include "tnv5/host/statement.h"
+#include "tnv5/host/books/statement.h"
+#include "tnv5/host/local/local_events.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -79,7 +79,7 @@ QJsonObject TDemoDesk::state()
                               lineState(QStringLiteral("lamps"), FClub.lamps.port()),
                               lineState(QStringLiteral("fruit"), FClub.fruit.port()),
                               lineState(QStringLiteral("bar"), FClub.bar.port())};
-    for (const QJsonValue& line : lines) {
+    for (const QJsonValue line : lines) {
         if (!line[u"open"].toBool()) {
             troubles.append(
                 QStringLiteral("line %1: %2").arg(line[u"name"].toString(), line[u"why"].toString()));

@@ -5,7 +5,7 @@
 #include "apps/tnv5/demo_lamps.h"
 #include "tnv5/d24/d24_device.h"
 #include "tnv5/host/club_desk.h"
-#include "tnv5/host/local_server.h"
+#include "tnv5/host/local/local_server.h"
 #include "tnv5/turnstile/turnstile_device.h"
 
 namespace tnv5::cli {

@@ -2,9 +2,9 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
 #include "tnv5/host/card_payment.h"
-#include "tnv5/host/club_file.h"
-#include "tnv5/host/local_client.h"
-#include "tnv5/host/local_path.h"
+#include "tnv5/host/club/club_file.h"
+#include "tnv5/host/local/local_client.h"
+#include "tnv5/host/local/local_path.h"
 #include "tnv5/platform/errors.h"
 
 #include <CLI/CLI.hpp>

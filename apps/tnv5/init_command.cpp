@@ -3,9 +3,9 @@
 #include "apps/tnv5/book_options.h"
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
-#include "tnv5/host/books.h"
-#include "tnv5/host/books_care.h"
-#include "tnv5/host/books_journal.h"
+#include "tnv5/host/books/books.h"
+#include "tnv5/host/books/books_care.h"
+#include "tnv5/host/books/books_journal.h"
 
 #include <CLI/CLI.hpp>
 #include <QFileInfo>

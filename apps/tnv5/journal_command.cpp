@@ -2,12 +2,13 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/stop_signal.h"
-#include "tnv5/host/books_journal.h"
+#include "tnv5/host/books/books_journal.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
 #include <QTimer>
 #include <memory>
+#include <optional>
 
 namespace tnv5::cli {
 
@@ -27,8 +28,8 @@ struct TInsideOptions
 struct TJournalOptions
 {
     std::string database;
-    std::string since;
-    std::string until;
+    std::optional<std::string> since; // an empty one is wrong, not absent
+    std::optional<std::string> until;
     std::string member;
     std::string gate;
     std::string ending;
@@ -56,7 +57,7 @@ public:
           FFormat(options.show.json && options.follow ? TTableFormat::JsonLines : options.show.format()),
           FWriter(FFormat,
                   FPeople ? host::TJournalReader::columnsForPeople() : host::TJournalReader::columns(),
-                  [format = FFormat](const QString& line) { writeLine(line, format); })
+                  tableOutput(FFormat))
     {
     }
 
@@ -70,10 +71,15 @@ public:
             }
             add(rows);
         }
+        flushLines();
     }
     /// And what has ended.
     void ends() { add(FJournal.ended()); }
-    void end() { FWriter.end(); }
+    void end()
+    {
+        FWriter.end();
+        flushLines();
+    }
 
 private:
     void add(const QList<QVariantList>& rows)
@@ -130,10 +136,8 @@ int journal(const TJournalOptions& options)
             return kDone;
         }
         host::TJournalQuery query;
-        query.since =
-            options.since.empty() ? 0 : host::readMoment(QString::fromStdString(options.since), false);
-        query.until =
-            options.until.empty() ? 0 : host::readMoment(QString::fromStdString(options.until), true);
+        query.since = options.since ? host::readMoment(QString::fromStdString(*options.since), false) : 0;
+        query.until = options.until ? host::readMoment(QString::fromStdString(*options.until), true) : 0;
         query.member =
             options.member.empty() ? 0 : host::TBooks(club).memberOf(QString::fromStdString(options.member));
         query.gate = QString::fromStdString(options.gate);
@@ -166,8 +170,14 @@ void addJournalCommand(CLI::App& app, TCommand& chosen)
     CLI::App* const command = app.add_subcommand("journal", "Show the journal of passes, oldest first");
     addDatabaseOption(*command, options->database);
     addShowOptions(*command, options->show);
-    command->add_option("--since", options->since, "Passes that began then or later")->type_name("TIME");
-    command->add_option("--until", options->until, "Passes that began then or before")->type_name("TIME");
+    const auto moment = [command](const char* name, std::optional<std::string>& value, const char* what) {
+        command
+            ->add_option_function<std::string>(
+                name, [&value](const std::string& text) { value = text; }, what)
+            ->type_name("TIME");
+    };
+    moment("--since", options->since, "Passes that began then or later");
+    moment("--until", options->until, "Passes that began then or before");
     command->add_option("--member", options->member, "Of this member: number or name")->type_name("MEMBER");
     command->add_option("--gate", options->gate, "At this gate")->type_name("ADDRESS");
     command

@@ -31,6 +31,7 @@ int run(int argc, char** argv)
     CLI::App app("Drives the turnstiles and doors of a club.\n", "tnv5");
     app.set_version_flag("--version", "tnv5 " TNV5_VERSION_STRING);
     app.require_subcommand(1);
+    app.add_flag_callback("--plain", tnv5::cli::setPlain, "No colours");
     app.footer("\nA first look, without any hardware:  tnv5 demo\n"
                "More about a command:                tnv5 COMMAND --help");
     tnv5::cli::TCommand chosen;

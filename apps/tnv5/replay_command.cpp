@@ -9,6 +9,7 @@
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <memory>
 
@@ -22,7 +23,7 @@ struct TReplayOptions
 {
     std::vector<std::string> files;
     std::string from;
-    std::string to;
+    std::string until;
     tools::TProtocol protocol = tools::TProtocol::Bus;
     double speed = 1;
     bool refuse = false;
@@ -106,6 +107,21 @@ tools::TEntrySource entriesOf(const QStringList& files)
     return [reader = std::make_shared<tools::TRecordingReader>(files)] { return reader->next(); };
 }
 
+/// Reads all files, before anything is played.
+void check(const QStringList& files)
+{
+    for (const QString& file : files) {
+        if (const QFileInfo info(file); info.exists() && !info.isFile() && !info.isDir()) {
+            throw platform::Exception(file + QStringLiteral(": a recording is read twice, so it must be a "
+                                                            "file; write what comes here into one first"));
+        }
+    }
+    tools::TRecordingReader reader(files);
+    reader.OnHalfLine = &complain;
+    while (reader.next()) {
+    }
+}
+
 /// A time within a recording: "90", "1:30", "1:02:03.5". @return microseconds
 qint64 timeOf(const std::string& text)
 {
@@ -130,11 +146,9 @@ int replay(const TReplayOptions& options)
         files.append(QString::fromStdString(file));
     }
     const qint64 from = options.from.empty() ? 0 : timeOf(options.from);
-    const qint64 to = options.to.empty() ? -1 : timeOf(options.to);
-    const auto check = entriesOf(files); // before anything is played
-    while (check()) {
-    }
-    const tools::TEntrySource entries = tools::part(entriesOf(files), from, to);
+    const qint64 until = options.until.empty() ? -1 : timeOf(options.until);
+    check(files);
+    const tools::TEntrySource entries = tools::part(entriesOf(files), from, until);
     if (options.pty) {
         return replayOnPty(options, entries);
     }
@@ -158,7 +172,7 @@ void addReplayCommand(CLI::App& app, TCommand& chosen)
         ->capture_default_str();
     command->add_option("--from", options->from, "Begin there: 90 (seconds), 1:30 or 1:02:03.5")
         ->type_name("TIME");
-    command->add_option("--to", options->to, "End there")->type_name("TIME");
+    command->add_option("--until", options->until, "End there")->type_name("TIME");
     command->add_flag("--refuse", options->refuse, "Refuse every card instead of letting it pass");
     command->add_flag("--pty", options->pty, "Play it out on a pseudo-terminal for another program");
     command->callback([&chosen, options, protocol] {

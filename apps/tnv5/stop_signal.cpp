@@ -97,6 +97,13 @@ void THangUp::onSignal()
     platform::guarded(FOnHangUp);
 }
 
+void holdSignals()
+{
+    block(SIG_BLOCK);
+    const sigset_t signals = hangUp();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+}
+
 void failInsteadOfEnding()
 {
     signal(SIGPIPE, SIG_IGN);

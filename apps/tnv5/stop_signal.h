@@ -47,6 +47,10 @@ private:
     int FDescriptor;
 };
 
+/// SIGINT, SIGTERM and SIGHUP wait from now on until somebody takes them: `TStopSignal` and `THangUp`, which
+/// may come later. To be called before anything that must not be left half done.
+void holdSignals();
+
 /// Writing to a pipe that nobody reads, or to a file that may not grow, fails from now on, instead of ending
 /// the program.
 void failInsteadOfEnding();

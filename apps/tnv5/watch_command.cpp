@@ -2,7 +2,7 @@
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/open_port.h"
 #include "apps/tnv5/stop_signal.h"
-#include "tnv5/host/book_table.h"
+#include "tnv5/host/books/book_table.h"
 #include "tnv5/platform/com_data_packet.h"
 #include "tnv5/platform/serial_port.h"
 #include "tnv5/platform/timer.h"
@@ -236,15 +236,17 @@ void addWatchCommand(CLI::App& app, TCommand& chosen)
         ->required()
         ->type_name("PROTOCOL")
         ->check(CLI::IsMember(protocolNames()).description(""));
-    command->add_option("--record", options->record, "Write a recording for \"tnv5 replay\"")
-        ->type_name("FILE");
+    CLI::Option* const record =
+        command->add_option("--record", options->record, "Write a recording for \"tnv5 replay\"")
+            ->type_name("FILE");
     command->add_flag("--wait", options->wait,
                       "Wait for a port that is not there yet, and for one that went away");
-    command->add_flag("--force", options->force, "Overwrite a recording that is there");
+    command->add_flag("--force", options->force, "Overwrite a recording that is there")->needs(record);
     command
         ->add_option(
             "--rotate", options->rotateAt,
             "Begin another file, FILE.2, FILE.3 and so on, when one has this size, such as 500K, 10M or 1G")
+        ->needs(record)
         ->type_name("SIZE")
         ->transform(CLI::AsSizeValue(false))
         ->check(CLI::PositiveNumber.description(""));

@@ -2,7 +2,7 @@
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/open_port.h"
 #include "apps/tnv5/stop_signal.h"
-#include "tnv5/host/book_table.h"
+#include "tnv5/host/books/book_table.h"
 #include "tnv5/host/scale_reader.h"
 #include "tnv5/platform/serial_port.h"
 #include "tnv5/scales/families.h"

@@ -132,11 +132,22 @@ std::optional<TEnding> toEnding(QStringView text)
     return valueOf<TEnding>(kEndings, text);
 }
 
+bool isLineAddress(const QString& text)
+{
+    static const QRegularExpression form(QStringLiteral("\\A[0-9]{2}[A-Z]\\z"));
+    return form.match(text).hasMatch();
+}
+
+bool isBusAddress(const QString& text)
+{
+    static const QRegularExpression form(QStringLiteral("\\A[0-9A-Z]{3}[0-9A-HJ-Z]\\z"));
+    return form.match(text).hasMatch();
+}
+
 std::optional<TGate> toGate(const QString& text)
 {
-    static const QRegularExpression kAddress(QStringLiteral("^[0-9]{2}[A-Za-z]$"));
     const QStringList parts = text.split(u':');
-    if (parts.size() != 3 || !kAddress.match(parts[0]).hasMatch() || parts[1].isEmpty()) {
+    if (parts.size() != 3 || !isLineAddress(parts[0]) || parts[1].isEmpty()) {
         return std::nullopt;
     }
     const std::optional<TDirection> direction = toDirection(parts[2]);

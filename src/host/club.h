@@ -22,6 +22,8 @@ struct TGate
     QString address;
     QString zone;
     TDirection direction = TDirection::In;
+
+    bool operator==(const TGate&) const = default;
 };
 
 struct TMember
@@ -128,6 +130,13 @@ QString toText(TEnding ending);
 std::optional<TDirection> toDirection(QStringView text);
 std::optional<TRefusal> toRefusal(QStringView text);
 std::optional<TEnding> toEnding(QStringView text);
+
+/// Whether that is the address of a gate on a line of classic controllers: two digits and a capital letter,
+/// such as 01A.
+bool isLineAddress(const QString& text);
+/// Whether that is the address of a gate on a bus of networked boards: four digits or capital letters, such
+/// as 101T. The last is its type; I is a display, which is no gate.
+bool isBusAddress(const QString& text);
 
 /// Reads a gate written as address:zone:direction, such as "01A:hall:in". Nothing when it is none.
 std::optional<TGate> toGate(const QString& text);

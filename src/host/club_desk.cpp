@@ -54,7 +54,10 @@ TClubDesk::TClubDesk(TDatabase& database) : FDatabase(database), FJournal(databa
     FNewsTimer.SetInterval(kNewsDelayMs);
     FNewsTimer.OnTimer = [this](platform::TTimer*) { tellNews(); };
     FFileTimer.SetInterval(kFileMs);
-    FFileTimer.OnTimer = [this](platform::TTimer*) { lookAfterFile(); };
+    FFileTimer.OnTimer = [this](platform::TTimer*) {
+        lookAfterFile();
+        tellNoise(FNoise.over(platform::TClock::current().nowMs()));
+    };
     FFileTimer.SetEnabled(true);
 }
 
@@ -78,6 +81,7 @@ void TClubDesk::close()
     FJournal.close();
     FFileTimer.SetEnabled(false);
     lookAfterFile();
+    tellNoise(FNoise.all());
     tellNews();
 }
 
@@ -250,8 +254,28 @@ QImage TClubDesk::pictureFor(const QString& card)
     return {};
 }
 
+bool TClubDesk::isNoise(const TPass& pass)
+{
+    if (pass.refusal != TRefusal::UnknownCard) {
+        return false;
+    }
+    const qint64 now = platform::TClock::current().nowMs();
+    tellNoise(FNoise.over(now));
+    return !FNoise.admits(pass.gate, now);
+}
+
+void TClubDesk::tellNoise(const QStringList& lines)
+{
+    for (const QString& line : lines) {
+        trouble(line);
+    }
+}
+
 void TClubDesk::note(const PPass& pass)
 {
+    if (isNoise(*pass)) {
+        return;
+    }
     FJournal.add(pass);
     if (FNews.size() < kMaxNews) {
         FNews.emplace_back([this, copy = *pass] {

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "tnv5/host/journal.h"
+#include "tnv5/host/books/journal.h"
+#include "tnv5/host/noise_limit.h"
 
 #include <QCache>
 #include <QImage>
@@ -23,6 +24,9 @@ std::optional<TEnding> endingOf(int mode);
 /// Gates of several components that share a desk share what it knows of who is inside. A card that cannot be
 /// decided about, because the database fails, is refused and said so; work goes on. The exit button and an
 /// opening by hand always open.
+///
+/// Noise on a line may look like cards. Of unknown cards at a gate `TNoiseLimit::kPerMinute` a minute are
+/// kept and told; the others are refused like any, and only their number is told, when the minute is over.
 ///
 /// It looks after the file: a database that is deleted or replaced while the desk is open is told once.
 ///
@@ -54,6 +58,9 @@ public:
     static constexpr int kByHandMs = 10'000;
     /// Whether that opening has not been asked for by a component yet.
     bool expectsByHand(const QString& address) const { return FByHand.contains(address); }
+    /// It is not expected any more: the next opening by hand there is somebody else's.
+    /// @return whether no component had asked for it yet
+    bool forgetByHand(const QString& address) { return FByHand.erase(address) != 0; }
 
     /// A line cannot be used any more: an outage begins in the journal, unless one is under way on that line.
     void lineLost(const QString& line, const QString& why);
@@ -77,7 +84,7 @@ public:
     /// Tells the person in charge.
     void trouble(const QString& text);
 
-    /// A pass was decided about, and again when it has ended.
+    /// A pass was decided about, and again when it has ended; noise is left out.
     std::function<void(const TPass& pass)> OnPass;
     /// One line for the person in charge: errors of the components and of the database.
     std::function<void(const QString& text)> OnTrouble;
@@ -100,6 +107,8 @@ private:
     bool isInside(const TMember& member, const TPass& pass) const;
     PPass takePass(const QString& address, const QString& card);
     void note(const PPass& pass);
+    bool isNoise(const TPass& pass);
+    void tellNoise(const QStringList& lines);
     void tellNews();
 
     TDatabase& FDatabase;
@@ -108,6 +117,7 @@ private:
     std::map<QString, TByHand> FByHand;  // by the gate
     std::map<QString, POutage> FOutages; // under way, by the line
     QCache<qint64, QImage> FPictures;
+    TNoiseLimit FNoise;
     std::deque<std::function<void()>> FNews; // what is to be told, in order
     platform::TTimer FNewsTimer;
     platform::TTimer FFileTimer;

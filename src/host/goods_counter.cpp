@@ -34,6 +34,10 @@ void TGoodsCounter::close()
 
 bool TGoodsCounter::sell(const QString& card, const QString& product)
 {
+    if (FOrder) { // the goods on the platform are somebody's already
+        tell(QStringLiteral("the scale waits for %1 already").arg(FOrder->name));
+        return false;
+    }
     const std::optional<THolder> holder = FDatabase.holderOf(card);
     if (!holder) {
         tell(QStringLiteral("card %1 is unknown, nothing is sold").arg(card));

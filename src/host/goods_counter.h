@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tnv5/host/database.h"
+#include "tnv5/host/books/database.h"
 #include "tnv5/host/scale_reader.h"
 
 namespace tnv5::host {
@@ -30,8 +30,9 @@ public:
     void open() { FReader.start(); }
     void close();
 
-    /// The holder of this card takes what is on the platform. Replaces an order that still waits.
-    /// @return false, told through `OnTrouble`, when nobody has the card or nothing of that name is sold.
+    /// The holder of this card takes what is on the platform.
+    /// @return false, told through `OnTrouble`, when another order waits (`cancel` it first), nobody has the
+    /// card or nothing of that name is sold.
     /// @throws EDatabase
     bool sell(const QString& card, const QString& product);
     /// Forgets an order that still waits.

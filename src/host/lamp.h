@@ -17,6 +17,8 @@ struct TLamp
     QString board; ///< four characters, side "A" or "B" of a pair
     QString relay; ///< of the pair: "1" and "2" on side A, "3" to "5" on side B
     qint64 centsPerMinute = 0;
+
+    bool operator==(const TLamp&) const = default;
 };
 
 /// How time on a lamp ended; `None`: it has not.

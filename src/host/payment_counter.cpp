@@ -13,6 +13,24 @@ constexpr int kShortestTimeOut = 1;
 
 } // namespace
 
+QList<TPayment> recoverPayments(TDatabase& database, qint64 last)
+{
+    QList<TPayment> payments = database.paymentsUnderWay();
+    payments.removeIf([last](const TPayment& payment) { return payment.id > last; });
+    if (payments.isEmpty()) {
+        return {};
+    }
+    TWriteTransaction transaction(database.connection());
+    for (TPayment& payment : payments) {
+        payment.outcome = TOutcome::Unknown;
+        payment.ended = platform::Now();
+        payment.reason = QStringLiteral("the program ended meanwhile");
+        database.writePayment(payment);
+    }
+    transaction.commit();
+    return payments;
+}
+
 TPaymentCounter::TPaymentCounter(bank::TBankPos& pos, TDatabase& database) : FPos(pos), FDatabase(database)
 {
     FPos.SetTimeOut(std::max(FPos.TimeOut(), kShortestTimeOut));
@@ -41,11 +59,7 @@ TPaymentCounter::~TPaymentCounter()
 
 void TPaymentCounter::recover()
 {
-    for (TPayment& payment : FDatabase.paymentsUnderWay()) {
-        payment.outcome = TOutcome::Unknown;
-        payment.ended = platform::Now();
-        payment.reason = QStringLiteral("the program ended meanwhile");
-        FDatabase.writePayment(payment);
+    for (const TPayment& payment : recoverPayments(FDatabase, FDatabase.lastPayment())) {
         if (OnOutcome) {
             OnOutcome(payment);
         }

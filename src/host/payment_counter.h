@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tnv5/bank/serial_bank_pos.h"
-#include "tnv5/host/database.h"
+#include "tnv5/host/books/database.h"
 
 #include <optional>
 
@@ -11,6 +11,11 @@ namespace tnv5::host {
 inline const QString kUsualCodesOk = QStringLiteral("00;");
 inline const QString kUsualCodesError =
     QStringLiteral("01;03;04;05;12;13;14;30;41;43;51;54;55;57;58;61;62;65;75;78;91;96;");
+
+/// Payments that an earlier run of a program left under way become unknown, all or none.
+/// @param last row of the payments that an earlier run can have written
+/// @return them @throws EDatabase
+QList<TPayment> recoverPayments(TDatabase& database, qint64 last);
 
 /// Takes card payments with a bank terminal on a serial line; keeps each in the database from the moment its
 /// amount is sent, and ends each with one outcome.

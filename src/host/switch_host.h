@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tnv5/answers/relay_caution.h"
-#include "tnv5/host/lamp_books.h"
+#include "tnv5/host/books/lamp_books.h"
 #include "tnv5/platform/timer.h"
 #include "tnv5/switch/switch_device.h"
 

@@ -295,7 +295,14 @@ std::optional<TEntry> TRecordingReader::next()
         try {
             return TLineReader(line, FLine).entry();
         } catch (const ERecording& error) {
-            throw ERecording(FFile->fileName() + QStringLiteral(": ") + error.message());
+            if (whole.endsWith('\n')) {
+                throw ERecording(FFile->fileName() + QStringLiteral(": ") + error.message());
+            }
+            if (OnHalfLine) {
+                OnHalfLine(QStringLiteral("%1: line %2 is only half there and is left out")
+                               .arg(FFile->fileName())
+                               .arg(FLine));
+            }
         }
     }
 }

@@ -87,6 +87,9 @@ public:
 
     explicit TRecordingReader(const QStringList& files) : FFiles(files) {}
 
+    /// The last line of a file is broken and has no end, as a power cut leaves it: it is not read.
+    std::function<void(const QString& text)> OnHalfLine;
+
     /// The next entry. @throws ERecording with file and line
     std::optional<TEntry> next();
 

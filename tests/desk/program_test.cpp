@@ -1,6 +1,6 @@
 #include "integration/program_run.h"
-#include "tnv5/host/local_client.h"
-#include "tnv5/host/local_server.h"
+#include "tnv5/host/local/local_client.h"
+#include "tnv5/host/local/local_server.h"
 
 #include <QFile>
 #include <QImage>

@@ -1,7 +1,7 @@
 // Whatever a club's file says, it is read to its end: errors stand in the order of their lines and are one
 // line each, and a plan without errors has what the running club relies on.
 
-#include "tnv5/host/club_file.h"
+#include "tnv5/host/club/club_file.h"
 
 #include <QSet>
 #include <algorithm>

@@ -2,8 +2,8 @@
 // first, and what was read is read back when it is written again.
 
 #include "fuzz_host.h"
-#include "tnv5/host/books_error.h"
-#include "tnv5/host/csv.h"
+#include "tnv5/host/books/books_error.h"
+#include "tnv5/host/books/csv.h"
 
 using namespace tnv5;
 

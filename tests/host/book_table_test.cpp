@@ -1,5 +1,5 @@
 #include "support/text_printers.h"
-#include "tnv5/host/book_table.h"
+#include "tnv5/host/books/book_table.h"
 #include "tnv5/testing/manual_clock.h"
 
 #include <gtest/gtest.h>

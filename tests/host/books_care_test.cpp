@@ -1,7 +1,28 @@
 #include "books_fixture.h"
-#include "tnv5/host/books_care.h"
+#include "tnv5/host/books/books_care.h"
 
 #include <QFileInfo>
+#include <QScopeGuard>
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <thread>
+#include <unistd.h>
+
+static std::atomic<bool> knowsNoReplace = true; // whether the file system has RENAME_NOREPLACE
+
+// Stands before the C library's: some file systems do not know all of it.
+extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
+                         unsigned int flags) noexcept
+{
+    if (flags != 0 && !knowsNoReplace) {
+        errno = EINVAL;
+        return -1;
+    }
+    return static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
+}
 
 namespace tnv5::host {
 namespace {
@@ -96,6 +117,57 @@ TEST_F(TBooksCareTest, ABackupTakesNobodysPlaceByAccident)
     EXPECT_EQ(QFile(target).size(), 4);
     backUp(club, target, true);
     EXPECT_EQ(refusal([&] { TDatabase(target, TOpening::Existing); }), QString());
+}
+
+TEST_F(TBooksCareTest, AlsoWhereAFileSystemKnowsLess)
+{
+    knowsNoReplace = false;
+    const auto back = qScopeGuard([] { knowsNoReplace = true; });
+    EXPECT_EQ(refusal([&] { backUp(club, target, false); }), QString());
+    EXPECT_EQ(refusal([&] { TDatabase(target, TOpening::Existing); }), QString());
+    EXPECT_EQ(QFileInfo(target).absoluteDir().entryList({QStringLiteral("*part*")}), QStringList());
+    EXPECT_EQ(refusal([&] { backUp(club, target, false); }),
+              target + QStringLiteral(": the file is there already; --force takes its place"));
+    EXPECT_EQ(refusal([&] { backUp(club, target, true); }), QString());
+}
+
+// A second program looks on: nobody who may not read the club's file may read the copy while it is made, and
+// there are no files of the database beside it.
+TEST_F(TBooksCareTest, NobodyElseMayReadTheCopy)
+{
+    QFile::setPermissions(FFile, QFile::ReadOwner | QFile::WriteOwner);
+    const mode_t usual = umask(0);
+    const auto back = qScopeGuard([usual] { umask(usual); });
+    std::atomic<bool> over = false;
+    std::atomic<bool> readable = false;
+    std::atomic<bool> beside = false;
+    const QByteArray part = QFile::encodeName(target) + ".part-" + QByteArray::number(getpid());
+    std::thread watcher([&] {
+        while (!over) {
+            struct stat state = {};
+            readable = readable || (stat(part.constData(), &state) == 0 && (state.st_mode & 077) != 0);
+            beside = beside || stat((part + "-wal").constData(), &state) == 0 ||
+                     stat((part + "-shm").constData(), &state) == 0;
+        }
+    });
+    for (int count = 0; count < 20; ++count) {
+        backUp(club, target, true);
+    }
+    over = true;
+    watcher.join();
+    EXPECT_FALSE(readable);
+    EXPECT_FALSE(beside);
+}
+
+TEST_F(TBooksCareTest, ACopyHasTheRightsOfTheOriginal)
+{
+    const mode_t usual = umask(077);
+    const auto back = qScopeGuard([usual] { umask(usual); });
+    ASSERT_EQ(chmod(QFile::encodeName(FFile).constData(), 0664), 0);
+    backUp(club, target, false);
+    struct stat state = {};
+    ASSERT_EQ(stat(QFile::encodeName(target).constData(), &state), 0);
+    EXPECT_EQ(state.st_mode & 0777, 0664U);
 }
 
 TEST_F(TBooksCareTest, NeverTheDatabaseItself)

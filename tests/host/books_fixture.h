@@ -1,7 +1,7 @@
 #pragma once
 
 #include "club_fixture.h"
-#include "tnv5/host/books.h"
+#include "tnv5/host/books/books.h"
 #include "tnv5/testing/manual_clock.h"
 
 namespace tnv5::host {

@@ -1,5 +1,5 @@
 #include "books_fixture.h"
-#include "tnv5/host/books_import.h"
+#include "tnv5/host/books/books_import.h"
 
 namespace tnv5::host {
 namespace {
@@ -103,6 +103,16 @@ TEST_F(TBooksImportTest, ErrorsSayWhere)
          "in.csv:2:25: there is no zone \"hal\"; there are hall, pool"},
         {TBookKind::Members, "name,from,to,zones\nx,2026-02-01,2026-01-31,hall\n",
          "in.csv:2:3: a membership cannot end on 2026-01-31 when it begins on 2026-02-01"},
+        {TBookKind::Members, "name,from,to\nx,2026-01-01,2026-01-31\n",
+         "in.csv:2:1: a membership needs a zone that it opens"},
+        {TBookKind::Members, "name\n2026\n",
+         "in.csv:2:1: \"2026\" is a number; the name of a member is not one"},
+        {TBookKind::Memberships, "member,from,to,zones\n1,2026-01-01,2026-01-31,;\n",
+         "in.csv:2:25: a membership needs a zone that it opens"},
+        {TBookKind::Gates, "address,zone,direction\n05a,hall,in\n",
+         "in.csv:2:1: \"05a\" is no gate's address: two digits and a capital letter such as 01A, or four "
+         "digits "
+         "or capital letters such as 101T, and no I at the end (a display)"},
         {TBookKind::Cards, "number,member\n9,Nobody\n", "in.csv:2:3: there is no member \"Nobody\""},
         {TBookKind::Cards, "number,member\n5,1\n",
          "in.csv:2:1: card 5 is there already, it is Anna Berg (1)'s"},

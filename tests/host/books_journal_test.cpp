@@ -1,6 +1,9 @@
 #include "books_fixture.h"
 #include "tnv5/common/messages.h"
-#include "tnv5/host/books_journal.h"
+#include "tnv5/host/books/books_journal.h"
+
+#include <QScopeGuard>
+#include <ctime>
 
 namespace tnv5::host {
 namespace {
@@ -156,6 +159,56 @@ TEST_F(TBooksJournalTest, Following)
     EXPECT_EQ(journal.next(100).size(), 1);
 }
 
+TEST_F(TBooksJournalTest, FollowingWithAnEndingMissesNothing)
+{
+    TJournalReader journal(club, {.ending = QStringLiteral("passed")});
+    const PPass first = pass(QStringLiteral("7"), "01A", TRefusal::None, TEnding::None);
+    const PPass other = pass(QStringLiteral("7"), "01A", TRefusal::None, TEnding::None);
+    pass(QStringLiteral("7"), "02A", TRefusal::None, TEnding::Passed); // a later row
+    ASSERT_EQ(journal.next(100).size(), 1);
+    first->ending = TEnding::Passed;
+    other->ending = TEnding::TimedOut;
+    club.writePasses({first, other});
+    const auto ended = journal.ended();
+    ASSERT_EQ(ended.size(), 1) << "the other one did not end so";
+    EXPECT_EQ(ended[0][0].toLongLong(), first->id);
+    EXPECT_TRUE(journal.ended().isEmpty());
+    EXPECT_TRUE(journal.next(100).isEmpty());
+}
+
+TEST_F(TBooksJournalTest, FollowingWhatIsOpenShowsItsEnd)
+{
+    TJournalReader journal(club, {.ending = QStringLiteral("open")});
+    const PPass first = pass(QStringLiteral("7"), "01A", TRefusal::None, TEnding::None);
+    ASSERT_EQ(journal.next(100).size(), 1);
+    first->ending = TEnding::Passed;
+    club.writePasses({first});
+    ASSERT_EQ(journal.ended().size(), 1);
+}
+
+TEST_F(TBooksJournalTest, FollowingLooksAtARowOnce)
+{
+    fill();
+    TJournalReader journal(club, {.gate = QStringLiteral("no such gate")});
+    EXPECT_TRUE(journal.next(1).isEmpty());
+    elsewhere(QStringLiteral("UPDATE pass SET gate = 'no such gate'"));
+    EXPECT_TRUE(journal.next(1).isEmpty()) << "rows that were not wanted are not looked at again";
+    pass(QStringLiteral("7"), "no such gate", TRefusal::None, TEnding::Passed);
+    EXPECT_EQ(journal.next(1).size(), 1);
+}
+
+TEST_F(TBooksJournalTest, FollowingSinceATimeToCome)
+{
+    fill();
+    TJournalReader journal(club, {.since = toDateTime(QStringLiteral("2026-01-05 17:30:00.000"))});
+    EXPECT_TRUE(journal.next(100).isEmpty());
+    pass(QStringLiteral("7"), "01A", TRefusal::None, TEnding::Passed); // 17:00
+    pass(QStringLiteral("7"), "01A", TRefusal::None, TEnding::Passed); // 18:00
+    const auto rows = journal.next(100);
+    ASSERT_EQ(rows.size(), 1);
+    EXPECT_EQ(rows[0][0].toLongLong(), 7);
+}
+
 TEST_F(TBooksJournalTest, Outages)
 {
     const auto outage = std::make_shared<TOutage>();
@@ -192,6 +245,24 @@ TEST(BooksMoments, AreRead)
          {"", "2026-02-30", "2026-01-31 25:00", "12:00", "-7d", "7", "7y", "tomorrow", "2026-01-31+01:00"}) {
         EXPECT_THROW(readMoment(QString::fromLatin1(text), false), EBooks) << text;
     }
+}
+
+// Where summer time begins at midnight, that day begins at one.
+TEST(BooksMoments, ADayWithoutMidnight)
+{
+    const QByteArray zone = qgetenv("TZ");
+    const bool was = qEnvironmentVariableIsSet("TZ");
+    const auto back = qScopeGuard([&] {
+        was ? qputenv("TZ", zone) : qunsetenv("TZ");
+        tzset();
+    });
+    qputenv("TZ", "Asia/Beirut");
+    tzset();
+    EXPECT_EQ(toText(readMoment(QStringLiteral("2025-03-30"), false)),
+              QStringLiteral("2025-03-30 01:00:00.000"));
+    EXPECT_EQ(toText(readMoment(QStringLiteral("2025-03-30"), true)),
+              QStringLiteral("2025-03-30 23:59:59.999"));
+    EXPECT_THROW(readMoment(QStringLiteral("2025-03-30 00:30"), false), EBooks) << "there is no such time";
 }
 
 TEST(BooksMoments, Ages)

@@ -156,16 +156,29 @@ TEST_F(TBooksTest, TheOnlyCardOfSomebodyInsideStays)
     EXPECT_EQ(rowsOf(books.cards()), QStringList({QStringLiteral("8,2,Boris")}));
 }
 
+// What is a number is taken for the member of that number.
+TEST_F(TBooksTest, ANumberIsNoName)
+{
+    const qint64 anna = books.addMember({.name = kAnna});
+    for (const char* name : {"2026", " 2026 ", "-1", "+7", "99999999999999999999"}) {
+        const QString why = QStringLiteral("\"%1\" is a number; the name of a member is not one")
+                                .arg(QString::fromLatin1(name).trimmed());
+        EXPECT_EQ(refusal([&] { books.addMember({.name = QString::fromLatin1(name)}); }), why);
+        EXPECT_EQ(refusal([&] { books.changeMember(anna, {.name = QString::fromLatin1(name)}); }), why);
+    }
+    EXPECT_EQ(books.memberOf(QString::number(books.addMember({.name = QStringLiteral("Anna 2")}))), 2);
+}
+
 TEST_F(TBooksTest, Memberships)
 {
     const qint64 anna = books.addMember(
         {.name = kAnna,
          .membership = TMembership{kToday, kToday, {QStringLiteral("pool"), QStringLiteral("hall")}}});
-    const qint64 second = books.addMembership(anna, {kToday, kToday.addDays(30), {}});
+    const qint64 second = books.addMembership(anna, {kToday, kToday.addDays(30), {QStringLiteral("pool")}});
     EXPECT_EQ(linesOf(books.memberships()),
               QStringList({QStringLiteral("number,member,name,from,to,zones"),
                            QStringLiteral("1,1,Anna Berg,2026-01-05,2026-01-05,\"hall;pool\""),
-                           QStringLiteral("2,1,Anna Berg,2026-01-05,2026-02-04,")}));
+                           QStringLiteral("2,1,Anna Berg,2026-01-05,2026-02-04,pool")}));
     books.changeMembership(second, QDate(2026, 1, 1), {}, QStringList{QStringLiteral("hall")});
     books.changeMembership(1, {}, QDate(2026, 1, 9), {});
     EXPECT_EQ(rowsOf(books.memberships(anna)),
@@ -186,6 +199,9 @@ TEST_F(TBooksTest, Memberships)
                   books.addMembership(99, {kToday, kToday, {}});
               }),
               QStringLiteral("there is no member 99"));
+    const QString noZone = QStringLiteral("a membership needs a zone that it opens");
+    EXPECT_EQ(refusal([&] { books.addMembership(anna, {kToday, kToday, {}}); }), noZone);
+    EXPECT_EQ(refusal([&] { books.changeMembership(1, {}, {}, QStringList()); }), noZone);
     EXPECT_EQ(books.memberships().rows.size(), 2) << "as a whole or not at all";
     books.removeMembership(1);
     EXPECT_EQ(refusal([&] { books.removeMembership(1); }), QStringLiteral("there is no membership 1"));
@@ -235,7 +251,8 @@ TEST_F(TBooksTest, Gates)
                   books.addGate({QStringLiteral("05A"), QStringLiteral("hal"), TDirection::In});
               }),
               QStringLiteral("there is no zone \"hal\"; there are hall, pool"));
-    for (const char* address : {"", "1A", "A01", "01AA", "101Z", "0101T", "01 "}) {
+    for (const char* address :
+         {"", "1A", "A01", "01AA", "0101T", "01 ", "01a", "101t", "a01T", "101I", "01A\n"}) {
         EXPECT_TRUE(refusal([&] {
                         books.addGate({QString::fromLatin1(address), QStringLiteral("hall"), TDirection::In});
                     }).contains(QStringLiteral("is no gate's address")))

@@ -116,5 +116,57 @@ TEST_F(TClubDeskTest, ADatabaseThatGoesAwayIsToldOnce)
     EXPECT_EQ(troubles[1], QStringLiteral("the database %1 is in its place again").arg(FFile));
 }
 
+// A bad cable may bring hundreds of cards a second that nobody has.
+TEST_F(TClubDeskTest, NoiseDoesNotFillTheJournal)
+{
+    addMember(QStringLiteral("Anna Berg"), QStringLiteral("7"));
+    QStringList troubles;
+    int told = 0;
+    desk.OnTrouble = [&](const QString& text) { troubles.append(text); };
+    desk.OnPass = [&](const TPass&) { ++told; };
+    for (int count = 0; count < 1'000; ++count) {
+        EXPECT_EQ(desk.decideNew(kGate, QStringLiteral("x%1").arg(count)).refusal, TRefusal::UnknownCard);
+        clock.advance(20);
+    }
+    EXPECT_TRUE(desk.decideNew(kGate, QStringLiteral("7")).opened());
+    desk.decideNew(QStringLiteral("04A"), QStringLiteral("x")); // another gate
+    clock.advance(1'000);
+    EXPECT_EQ(journal().size(), TNoiseLimit::kPerMinute + 2);
+    EXPECT_EQ(told, TNoiseLimit::kPerMinute + 2);
+    EXPECT_EQ(troubles, QStringList());
+    clock.advance(TNoiseLimit::kMinuteMs);
+    EXPECT_EQ(troubles,
+              QStringList({QStringLiteral("940 more unknown cards at 01A within a minute are not in the "
+                                          "journal: noise on the line?")}));
+    desk.decideNew(kGate, QStringLiteral("x"));
+    clock.advance(1'000);
+    EXPECT_EQ(journal().size(), TNoiseLimit::kPerMinute + 3) << "a new minute";
+}
+
+TEST_F(TClubDeskTest, NoiseIsToldAtTheEnd)
+{
+    QStringList troubles;
+    desk.OnTrouble = [&](const QString& text) { troubles.append(text); };
+    for (int count = 0; count < 61; ++count) {
+        desk.decideNew(kGate, QStringLiteral("x"));
+    }
+    desk.close();
+    EXPECT_EQ(troubles,
+              QStringList({QStringLiteral("1 more unknown cards at 01A within a minute are not in the "
+                                          "journal: noise on the line?")}));
+}
+
+TEST(NoiseLimit, AClockThatIsPutBackHoldsNothingUp)
+{
+    TNoiseLimit limit;
+    for (int count = 0; count < TNoiseLimit::kPerMinute; ++count) {
+        EXPECT_TRUE(limit.admits(QStringLiteral("01A"), 1'000'000));
+    }
+    EXPECT_FALSE(limit.admits(QStringLiteral("01A"), 1'000'000));
+    EXPECT_EQ(limit.over(1'000'000 + TNoiseLimit::kMinuteMs - 1), QStringList());
+    EXPECT_EQ(limit.over(500'000).size(), 1);
+    EXPECT_TRUE(limit.admits(QStringLiteral("01A"), 500'000));
+}
+
 } // namespace
 } // namespace tnv5::host

@@ -1,6 +1,6 @@
 // The file that describes a club: what a good one says, and what each mistake is told as.
 
-#include "tnv5/host/club_file.h"
+#include "tnv5/host/club/club_file.h"
 
 #include "support/text_printers.h"
 
@@ -26,6 +26,16 @@ QStringList errorsOfRest(const QByteArray& rest)
 {
     return errorsOf(kHead + "[[line]]\nname = \"entrance\"\nport = \"ttyS0\"\n" +
                     "[[bus]]\nname = \"hall\"\nport = \"ttyS1\"\n" + rest);
+}
+
+TEST(ClubFile, AGateOnABusHasAnyFourCharactersButADisplays)
+{
+    for (const char* address : {"001A", "001B", "001T", "0010", "ABCD", "I01H", "001J", "001Z"}) {
+        EXPECT_EQ(errorsOfRest("[[gate]]\nline = \"hall\"\naddress = \"" + QByteArray(address) +
+                               "\"\nzone = \"hall\"\ndirection = \"in\"\n"),
+                  QStringList())
+            << address;
+    }
 }
 
 TEST(ClubFile, AWholeClub)
@@ -156,14 +166,17 @@ TEST(ClubFile, EachMistakeIsToldWithItsLineItsKeyAndWhatIsExpected)
          {"club.toml:12: [[gate]] address: \"01a\" is no address on a line: two digits and a capital letter "
           "are "
           "expected, such as 01A"}},
-        {gate("hall", "101A"),
-         {"club.toml:12: [[gate]] address: \"101A\" is no gate on a bus: three digits or capital letters and "
-          "G, T or D "
-          "are expected, such as 001T"}},
+        {gate("hall", "101I"),
+         {"club.toml:12: [[gate]] address: \"101I\" is no gate on a bus: four digits or capital letters are "
+          "expected, such as 001T, and no I at the end (a display)"}},
         {gate("hall", "01A"),
-         {"club.toml:12: [[gate]] address: \"01A\" is no gate on a bus: three digits or capital letters and "
-          "G, T or D "
-          "are expected, such as 001T"}},
+         {"club.toml:12: [[gate]] address: \"01A\" is no gate on a bus: four digits or capital letters are "
+          "expected, such as 001T, and no I at the end (a display)"}},
+        {gate("hall", "001a"),
+         {"club.toml:12: [[gate]] address: \"001a\" is no gate on a bus: four digits or capital letters are "
+          "expected, such as 001T, and no I at the end (a display)"}},
+        {gate("hall", "201A") + lamp("Sun", "201A", "1"),
+         {"club.toml:18: [[lamp]] board: \"201A\" is the gate of line 12 already"}},
         {gate("entrance", "01A") + gate("entrance", "01A"),
          {"club.toml:17: [[gate]] address: \"01A\" is the gate of line 12 already"}},
         {gate("entrance", "01A") + gate("entrance", "01A", "out"),
@@ -196,6 +209,9 @@ TEST(ClubFile, EachMistakeIsToldWithItsLineItsKeyAndWhatIsExpected)
           "club.toml:14: [[lamp]] relay: 1 is not on side B, which has 3 to 5"}},
         {lamp("Sun", "201A", "1") + lamp("Moon", "201A", "1"),
          {"club.toml:20: [[lamp]] relay: relay 1 of 201A is the lamp of line 11 already"}},
+        {"[[bus]]\nname = \"pool\"\nport = \"ttyS7\"\n" + lamp("Sun", "201A", "1") +
+             lamp("Moon", "201A", "1").replace("hall", "pool"),
+         {"club.toml:23: [[lamp]] relay: relay 1 of 201A is the lamp of line 14 already"}},
         {"[[gates]]\nline = \"entrance\"\n", {"club.toml:10: gates: no such section; is gate meant?"}},
         {"[scale]\nname = \"fruit\"\n",
          {"club.toml:10: scale: begin each with [[scale]] on a line of its own"}},

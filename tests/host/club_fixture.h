@@ -1,7 +1,7 @@
 #pragma once
 
 #include "support/text_printers.h"
-#include "tnv5/host/database.h"
+#include "tnv5/host/books/database.h"
 
 #include <QFile>
 #include <QSqlDatabase>

@@ -62,7 +62,7 @@ TEST(GateText, AddressZoneAndDirection)
 TEST(GateText, AnythingElseIsNone)
 {
     for (const char* text : {"", "01A", "01A:hall", "01A:hall:up", "01A::in", "1A:hall:in", "01:hall:in",
-                             "01AA:hall:in", "01A:hall:in:more", "xxA:hall:in"}) {
+                             "01AA:hall:in", "01A:hall:in:more", "xxA:hall:in", "01a:hall:in"}) {
         EXPECT_FALSE(toGate(QString::fromLatin1(text))) << text;
     }
 }

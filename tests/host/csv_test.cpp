@@ -1,6 +1,6 @@
 #include "support/text_printers.h"
-#include "tnv5/host/books_error.h"
-#include "tnv5/host/csv.h"
+#include "tnv5/host/books/books_error.h"
+#include "tnv5/host/books/csv.h"
 
 #include <gtest/gtest.h>
 

@@ -109,16 +109,23 @@ TEST_F(TGoodsCounterTest, UnknownCardsAndGoods)
                                      QStringLiteral("nothing is sold as \"gold\"")}));
 }
 
-TEST_F(TGoodsCounterTest, ALaterOrderReplacesOneThatWaits)
+TEST_F(TGoodsCounterTest, NobodyTakesThePlaceOfWhoeverWaits)
 {
-    addMember(QStringLiteral("Boris Klein"), QStringLiteral("10000002"));
-    counter.sell(kAnnasCard, kApples);
-    counter.sell(QStringLiteral("10000002"), kApples);
+    const QString boris = QStringLiteral("10000002");
+    addMember(QStringLiteral("Boris Klein"), boris);
+    EXPECT_TRUE(counter.sell(kAnnasCard, kApples));
+    EXPECT_FALSE(counter.sell(boris, kApples));
+    EXPECT_FALSE(counter.sell(kAnnasCard, kApples));
+    const QString waits = QStringLiteral("the scale waits for Anna Berg already");
+    EXPECT_EQ(troubles, QStringList({waits, waits}));
     load = 450;
     questions(5);
     ASSERT_EQ(sold.size(), 1);
-    EXPECT_TRUE(sold[0].contains(QStringLiteral("Boris Klein")));
-    EXPECT_EQ(balance(), 1'000);
+    EXPECT_TRUE(sold[0].contains(QStringLiteral("Anna Berg")));
+    EXPECT_EQ(balance(), 1'000 - 144);
+    EXPECT_TRUE(counter.sell(boris, kApples));
+    counter.cancel();
+    EXPECT_TRUE(counter.sell(boris, kApples)) << "what was withdrawn waits no more";
 }
 
 TEST_F(TGoodsCounterTest, AnOrderCanBeForgotten)

@@ -1,5 +1,5 @@
 #include "club_fixture.h"
-#include "tnv5/host/journal.h"
+#include "tnv5/host/books/journal.h"
 #include "tnv5/testing/manual_clock.h"
 
 namespace tnv5::host {
@@ -85,6 +85,46 @@ TEST_F(TJournalTest, AFailedWriteIsTriedAgainAndToldOnce)
     EXPECT_EQ(journal().size(), 1);
     ASSERT_EQ(troubles.size(), 2);
     EXPECT_TRUE(troubles[1].contains(QStringLiteral("written again"))) << qPrintable(troubles[1]);
+}
+
+TEST_F(TJournalTest, ManyAreWrittenInPieces)
+{
+    const qint64 anna = addMember(QStringLiteral("Anna Berg"), QStringLiteral("1"));
+    for (int count = 0; count < 1'201; ++count) {
+        const PPass pass = somePass(QStringLiteral("1"));
+        if (count == 0 || count == 1'200) { // she comes, and goes
+            pass->member = anna;
+            pass->direction = count == 0 ? TDirection::In : TDirection::Out;
+            pass->ending = TEnding::Passed;
+        }
+        passes.add(pass);
+    }
+    clock.advance(TJournal::kDelayMs);
+    EXPECT_EQ(club.lastPass(), 500);
+    EXPECT_EQ(passes.waiting(), 701);
+    EXPECT_EQ(passes.insideOf(anna), false) << "her going waits";
+    clock.advance(2 * TJournal::kDelayMs);
+    EXPECT_EQ(club.lastPass(), 1'201);
+    EXPECT_EQ(passes.waiting(), 0);
+    EXPECT_EQ(passes.insideOf(anna), std::nullopt);
+}
+
+TEST_F(TJournalTest, WhatIsWrittenIsNotWrittenAgain)
+{
+    elsewhere(QStringLiteral("CREATE TRIGGER full BEFORE INSERT ON pass WHEN NEW.card = '600'"
+                             " BEGIN SELECT RAISE(ABORT, 'full'); END"));
+    for (int count = 0; count < 1'201; ++count) {
+        passes.add(somePass(QString::number(count)));
+    }
+    EXPECT_FALSE(passes.flush());
+    EXPECT_EQ(club.lastPass(), 500) << "one piece was written, the next one was not";
+    EXPECT_EQ(passes.waiting(), 701);
+    elsewhere(QStringLiteral("DROP TRIGGER full"));
+    EXPECT_TRUE(passes.flush());
+    EXPECT_EQ(club.lastPass(), 1'201);
+    EXPECT_EQ(passes.waiting(), 0);
+    ASSERT_EQ(troubles.size(), 2);
+    EXPECT_TRUE(troubles[1].contains(QStringLiteral("nothing is missing"))) << qPrintable(troubles[1]);
 }
 
 TEST_F(TJournalTest, WhatCannotBeWrittenAtTheEndIsTold)

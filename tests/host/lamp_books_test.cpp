@@ -1,6 +1,6 @@
 #include "club_fixture.h"
 #include "support/text_printers.h"
-#include "tnv5/host/lamp_books.h"
+#include "tnv5/host/books/lamp_books.h"
 
 namespace tnv5::host {
 namespace {

@@ -1,9 +1,9 @@
 // What a log leaves out and counts, and how a host's log stands up to what it is written to.
 
-#include "tnv5/host/log_filter.h"
+#include "tnv5/host/club/log_filter.h"
 
 #include "support/text_printers.h"
-#include "tnv5/host/club_log.h"
+#include "tnv5/host/club/club_log.h"
 #include "tnv5/testing/manual_clock.h"
 
 #include <QFile>

@@ -346,6 +346,17 @@ TEST_F(TPaymentTest, PaymentsOfAnEarlierRunAreUnknown)
     EXPECT_EQ(told.size(), 1);
 }
 
+TEST_F(TPaymentTest, PaymentsOfAnEarlierRunAloneAreRecovered)
+{
+    acceptCard(); // under way since the program began
+    EXPECT_EQ(recoverPayments(club, club.lastPayment() - 1).size(), 0);
+    EXPECT_EQ(outcome(), "");
+    const auto unknown = recoverPayments(club, club.lastPayment());
+    ASSERT_EQ(unknown.size(), 1);
+    EXPECT_EQ(unknown[0].outcome, TOutcome::Unknown);
+    EXPECT_EQ(outcome(), "unknown");
+}
+
 TEST_F(TPaymentTest, CardNumbersAreMaskedEverywhere)
 {
     acceptCard();

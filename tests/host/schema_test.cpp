@@ -1,5 +1,5 @@
 #include "club_fixture.h"
-#include "tnv5/host/schema.h"
+#include "tnv5/host/books/schema.h"
 
 namespace tnv5::host {
 namespace {

@@ -4,7 +4,7 @@
 #include "sim/pty.h"
 #include "support/text_printers.h"
 #include "support/wait.h"
-#include "tnv5/host/database.h"
+#include "tnv5/host/books/database.h"
 
 #include <QProcess>
 #include <QTemporaryDir>

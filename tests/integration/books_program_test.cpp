@@ -4,7 +4,7 @@
 #include "sim/classic_line.h"
 #include "sim/pty.h"
 #include "support/text_printers.h"
-#include "tnv5/host/database.h"
+#include "tnv5/host/books/database.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -137,7 +137,7 @@ TEST_F(BooksProgram, EveryVerb)
         {"card list --csv", "number,member,name\n10,1,Anna Klein\n7,1,Anna Klein\n"},
         {"membership add 1 --from 2026-01-01 --to 2026-12-31 --zone hall --zone baths", "1\n"},
         {"membership change 1 --to 2026-06-30 --zone hall", ""},
-        {"membership add 1 --from 2026-01-01 --to 2026-12-31", "2\n"},
+        {"membership add 1 --from 2026-01-01 --to 2026-12-31 --zone hall", "2\n"},
         {"membership remove 2", ""},
         {"membership list --csv",
          "number,member,name,from,to,zones\n1,1,Anna Klein,2026-01-01,2026-06-30,hall\n"},
@@ -169,9 +169,9 @@ TEST_F(BooksProgram, WhatIsRefused)
          "\"2026-02-30\" is no day; write it like 2026-01-31"},
         {"member add Boris --from 2026-01-01", "A membership needs --from and --to"},
         {"gate add 02A hal in", "there is no zone \"hal\"; there are hall"},
-        {"gate add 2A hall in", "\"2A\" is no gate's address: two digits and a letter such as 01A, or four "
-                                "characters of which the last is D, G, "
-                                "I or T, such as 101T"},
+        {"gate add 2A hall in",
+         "\"2A\" is no gate's address: two digits and a capital letter such as 01A, "
+         "or four digits or capital letters such as 101T, and no I at the end (a display)"},
         {"member change 1", "Nothing to change was given: see tnv5 member change --help"},
         {"journal --since 12:00", "\"12:00\" is no time; write it like 2026-01-31, \"2026-01-31 12:00\", "
                                   "today, yesterday, or 90m, 24h, 7d, 2w ago"},
@@ -185,6 +185,12 @@ TEST_F(BooksProgram, WhatIsRefused)
         EXPECT_EQ(outcome.code, 1) << step.words;
         EXPECT_EQ(outcome.complaints, QStringLiteral("tnv5: %1\n").arg(QLatin1String(step.why)))
             << step.words;
+    }
+    for (const char* option : {"--since", "--until"}) {
+        const TOutcome empty = play({QStringLiteral("journal"), QString::fromLatin1(option), QString()});
+        EXPECT_EQ(empty.code, 1) << option;
+        EXPECT_TRUE(empty.complaints.startsWith(QStringLiteral("tnv5: \"\" is no time; ")))
+            << qPrintable(empty.complaints);
     }
     EXPECT_EQ(play("member").code, 2);
     EXPECT_EQ(play("gate add 02A").code, 2);
@@ -274,6 +280,33 @@ TEST_F(BooksProgram, TheJournalIsFollowedWhileAHostRuns)
     EXPECT_TRUE(host.says(QStringLiteral("the database %1 was deleted").arg(file)));
     host.stop();
     EXPECT_NE(host.exitCode(), -1);
+}
+
+TEST_F(BooksProgram, FollowingAnEndingWaitsForIt)
+{
+    init();
+    host::TDatabase club(file);
+    const auto add = [&](const QString& gate, host::TEnding ending) {
+        const auto pass = std::make_shared<host::TPass>();
+        pass->began = platform::Now();
+        pass->card = QStringLiteral("7");
+        pass->gate = gate;
+        pass->ending = ending;
+        club.writePasses({pass});
+        return pass;
+    };
+    TProgramRun follow(QStringLiteral(TNV5_PROGRAM),
+                       {QStringLiteral("journal"), QStringLiteral("--follow"), QStringLiteral("--json"),
+                        QStringLiteral("--ending"), QStringLiteral("passed"), QStringLiteral("--db"), file});
+    add(QStringLiteral("09A"), host::TEnding::Passed);
+    ASSERT_TRUE(follow.says(QStringLiteral("09A"))) << follow.complaints().toStdString();
+    const auto first = add(QStringLiteral("01A"), host::TEnding::None);
+    add(QStringLiteral("02A"), host::TEnding::Passed);
+    ASSERT_TRUE(follow.says(QStringLiteral("02A")));
+    EXPECT_FALSE(follow.output().contains(QStringLiteral("01A")));
+    first->ending = host::TEnding::Passed;
+    club.writePasses({first});
+    EXPECT_TRUE(follow.says(QStringLiteral("01A")));
 }
 
 TEST_F(BooksProgram, PruningAsksOrIsTold)

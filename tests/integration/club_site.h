@@ -5,8 +5,8 @@
 #include "sim/classic_line.h"
 #include "sim/pty.h"
 #include "sim/scales.h"
-#include "tnv5/host/database.h"
-#include "tnv5/host/local_client.h"
+#include "tnv5/host/books/database.h"
+#include "tnv5/host/local/local_client.h"
 
 #include <QFile>
 #include <QJsonArray>

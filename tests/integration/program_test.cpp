@@ -4,7 +4,7 @@
 #include "sim/classic_line.h"
 #include "sim/pty.h"
 #include "support/text_printers.h"
-#include "tnv5/host/database.h"
+#include "tnv5/host/books/database.h"
 
 #include <gtest/gtest.h>
 

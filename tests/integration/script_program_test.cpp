@@ -6,7 +6,7 @@
 #include "sim/pty.h"
 #include "sim/scales.h"
 #include "support/text_printers.h"
-#include "tnv5/host/database.h"
+#include "tnv5/host/books/database.h"
 
 #include <QFile>
 #include <gtest/gtest.h>

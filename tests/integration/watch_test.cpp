@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace tnv5::integration {
 namespace {
@@ -117,6 +118,53 @@ TEST_F(Watch, RecordingPlaysOutOnAPseudoTerminal)
             replay.stop();
         }
         EXPECT_EQ(replay.exitCode(), toItsEnd ? 0 : 130);
+    }
+}
+
+TEST_F(Watch, ARecordingThatAPowerCutEndedPlays)
+{
+    TRun replay({QStringLiteral("replay"), file("gate.rec", kCardRecording + "+0.1"), QStringLiteral("--as"),
+                 QStringLiteral("turnstile"), QStringLiteral("--speed"), QStringLiteral("0")});
+    EXPECT_EQ(replay.exitCode(), 0);
+    EXPECT_TRUE(replay.output().contains(QStringLiteral("COME 01A 12345678 FINISH")));
+    EXPECT_EQ(replay.complaints(),
+              file("gate.rec") + QStringLiteral(": line 5 is only half there and is left out\n"));
+}
+
+TEST_F(Watch, APartOfARecordingPlays)
+{
+    TRun replay({QStringLiteral("replay"), file("gate.rec", kCardRecording), QStringLiteral("--as"),
+                 QStringLiteral("turnstile"), QStringLiteral("--speed"), QStringLiteral("0"),
+                 QStringLiteral("--from"), QStringLiteral("0.1"), QStringLiteral("--until"),
+                 QStringLiteral("0.5")});
+    EXPECT_EQ(replay.exitCode(), 0) << replay.complaints().toStdString();
+    EXPECT_TRUE(replay.output().contains(QStringLiteral("hears #01ARelay 1")));
+    EXPECT_EQ(replay.output().count(QStringLiteral("hears ")), 1);
+}
+
+TEST_F(Watch, APipeIsNoRecording)
+{
+    const QString pipe = file("pipe.rec");
+    ASSERT_EQ(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    TRun replay({QStringLiteral("replay"), pipe, QStringLiteral("--as"), QStringLiteral("bus")});
+    EXPECT_EQ(replay.exitCode(), 1);
+    EXPECT_EQ(
+        replay.complaints(),
+        QStringLiteral("tnv5: %1: a recording is read twice, so it must be a file; write what comes here "
+                       "into one first\n")
+            .arg(pipe));
+}
+
+TEST_F(Watch, WhatIsAboutARecordingNeedsOne)
+{
+    for (const QStringList& words : {QStringList{QStringLiteral("--force")},
+                                     QStringList{QStringLiteral("--rotate"), QStringLiteral("1M")}}) {
+        TRun watch(QStringList{QStringLiteral("watch"), QStringLiteral("/dev/null"), QStringLiteral("--as"),
+                               QStringLiteral("bus")} +
+                   words);
+        EXPECT_EQ(watch.exitCode(), 2) << qPrintable(words[0]);
+        EXPECT_TRUE(watch.complaints().contains(words[0] + QStringLiteral(" requires --record")))
+            << qPrintable(watch.complaints());
     }
 }
 

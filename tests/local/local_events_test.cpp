@@ -1,6 +1,6 @@
 #include "local_fixture.h"
 
-#include "tnv5/host/local_events.h"
+#include "tnv5/host/local/local_events.h"
 #include "tnv5/testing/manual_clock.h"
 
 using namespace tnv5;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "support/wait.h"
-#include "tnv5/host/local_line.h"
-#include "tnv5/host/local_server.h"
+#include "tnv5/host/local/local_line.h"
+#include "tnv5/host/local/local_server.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -1,7 +1,7 @@
 // What counters do over the local socket.
 
 #include "local_fixture.h"
-#include "tnv5/host/local_request.h"
+#include "tnv5/host/local/local_request.h"
 
 namespace tnv5::tests {
 namespace {

@@ -1,7 +1,7 @@
 #include "local_fixture.h"
 
-#include "tnv5/host/local_path.h"
-#include "tnv5/host/local_request.h"
+#include "tnv5/host/local/local_path.h"
+#include "tnv5/host/local/local_request.h"
 #include "tnv5/platform/errors.h"
 
 #include <QDir>
@@ -46,6 +46,20 @@ TEST(LocalRequest, OpeningNamesWhoAndWhy)
     EXPECT_EQ(answer(club, R"({"do":"open","gate":"01A","reason":"pram"})"),
               R"({"error":"The gate is busy.","ok":false})");
     EXPECT_EQ(answer(club, R"({"do":"reload"})"), R"({"error":"The gate is busy.","ok":false})");
+}
+
+TEST(LocalRequest, WhoAndWhyAreCut)
+{
+    TMemoryClub club;
+    const QString letters(host::kMaxNote - 1, u'x');
+    const QString face = QStringLiteral("\U0001F600"); // two code units
+    for (const QString& more : {QStringLiteral("yz"), face}) {
+        const QString last = more == face ? QString() : QStringLiteral("y");
+        host::answerTo(club,
+                       {{"do", "open"}, {"gate", "01A"}, {"reason", letters + more}, {"who", letters + more}},
+                       QStringLiteral("desk1"));
+        EXPECT_EQ(club.Opened.takeFirst(), QStringLiteral("01A|%1 (desk1)|%1").arg(letters + last));
+    }
 }
 
 TEST(LocalRequest, OpeningNeedsAGateAndAReason)

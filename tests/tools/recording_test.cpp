@@ -254,6 +254,22 @@ TEST_F(TRecordingFiles, WhatIsWrongAndWhere)
               path("long") + QStringLiteral(": line 2: the line is longer than a mebibyte"));
 }
 
+TEST_F(TRecordingFiles, HalfALineIsTheEndOfItsFile)
+{
+    const QString more = write("more", recording("+1.000000 < b\n"));
+    for (const char* half : {"+", "+0.1", "+0.100000 <#", "+0.100000 < x\\x0"}) {
+        const QString cut = write("cut", recording(QByteArray("+0.000000 < a\n") + half));
+        TRecordingReader reader({cut, more});
+        QStringList remarks;
+        reader.OnHalfLine = [&](const QString& text) { remarks.append(text); };
+        EXPECT_EQ(shown([&] { return reader.next(); }),
+                  QStringList({QStringLiteral("+0.000000 < a"), QStringLiteral("+1.000000 < b")}))
+            << half;
+        EXPECT_EQ(remarks,
+                  QStringList({cut + QStringLiteral(": line 3 is only half there and is left out")}));
+    }
+}
+
 TEST_F(TRecordingFiles, MoreThanFitsIntoMemoryAtOnceIsRead)
 {
     const QByteArray entry = "+0.000001 < " + QByteArray(990, 'x') + '\n';

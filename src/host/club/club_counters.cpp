@@ -1,0 +1,108 @@
+#include "tnv5/host/club/club_counters.h"
+
+#include "tnv5/host/local/local_events.h"
+
+namespace tnv5::host {
+
+namespace {
+
+constexpr int kEnglish = 2;
+constexpr int kTimeOut = 1; // of terminals, in their units
+
+} // namespace
+
+TClubScale::TClubScale(TClubSite& site, const TScalePlan& plan)
+    : FSite(site), FPlan(plan), FPort(site, plan.name, plan.port, plan.baud), FCounter(FScales, site.database)
+{
+    FScales.SetIDLang(kEnglish);
+    FScales.SetComport(&FPort.port());
+    FScales.SetScalesType(plan.type);
+    FScales.SetUpComport();
+    FCounter.OnSold = [this](const TSale& sale) {
+        FSite.log.info(FPlan.name, logLine(sale));
+        FSite.tell(saleEvent(sale));
+    };
+    FCounter.OnTrouble = [this](const QString& text) {
+        FTold = text;
+        FSite.log.warning(FPlan.name, text);
+    };
+    FPort.OnOpened = [this] { begin(); };
+    FPort.OnLost = [this](const QString&) { FCounter.close(); };
+}
+
+void TClubScale::begin()
+{
+    try {
+        FCounter.open();
+    } catch (const platform::Exception& error) { // the port goes away again; its keeper tells
+        FSite.log.warning(FPlan.name, error.message());
+    }
+}
+
+QString TClubScale::sell(const QString& card, const QString& product)
+{
+    if (!FPort.open()) {
+        return FPort.whyNot();
+    }
+    FTold.clear();
+    return FCounter.sell(card, product) ? QString() : FTold;
+}
+
+QJsonObject TClubScale::state() const
+{
+    const std::optional<int> grams = FPort.open() ? FCounter.grams() : std::nullopt;
+    return {{"name", FPlan.name},
+            {"line", FPlan.name},
+            {"grams", grams ? QJsonValue(*grams) : QJsonValue(QJsonValue::Null)},
+            {"steady", FCounter.steady()},
+            {"waiting", FCounter.waiting()}};
+}
+
+TClubTerminal::TClubTerminal(TClubSite& site, const TTerminalPlan& plan)
+    : FSite(site), FPlan(plan), FPort(site, plan.name, plan.port, 9600), FCounter(FPos, site.database)
+{
+    FPos.SetIDLang(kEnglish);
+    FPos.SetPosType(plan.version);
+    FPos.SetTimeOut(kTimeOut);
+    FPos.SetCodeOk(kUsualCodesOk);
+    FPos.SetCodeError(kUsualCodesError);
+    FPos.SetComport(&FPort.port());
+    FPos.SetUpComport();
+    FCounter.OnOutcome = [this](const TPayment& payment) {
+        FCents = 0;
+        FStage = toText(payment.outcome);
+        FSite.log.info(FPlan.name, logLine(payment));
+        FSite.tell(paymentEvent(payment));
+    };
+    FCounter.OnStep = [this](const QString& text) {
+        FStage = text;
+        FSite.log.info(FPlan.name, text);
+    };
+    FCounter.OnTrouble = [this](const QString& text) {
+        FTold = text;
+        FSite.log.warning(FPlan.name, text);
+    };
+    FPort.OnLost = [this](const QString& why) { FCounter.lineLost(why); };
+}
+
+QString TClubTerminal::pay(qint64 cents)
+{
+    if (!FPort.open()) {
+        return FPort.whyNot();
+    }
+    FTold.clear();
+    if (!FCounter.order(cents)) {
+        return FTold;
+    }
+    FCents = cents;
+    FStage = QStringLiteral("waiting until the terminal asks for the amount");
+    return {};
+}
+
+QJsonObject TClubTerminal::state() const
+{
+    const bool busy = FCounter.waiting() || FCounter.underWay();
+    return {{"name", FPlan.name}, {"line", FPlan.name}, {"cents", busy ? FCents : 0}, {"stage", FStage}};
+}
+
+} // namespace tnv5::host

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "tnv5/host/club/club_port.h"
+#include "tnv5/host/goods_counter.h"
+#include "tnv5/host/payment_counter.h"
+
+namespace tnv5::host {
+
+/// A scale of a running club: sells goods by weight as soon as its port is open.
+class TClubScale
+{
+public:
+    TClubScale(TClubSite& site, const TScalePlan& plan);
+
+    const TScalePlan& plan() const { return FPlan; }
+    TClubPort& port() { return FPort; }
+    /// Somebody takes what is on the platform. @return "" or why not
+    QString sell(const QString& card, const QString& product);
+    /// Forgets an order that still waits.
+    void cancel() { FCounter.cancel(); }
+    QJsonObject state() const;
+
+private:
+    void begin();
+
+    TClubSite& FSite;
+    TScalePlan FPlan;
+    TClubPort FPort;
+    scales::TScalesDevice FScales;
+    TGoodsCounter FCounter;
+    QString FTold; // by the counter, while it is asked to sell
+};
+
+/// A bank terminal of a running club.
+class TClubTerminal
+{
+public:
+    TClubTerminal(TClubSite& site, const TTerminalPlan& plan);
+
+    const TTerminalPlan& plan() const { return FPlan; }
+    TClubPort& port() { return FPort; }
+    /// The terminal's next request gets this amount. @return "" or why not
+    QString pay(qint64 cents);
+    /// Withdraws an order, or refuses the next step of the payment under way.
+    void cancel() { FCounter.cancel(); }
+    /// Payments whose outcome is not in the books.
+    qsizetype unwritten() const { return FCounter.unwritten(); }
+    QJsonObject state() const;
+
+private:
+    TClubSite& FSite;
+    TTerminalPlan FPlan;
+    TClubPort FPort;
+    bank::TBankPos FPos;
+    TPaymentCounter FCounter;
+    qint64 FCents = 0;
+    QString FStage;
+    QString FTold;
+};
+
+} // namespace tnv5::host

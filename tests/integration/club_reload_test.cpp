@@ -1,0 +1,124 @@
+// What a file that is read again may not change, on the real program.
+
+#include "integration/club_site.h"
+#include "support/text_printers.h"
+#include "tnv5/host/books/lamp_books.h"
+
+namespace tnv5::integration {
+namespace {
+
+class TClubReload : public TClubSite
+{
+protected:
+    int reload() { return command({QStringLiteral("reload"), QStringLiteral("--club"), socket}); }
+
+    /// Somebody pays for a minute of the lamp, and it is on.
+    void lightUp()
+    {
+        EXPECT_TRUE(eventually([&] {
+            return command({QStringLiteral("sell"), QStringLiteral("time"), QStringLiteral("--club"), socket,
+                            QStringLiteral("Sun"), QStringLiteral("M1"), QStringLiteral("5")}) == 0;
+        })) << qUtf8Printable(said);
+        EXPECT_TRUE(eventually([&] { return bus.relayOn(QStringLiteral("201A"), 1); }));
+    }
+
+    QStringList lampsOfBooks()
+    {
+        host::TDatabase books(database);
+        QStringList lamps;
+        for (const host::TLamp& lamp : host::TLampBooks(books).lamps()) {
+            lamps << lamp.name + u' ' + lamp.board + lamp.relay;
+        }
+        return lamps;
+    }
+};
+
+const QByteArray kMoon =
+    "[[lamp]]\nname = \"Moon\"\nbus = \"hall\"\nboard = \"201A\"\nrelay = 2\ncents_per_minute = 50\n";
+
+TEST_F(TClubReload, RefusedItLeavesTheBooksAsTheyAre)
+{
+    const auto run = start();
+    host::TDatabase books(database);
+    const QString gate = QStringLiteral("01A");
+    const QByteArray before = text();
+    {
+        writeText(QByteArray(before).replace("direction = \"in\"", "direction = \"out\"") + kMoon);
+        host::TStatement block(books.connection(),
+                               QStringLiteral("CREATE TRIGGER fail BEFORE INSERT ON lamp BEGIN"
+                                              " SELECT raise(ABORT, 'no lamps today'); END"));
+        block.run();
+        EXPECT_EQ(reload(), 1);
+        EXPECT_TRUE(said.contains(QStringLiteral("no lamps today"))) << qUtf8Printable(said);
+        EXPECT_EQ(books.gateAt(gate)->direction, host::TDirection::In);
+        host::execute(books.connection(), QStringLiteral("DROP TRIGGER fail"));
+    }
+    {
+        host::TWriteTransaction lock(books.connection());
+        EXPECT_EQ(reload(), 1);
+        EXPECT_TRUE(said.contains(QStringLiteral("locked"))) << qUtf8Printable(said);
+        writeText(before + "\n");
+        EXPECT_EQ(reload(), 0) << "nothing is to be written: " << qUtf8Printable(said);
+    }
+    EXPECT_EQ(books.gateAt(gate)->direction, host::TDirection::In);
+    EXPECT_EQ(lampsOfBooks(), QStringList(QStringLiteral("Sun 201A1")));
+}
+
+TEST_F(TClubReload, LampsAreRenamedAndExchanged)
+{
+    writeFile({}, kMoon);
+    const QByteArray before = text();
+    const auto run = start();
+    writeText(QByteArray(before).replace("\"Sun\"", "\"Mars\""));
+    EXPECT_EQ(reload(), 0) << qUtf8Printable(said);
+    EXPECT_EQ(lampsOfBooks(), QStringList({QStringLiteral("Mars 201A1"), QStringLiteral("Moon 201A2")}));
+    run->stop();
+    EXPECT_EQ(run->exitCode(), 0);
+    EXPECT_TRUE(eventually([&] { return !linePty.opened() && !busPty.opened() && !scalePty.opened(); }));
+
+    writeText(QByteArray(before)
+                  .replace("\"Sun\"", "\"x\"")
+                  .replace("\"Moon\"", "\"Mars\"")
+                  .replace("\"x\"", "\"Moon\""));
+    const auto next = start();
+    EXPECT_EQ(lampsOfBooks(), QStringList({QStringLiteral("Mars 201A2"), QStringLiteral("Moon 201A1")}));
+    next->stop();
+    EXPECT_EQ(next->exitCode(), 0);
+}
+
+TEST_F(TClubReload, ALampThatIsPaidForStays)
+{
+    const auto run = start();
+    lightUp();
+    const QByteArray before = text();
+    const QByteArray other = "201A\"\nrelay = 2";
+    for (const QByteArray& wrong :
+         {before.left(before.indexOf("[[lamp]]")), // gone
+          QByteArray(before).replace("\"Sun\"", "\"Mars\""),
+          QByteArray(before).replace("201A\"\nrelay = 1", other),
+          QByteArray(before).replace("name = \"hall\"", "name = \"hall\"\nbaud = 19200")}) {
+        ASSERT_NE(wrong, before);
+        writeText(QByteArray(wrong).replace("direction = \"out\"", "direction = \"inner\""));
+        EXPECT_EQ(reload(), 1);
+        EXPECT_TRUE(said.contains(QStringLiteral("Sun is paid for until "))) << qUtf8Printable(said);
+        EXPECT_TRUE(said.contains(QStringLiteral("; take it out later\n"))) << qUtf8Printable(said);
+    }
+    host::TDatabase books(database);
+    EXPECT_EQ(books.gateAt(QStringLiteral("03A"))->direction, host::TDirection::Out) << "nothing changes";
+    EXPECT_TRUE(busPty.opened());
+    EXPECT_TRUE(bus.relayOn(QStringLiteral("201A"), 1));
+
+    writeText(QByteArray(before).replace("cents_per_minute = 50", "cents_per_minute = 60"));
+    EXPECT_EQ(reload(), 0) << "another price is another matter: " << qUtf8Printable(said);
+    EXPECT_TRUE(bus.relayOn(QStringLiteral("201A"), 1));
+
+    host::TStatement over(books.connection(), QStringLiteral("UPDATE lamp_time SET until = began"));
+    over.run();
+    writeText(before.left(before.indexOf("[[lamp]]")));
+    EXPECT_TRUE(eventually([&] { return reload() == 0; })) << qUtf8Printable(said);
+    EXPECT_FALSE(bus.relayOn(QStringLiteral("201A"), 1)) << "it was off before it went";
+    EXPECT_TRUE(host::TLampBooks(books).open().isEmpty());
+}
+
+} // namespace
+} // namespace tnv5::integration
