@@ -4,6 +4,8 @@
 #include "apps/tnv5-desk/words.h"
 
 #include <QCoreApplication>
+#include <QRegularExpression>
+#include <algorithm>
 
 namespace tnv5::desk {
 
@@ -24,22 +26,36 @@ public:
     static TEquipmentSection lines(const TClubState& state);
 
 private:
+    static bool isTold(const TClubState& state, const QString& name);
     static TEquipmentRow lamp(const TLampState& lamp, qint64 elapsedMs);
 };
+
+// Whether a trouble that the host tells is about this.
+bool TEquipment::isTold(const TClubState& state, const QString& name)
+{
+    static const QRegularExpression edges(QStringLiteral("[^\\w-]+"),
+                                          QRegularExpression::UseUnicodePropertiesOption);
+    return std::any_of(state.troubles.begin(), state.troubles.end(), [&name](const QString& trouble) {
+        return trouble.startsWith(name) || trouble.split(edges).contains(name);
+    });
+}
 
 TEquipmentSection TEquipment::troubles(const TClubState& state)
 {
     TEquipmentSection section{tr("Attention"), {}};
     for (const QString& trouble : state.troubles) {
-        section.rows.append({tr("Trouble"), trouble, TMood::Bad});
+        section.rows.append({{}, trouble, TMood::Bad});
     }
     for (const TBoardState& board : state.boards) {
-        if (!board.answering) {
-            section.rows.append({tr("Board %1").arg(board.address), tr("has stopped answering"), TMood::Bad});
+        if (!board.answering && !isTold(state, board.address)) {
+            section.rows.append(
+                {tr("Board %1").arg(board.address),
+                 board.heard.isEmpty() ? tr("has not answered yet") : tr("has stopped answering"),
+                 TMood::Bad});
         }
     }
     for (const TLineState& line : state.lines) {
-        if (!line.open) {
+        if (!line.open && !isTold(state, line.name)) {
             section.rows.append(
                 {tr("Line %1").arg(line.name), tr("is not open: %1").arg(line.why), TMood::Bad});
         }

@@ -8,7 +8,7 @@ namespace tnv5::desk {
 /// One thing and how it is.
 struct TEquipmentRow
 {
-    QString name;
+    QString name; ///< empty: the text says all
     QString text;
     TMood mood = TMood::Plain;
 

@@ -2,6 +2,7 @@
 
 #include <QHeaderView>
 #include <QLabel>
+#include <QStyledItemDelegate>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -21,11 +22,44 @@ bool alike(const QList<TEquipmentSection>& one, const QList<TEquipmentSection>& 
 
 void fillRow(QTreeWidgetItem& item, const TEquipmentRow& row)
 {
+    const bool whole = row.name.isEmpty();
+    const int column = whole ? 0 : 1;
+    item.setFirstColumnSpanned(whole);
     item.setText(0, row.name);
-    item.setText(1, row.text);
-    item.setToolTip(1, row.text);
-    item.setForeground(1, moodColour(row.mood));
+    item.setText(column, row.text);
+    item.setToolTip(column, row.text);
+    item.setForeground(column, moodColour(row.mood));
+    item.setTextAlignment(0, Qt::AlignLeading | Qt::AlignTop);
+    item.setTextAlignment(1, Qt::AlignLeading | Qt::AlignTop);
 }
+
+/// Makes a row as high as its wrapped text, which a tree view by itself does not.
+class TWrappedRows final : public QStyledItemDelegate
+{
+public:
+    explicit TWrappedRows(QTreeWidget* tree) : QStyledItemDelegate(tree), FTree(tree) {}
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        QSize size = QStyledItemDelegate::sizeHint(option, index);
+        const bool whole = index.column() == 0 && FTree->itemFromIndex(index)->isFirstColumnSpanned();
+        if (whole || index.column() == 1) {
+            const int margin = FTree->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, FTree) + 1;
+            const int width =
+                whole ? FTree->viewport()->width() - FTree->indentation() : FTree->columnWidth(1);
+            const QRect room(0, 0, width - 2 * margin, kHighest);
+            const QRect text =
+                FTree->fontMetrics().boundingRect(room, Qt::TextWordWrap, index.data().toString());
+            size.setHeight(std::max(size.height(), text.height() + 2 * margin));
+        }
+        return size;
+    }
+
+private:
+    static constexpr int kHighest = 10'000;
+
+    QTreeWidget* FTree;
+};
 
 } // namespace
 
@@ -43,6 +77,8 @@ TEquipmentView::TEquipmentView(TDeskModel& desk, QWidget* parent)
     FTree->setAccessibleName(tr("Equipment"));
     FTree->setRootIsDecorated(false);
     FTree->setWordWrap(true); // nothing is cut that somebody must know
+    FTree->setItemDelegate(new TWrappedRows(FTree));
+    connect(FTree->header(), &QHeaderView::sectionResized, FTree, &QTreeWidget::doItemsLayout);
     FTree->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     FTree->header()->setStretchLastSection(true);
     FTree->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
@@ -67,6 +103,7 @@ void TEquipmentView::refresh()
     } else {
         rebuild(sections);
     }
+    FTree->doItemsLayout(); // a text may need more lines
     FShown = sections;
 }
 

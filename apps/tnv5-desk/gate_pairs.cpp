@@ -1,6 +1,7 @@
 #include "apps/tnv5-desk/gate_pairs.h"
 
 #include "apps/tnv5-desk/words.h"
+#include "tnv5/common/messages.h"
 
 #include <QMap>
 #include <algorithm>
@@ -62,7 +63,8 @@ TPairState stateOf(const TGatePair& pair, const TClubState& state,
             continue;
         }
         if (gate.busy) {
-            return {TGateLook::Passing, gate.holder.isEmpty() ? TWords::tr("open") : gate.holder};
+            const bool somebody = !gate.holder.isEmpty() && !common::IsPseudoCard(gate.holder);
+            return {TGateLook::Passing, somebody ? gate.holder : TWords::tr("open")};
         }
         const auto refusal = refusals.find(gate.address);
         if (refusal != refusals.end() && nowMs - refusal->atMs < kRefusalMs) {

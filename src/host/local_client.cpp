@@ -15,6 +15,25 @@
 
 namespace tnv5::host {
 
+namespace {
+
+// What people understand; Qt says "Invalid name".
+QString whyNot(const QLocalSocket& socket)
+{
+    switch (socket.error()) {
+    case QLocalSocket::ServerNotFoundError:
+        return local_texts::kNobodyThere;
+    case QLocalSocket::ConnectionRefusedError:
+        return local_texts::kLeftBehind;
+    case QLocalSocket::SocketAccessError:
+        return local_texts::kForbidden;
+    default:
+        return socket.errorString();
+    }
+}
+
+} // namespace
+
 QJsonObject askHost(const QString& path, const QJsonObject& request, int timeoutMs)
 {
     const QDeadlineTimer deadline(timeoutMs);
@@ -22,7 +41,7 @@ QJsonObject askHost(const QString& path, const QJsonObject& request, int timeout
     QLocalSocket socket;
     socket.connectToServer(path);
     if (!socket.waitForConnected(timeoutMs)) {
-        throw platform::Exception(local_texts::kNoHost.arg(path, socket.errorString()));
+        throw platform::Exception(local_texts::kNoHost.arg(path, whyNot(socket)));
     }
     socket.write(toLine(request));
     TLineBuffer lines;
@@ -153,7 +172,7 @@ void TLocalClient::TLink::tryConnect()
         FSocket, &QLocalSocket::errorOccurred, this,
         [this, socket = QPointer(FSocket)](QLocalSocket::LocalSocketError error) {
             if (error != QLocalSocket::PeerClosedError && socket && socket == FSocket) {
-                lost(local_texts::kNoHost.arg(Path, FSocket->errorString()));
+                lost(local_texts::kNoHost.arg(Path, whyNot(*FSocket)));
             }
         },
         Qt::QueuedConnection); // also when connecting fails at once

@@ -19,6 +19,9 @@ inline const QString kRunning = QStringLiteral("another host is already running 
 inline const QString kNoSocket = QStringLiteral("%1 is there already and is no socket");
 inline const QString kCannotListen = QStringLiteral("The local socket %1 cannot be opened: %2");
 
+inline const QString kNobodyThere = QStringLiteral("there is no such socket");
+inline const QString kLeftBehind = QStringLiteral("the host that listened there has ended");
+inline const QString kForbidden = QStringLiteral("permission denied");
 inline const QString kNoHost = QStringLiteral("No host answers at %1: %2");
 inline const QString kNoAnswer = QStringLiteral("The host at %1 has not answered for %2 seconds.");
 inline const QString kLost = QStringLiteral("The connection to the host is lost.");

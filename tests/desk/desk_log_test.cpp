@@ -143,11 +143,16 @@ TEST(DeskEquipment, WhatIsWrongComesFirst)
                     {QStringLiteral("102T"), {}, false, {}}};
     state.lines = {{QStringLiteral("gates"), {}, false, QStringLiteral("gone")}};
     state.journalWaiting = 21;
-    EXPECT_EQ(
-        text(equipmentOf(state, 0)),
-        "Attention:\nTrouble=no paper\nBoard 101T=has stopped answering\nBoard 102T=has stopped answering\n"
-        "Line gates=is not open: gone\nJournal=passes not yet written: 21\n"
-        "Boards:\n101T=last heard at 12:00:00\n102T=never heard\nLines:\ngates=closed");
+    EXPECT_EQ(text(equipmentOf(state, 0)),
+              "Attention:\n=no paper\nBoard 101T=has stopped answering\nBoard 102T=has not answered yet\n"
+              "Line gates=is not open: gone\nJournal=passes not yet written: 21\n"
+              "Boards:\n101T=last heard at 12:00:00\n102T=never heard\nLines:\ngates=closed");
+    state.troubles = {QStringLiteral("board 101T: silent"),
+                      QStringLiteral("gates is not open")}; // not said twice
+    state.journalWaiting = 0;
+    EXPECT_TRUE(text(equipmentOf(state, 0))
+                    .starts_with("Attention:\n=board 101T: silent\n=gates is not open\n"
+                                 "Board 102T=has not answered yet\nBoards:"));
     state = {};
     state.journalWaiting = 20;
     EXPECT_EQ(text(equipmentOf(state, 0)), "");

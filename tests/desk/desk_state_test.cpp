@@ -158,6 +158,8 @@ TEST_F(DeskLook, SaysWhoPasses)
     EXPECT_EQ(look(), "0 free");
     state.gates[1].busy = true;
     EXPECT_EQ(look(), "1 open");
+    state.gates[1].holder = QStringLiteral("-2-2-2-2-2"); // by the button
+    EXPECT_EQ(look(), "1 open");
     state.gates[1].holder = QStringLiteral("Anna");
     EXPECT_EQ(look(), "1 Anna");
     refusals[QStringLiteral("01A")] = {QStringLiteral("expired"), 0};

@@ -304,6 +304,21 @@ TEST_F(DeskWindow, TheLogIsLiveAndSearched)
     EXPECT_EQ(log.count()->text(), QStringLiteral("1 of 3"));
 }
 
+TEST_F(DeskWindow, ALongTroubleIsReadable)
+{
+    club.State[QStringLiteral("troubles")] =
+        QJsonArray{QString(QStringLiteral("the printer has no paper ")).repeated(8)};
+    ASSERT_TRUE(connects());
+    QTreeWidget* const tree = window->equipment()->tree();
+    const QTreeWidgetItem* const attention = tree->topLevelItem(0);
+    ASSERT_EQ(attention->text(0), QStringLiteral("Attention"));
+    const auto height = [&] { return tree->visualItemRect(attention->child(0)).height(); };
+    const int room = tree->viewport()->width();
+    const int lines = tree->fontMetrics().horizontalAdvance(attention->child(0)->text(0)) / room;
+    ASSERT_GE(lines, 2);
+    EXPECT_GE(height(), lines * tree->fontMetrics().height());
+}
+
 TEST_F(DeskWindow, GatesOfAFileAreShownInItsOrder)
 {
     const QString file = FFolder.filePath(QStringLiteral("gates.ini"));

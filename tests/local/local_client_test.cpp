@@ -96,7 +96,7 @@ TEST_F(LocalClient, WaitsForAHostThatIsNotThereYet)
     server.reset();
     client->start();
     ASSERT_TRUE(sees("lost"));
-    EXPECT_TRUE(FWhy.startsWith(QStringLiteral("No host answers at ") + path())) << FWhy.toStdString();
+    EXPECT_EQ(FWhy, QStringLiteral("No host answers at %1: there is no such socket").arg(path()));
     server = std::make_unique<host::TLocalServer>(club, path());
     ASSERT_TRUE(sees("state"));
     EXPECT_EQ(trace.count(QStringLiteral("lost")), 1); // told once, however often it tried
@@ -246,7 +246,14 @@ TEST_F(LocalServer, ACommandWithoutAHostFails)
     const std::string mute = failureOf(path(), 1); // nobody runs the server's loop
     EXPECT_EQ(mute, "The host at " + path().toStdString() + " has not answered for 1 seconds.");
     server.reset();
-    EXPECT_EQ(failureOf(path(), 1'000).rfind("No host answers at " + path().toStdString(), 0), 0U);
+    EXPECT_EQ(failureOf(path(), 1'000),
+              "No host answers at " + path().toStdString() + ": there is no such socket");
+    QLocalServer other;
+    ASSERT_TRUE(other.listen(path()));
+    ASSERT_TRUE(QFile::rename(path(), path() + QStringLiteral("2"))); // so that it is not removed
+    other.close();
+    EXPECT_EQ(failureOf(path() + QStringLiteral("2"), 1'000),
+              "No host answers at " + path().toStdString() + "2: the host that listened there has ended");
 }
 
 } // namespace

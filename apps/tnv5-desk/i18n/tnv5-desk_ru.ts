@@ -19,10 +19,6 @@
         <translation>Внимание</translation>
     </message>
     <message>
-        <source>Trouble</source>
-        <translation>Неполадка</translation>
-    </message>
-    <message>
         <source>Board %1</source>
         <translation>Плата %1</translation>
     </message>
@@ -113,6 +109,10 @@
     <message>
         <source>Paid time left</source>
         <translation>Осталось времени</translation>
+    </message>
+    <message>
+        <source>has not answered yet</source>
+        <translation>ещё не отвечала</translation>
     </message>
 </context>
 <context>

@@ -19,10 +19,6 @@
         <translation>Увага</translation>
     </message>
     <message>
-        <source>Trouble</source>
-        <translation>Несправність</translation>
-    </message>
-    <message>
         <source>Board %1</source>
         <translation>Плата %1</translation>
     </message>
@@ -113,6 +109,10 @@
     <message>
         <source>Paid time left</source>
         <translation>Залишилося часу</translation>
+    </message>
+    <message>
+        <source>has not answered yet</source>
+        <translation>ще не відповідала</translation>
     </message>
 </context>
 <context>
