@@ -43,7 +43,7 @@ void TJournal::add(const POutage& outage)
         FOutages.append(outage);
     }
     if (FOutages.size() > kMaxOutages) {
-        FOutages.removeFirst();
+        lose(*FOutages.takeFirst());
     }
     FTimer.SetEnabled(true);
 }
@@ -55,22 +55,28 @@ bool TJournal::flush()
         return true;
     }
     try {
-        if (!FWaiting.isEmpty()) {
-            FDatabase.writePasses(FWaiting);
-        }
-        if (!FOutages.isEmpty()) {
-            FDatabase.writeOutages(FOutages);
-        }
+        write();
     } catch (...) {
         failed(platform::exceptionMessage());
         return false;
     }
-    FWaiting.clear();
-    FQueued.clear();
-    FInside.clear();
-    FOutages.clear();
     succeeded();
     return true;
+}
+
+// What is written waits no more, also when the rest fails.
+void TJournal::write()
+{
+    if (!FWaiting.isEmpty()) {
+        FDatabase.writePasses(FWaiting);
+        FWaiting.clear();
+        FQueued.clear();
+        FInside.clear();
+    }
+    if (!FOutages.isEmpty()) {
+        FDatabase.writeOutages(FOutages);
+        FOutages.clear();
+    }
 }
 
 void TJournal::close()
@@ -78,9 +84,11 @@ void TJournal::close()
     platform::guarded([this] { FDatabase.setBusyTimeout(kCloseBusyMs); });
     if (!flush()) {
         FQueued.clear();
-        FOutages.clear();
         for (const PPass& pass : std::exchange(FWaiting, {})) {
             lose(*pass);
+        }
+        for (const POutage& outage : std::exchange(FOutages, {})) {
+            lose(*outage);
         }
     }
     FTimer.SetEnabled(false);
@@ -97,6 +105,13 @@ void TJournal::lose(const TPass& pass)
 {
     if (OnLost) {
         platform::guarded([&] { OnLost(pass); });
+    }
+}
+
+void TJournal::lose(const TOutage& outage)
+{
+    if (OnOutageLost) {
+        platform::guarded([&] { OnOutageLost(outage); });
     }
 }
 
