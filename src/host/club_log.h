@@ -18,9 +18,9 @@ namespace tnv5::host {
 ///
 ///     2026-11-22T09:12:33.123+01:00 warning entrance: the port went away
 ///
-/// On standard output of a service of systemd (JOURNAL_STREAM names it) the level also stands in front, "<4>".
-/// What is repeated is counted (`TLogFilter`). Nothing ever waits (`TNowOutput`): lines that nobody takes are
-/// left out, and how many is told later; `trouble` tells while nothing can be written.
+/// On standard output of a service of systemd (JOURNAL_STREAM names it) the level also stands in front,
+/// "<4>". What is repeated is counted (`TLogFilter`). Nothing ever waits (`TNowOutput`): lines that nobody
+/// takes are left out, and how many is told later; `trouble` tells while nothing can be written.
 class TClubLog
 {
 public:

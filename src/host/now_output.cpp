@@ -42,8 +42,7 @@ void TNowOutput::attach(int descriptor)
         return;
     }
     const QByteArray path = "/proc/self/fd/" + QByteArray::number(descriptor);
-    const int second =
-        ::open(path.constData(), O_WRONLY | O_NONBLOCK | O_APPEND | O_NOCTTY | O_CLOEXEC);
+    const int second = ::open(path.constData(), O_WRONLY | O_NONBLOCK | O_APPEND | O_NOCTTY | O_CLOEXEC);
     if (second >= 0) {
         FDescriptor = second;
         FOwn = true;
@@ -95,9 +94,7 @@ TNowOutput::TWritten TNowOutput::write(const QByteArray& line)
     }
     const bool began = done > FRest.size();
     FRest = began ? bytes.mid(done) : FRest.mid(done);
-    return began           ? TWritten::Yes
-           : FWhy.isEmpty() ? TWritten::No
-                            : TWritten::Failed;
+    return began ? TWritten::Yes : FWhy.isEmpty() ? TWritten::No : TWritten::Failed;
 }
 
 /// @return as the system's write; EAGAIN: nothing is taken now
