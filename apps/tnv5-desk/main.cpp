@@ -3,6 +3,7 @@
 #include "apps/tnv5-desk/small_picture.h"
 #include "tnv5/host/local/local_path.h"
 #include "tnv5/platform/errors.h"
+#include "tnv5/version.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -160,7 +161,7 @@ int main(int argc, char** argv)
     }
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("tnv5-desk"));
-    QApplication::setApplicationVersion(QStringLiteral(TNV5_VERSION));
+    QApplication::setApplicationVersion(QStringLiteral(TNV5_VERSION_STRING));
     platform::setExceptionHandler([](const QString& text, const std::exception_ptr&) { complain(text); });
     try {
         return run(application);

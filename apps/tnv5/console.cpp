@@ -1,8 +1,10 @@
 #include "apps/tnv5/console.h"
 
+#include "tnv5/host/now_output.h"
+
 #include <algorithm>
+#include <array>
 #include <cstdio>
-#include <poll.h>
 #include <unistd.h>
 
 namespace tnv5::cli {
@@ -58,24 +60,42 @@ void writeLine(std::FILE* file, const QString& rawLine, TColour colour = TColour
     write(stdout, progress());
 }
 
-bool takesMore(std::FILE* file)
+/// Standard output or error for what must not wait.
+struct TNowStream
 {
-    pollfd state = {fileno(file), POLLOUT, 0};
-    return poll(&state, 1, 0) == 1 && (state.revents & POLLOUT) != 0;
+    explicit TNowStream(int descriptor) { output.attach(descriptor); }
+
+    bool write(const QString& text) { return output.write(text.toUtf8()) == host::TNowOutput::TWritten::Yes; }
+
+    host::TNowOutput output;
+    qint64 leftOut = 0;
+};
+
+std::array<TNowStream, 2>& nowStreams()
+{
+    static std::array<TNowStream, 2> streams = {TNowStream(STDOUT_FILENO), TNowStream(STDERR_FILENO)};
+    return streams;
 }
 
-void writeLineNow(std::FILE* file, const QString& line)
+void writeLineNow(bool complaint, const QString& rawLine)
 {
-    static qint64 leftOut = 0;
-    if (!takesMore(file) || !takesMore(stdout)) { // the progress goes to standard output
-        ++leftOut;
-        return;
+    if (listener()) {
+        listener()(rawLine, complaint);
     }
-    if (leftOut > 0) {
-        writeLine(file, QStringLiteral("(%1 lines were left out: nobody took them)").arg(leftOut));
-        leftOut = 0;
+    auto& [output, error] = nowStreams();
+    TNowStream& stream = complaint ? error : output;
+    QString text = harmless(rawLine) + u'\n';
+    if (stream.leftOut > 0) {
+        text.prepend(QStringLiteral("(%1 lines were left out: nobody took them)\n").arg(stream.leftOut));
     }
-    writeLine(file, line);
+    const bool progressShown = !progress().isEmpty();
+    if (progressShown) {
+        output.write(QString::fromLatin1(kClearLine));
+    }
+    stream.leftOut = stream.write(text) ? 0 : stream.leftOut + 1;
+    if (progressShown) {
+        output.write(progress());
+    }
 }
 
 } // namespace
@@ -101,7 +121,7 @@ void print(const QString& line)
 
 void print(const QString& line, TColour colour)
 {
-    writeLine(stdout, line, colour);
+    writeLine(stdout, line, coloured() ? colour : TColour::Usual);
 }
 
 bool coloured()
@@ -128,12 +148,19 @@ void draw(const QStringList& lines)
 
 void printNow(const QString& line)
 {
-    writeLineNow(stdout, line);
+    writeLineNow(false, line);
 }
 
 void complainNow(const QString& line)
 {
-    writeLineNow(stderr, line);
+    writeLineNow(true, line);
+}
+
+void bePatient(int ms)
+{
+    for (TNowStream& stream : nowStreams()) {
+        stream.output.bePatient(ms);
+    }
 }
 
 void overhear(std::function<void(const QString& line, bool complaint)> one)

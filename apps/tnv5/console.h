@@ -31,6 +31,8 @@ void draw(const QStringList& lines);
 /// stopped must not stop the gates. What nobody takes is left out, and how much is told later.
 void printNow(const QString& line);
 void complainNow(const QString& line);
+/// At the end, when no gate waits any more: these two wait from now on, so long altogether.
+void bePatient(int ms);
 
 /// Somebody else hears every line, too, as it was given; nobody: none.
 void overhear(std::function<void(const QString& line, bool complaint)> listener);

@@ -5,6 +5,7 @@
 #include "tnv5/common/messages.h"
 #include "tnv5/host/books/statement.h"
 #include "tnv5/host/local/local_events.h"
+#include "tnv5/version.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -86,7 +87,7 @@ QJsonObject TDemoDesk::state()
         }
     }
     return {{QStringLiteral("club"), QStringLiteral("Demo club")},
-            {QStringLiteral("version"), QStringLiteral(TNV5_VERSION)},
+            {QStringLiteral("version"), QStringLiteral(TNV5_VERSION_STRING)},
             {QStringLiteral("started"), isoTime(FStarted)},
             {QStringLiteral("pid"), QCoreApplication::applicationPid()},
             {QStringLiteral("lines"), lines},

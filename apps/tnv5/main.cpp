@@ -76,7 +76,7 @@ int run(int argc, char** argv)
     }
     QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false")); // Qt's remarks to developers
     const QGuiApplication application(argc, argv);
-    QGuiApplication::setApplicationVersion(QStringLiteral(TNV5_VERSION));
+    QGuiApplication::setApplicationVersion(QStringLiteral(TNV5_VERSION_STRING));
     tnv5::platform::setExceptionHandler(
         [](const QString& message, const std::exception_ptr&) { tnv5::cli::complain(message); });
     return chosen();

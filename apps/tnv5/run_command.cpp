@@ -2,13 +2,10 @@
 #include "apps/tnv5/club_run.h"
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
-#include "apps/tnv5/open_port.h"
 #include "apps/tnv5/script_club.h"
 #include "apps/tnv5/stop_signal.h"
-#include "tnv5/host/club_host.h"
-#include "tnv5/host/port_diagnosis.h"
-#include "tnv5/host/port_keeper.h"
-#include "tnv5/platform/serial_port.h"
+#include "tnv5/host/books/database.h"
+#include "tnv5/platform/errors.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
@@ -29,8 +26,9 @@ struct TRunOptions
     std::string socket;
 };
 
-void setGates(host::TDatabase& club, const std::vector<std::string>& gates)
+void setGates(const QString& database, const std::vector<std::string>& gates)
 {
+    host::TDatabase club(database, host::TOpening::Existing);
     for (const std::string& each : gates) {
         const QString text = QString::fromStdString(each);
         const auto gate = host::toGate(text);
@@ -48,48 +46,10 @@ void setGates(host::TDatabase& club, const std::vector<std::string>& gates)
 
 int run(const TRunOptions& options)
 {
-    host::TDatabase club(QString::fromStdString(options.database), host::TOpening::Existing);
-    setGates(club, options.gates);
-
-    platform::TSerialPort port;
-    port.SetPort(QString::fromStdString(options.port));
-    port.SetBaudRate(options.baudRate);
-    turnstile::TTurnStylerDevice line;
-    line.SetComport(&port);
-
-    host::TClubHost host(line, club);
-    host.OnPass = [](const host::TPass& pass) { printNow(host::logLine(pass)); };
-    host.OnTrouble = complainNow;
-
-    host::TPortKeeper keeper(port);
-    keeper.OnOpened = [&] { printNow(QStringLiteral("%1 is open. Ctrl-C ends.").arg(port.Port())); };
-    keeper.OnLost = [&](const QString& why) {
-        complainNow(QStringLiteral("%1 went away (%2); it will be opened again when it is back.")
-                        .arg(port.Port(), why));
-    };
-    keeper.OnCannotOpen = [&](const QString& why) {
-        complainNow(why);
-        if (keeper.openings() == 0) {
-            explain(port.Port(), keeper.osError());
-        }
-    };
-
-    failInsteadOfEnding();
-    const THangUp hangUp([] {}); // a closed terminal ends nothing
-    const TStopSignal stop(&QCoreApplication::quit);
-    if (!keeper.start() && !options.wait) {
-        complain(QStringLiteral("To wait for the port instead, add --wait."));
-        return kFailed;
-    }
-    QCoreApplication::exec();
-    keeper.stop();
-    host.OnTrouble = complain; // no gate waits any more, and nothing may be left out
-    host.close();
-    if (host.desk().lost() > 0) {
-        return kUnwritten;
-    }
-    print(QStringLiteral("Stopped."));
-    return kDone;
+    const QString database = QString::fromStdString(options.database);
+    setGates(database, options.gates);
+    return runPort({QString::fromStdString(options.port), options.baudRate, database, options.wait,
+                    QString::fromStdString(options.socket)});
 }
 
 int runScript(const TRunOptions& options)
@@ -106,8 +66,10 @@ int runScript(const TRunOptions& options)
         return kFailed;
     }
     QCoreApplication::exec();
-    club.stop();
-    print(QStringLiteral("Stopped."));
+    if (!club.stop()) {
+        return kUnwritten;
+    }
+    printNow(QStringLiteral("Stopped."));
     return kDone;
 }
 
@@ -157,10 +119,10 @@ void addRunCommand(CLI::App& app, TCommand& chosen)
             };
             return;
         }
-        if (!options->socket.empty()) {
-            throw CLI::ValidationError("--socket", "is for a club's file");
-        }
         if (!options->script.empty()) {
+            if (!options->socket.empty()) {
+                throw CLI::ValidationError("--socket", "is for a club, a script has none");
+            }
             chosen = [options] { return runScript(*options); };
             return;
         }

@@ -1,5 +1,6 @@
 #include "apps/tnv5/script_club.h"
 
+#include "apps/tnv5/club_run.h"
 #include "apps/tnv5/console.h"
 #include "apps/tnv5/open_port.h"
 #include "tnv5/registration/load.h"
@@ -13,11 +14,23 @@ namespace tnv5::cli {
 
 using platform::Exception;
 
+namespace {
+
+constexpr int kEndMs = 3'000;
+
+} // namespace
+
 TScriptClub::TScriptClub(const QString& database, const QStringList& arguments)
     : FEngine(std::make_unique<js::TJsEngine>())
 {
     if (!database.isEmpty()) {
         FDatabase.emplace(database, host::TOpening::Existing);
+        if (const int abandoned = FDatabase->closeAbandoned(); abandoned > 0) {
+            complain(QStringLiteral(
+                         "%1 passes were left open by a host that was killed; they have ended as \"%2\"")
+                         .arg(abandoned)
+                         .arg(host::toText(host::TEnding::Abandoned)));
+        }
         FDesk.emplace(*FDatabase);
         FDesk->OnPass = [](const host::TPass& pass) { printNow(host::logLine(pass)); };
         FDesk->OnTrouble = complainNow;
@@ -78,12 +91,19 @@ QObject* TScriptClub::openPort(const QString& name, int baudRate)
     TPort& opened = *FPorts.emplace_back(std::make_unique<TPort>());
     opened.port.SetPort(name);
     opened.port.SetBaudRate(baudRate);
-    opened.keeper.OnOpened = [name] { printNow(QStringLiteral("%1 is open.").arg(name)); };
-    opened.keeper.OnLost = [name](const QString& why) {
+    opened.keeper.OnOpened = [this, name] {
+        printNow(QStringLiteral("%1 is open.").arg(name));
+        if (FDesk) {
+            FDesk->lineBack(name);
+        }
+    };
+    opened.keeper.OnLost = [this, name](const QString& why) {
+        lineLost(name, why);
         complainNow(
             QStringLiteral("%1 went away (%2); it will be opened again when it is back.").arg(name, why));
     };
-    opened.keeper.OnCannotOpen = [&opened, name](const QString& why) {
+    opened.keeper.OnCannotOpen = [this, &opened, name](const QString& why) {
+        lineLost(name, why);
         complainNow(why);
         if (opened.keeper.openings() == 0) {
             explain(name, opened.keeper.osError());
@@ -91,6 +111,14 @@ QObject* TScriptClub::openPort(const QString& name, int baudRate)
     };
     opened.keeper.start(); // a port that is not there yet is waited for
     return &opened.port;
+}
+
+/// An outage in the journal, if there is one.
+void TScriptClub::lineLost(const QString& name, const QString& why)
+{
+    if (FDesk) {
+        FDesk->lineLost(name, why);
+    }
 }
 
 int TScriptClub::decide(const QString& gate, const QString& card, int mode)
@@ -121,7 +149,7 @@ bool TScriptClub::start(const QString& file)
     }
 }
 
-void TScriptClub::stop()
+bool TScriptClub::stop()
 {
     if (FEngine) {
         registration::unload();
@@ -130,10 +158,19 @@ void TScriptClub::stop()
     for (const auto& each : FPorts) {
         each->keeper.stop();
     }
-    if (FDesk) {
-        FDesk->OnTrouble = complain; // no gate waits any more, and nothing may be left out
-        FDesk->close();
+    bePatient(kEndMs); // no gate waits any more
+    if (!FDesk) {
+        return true;
     }
+    FDesk->close();
+    if (FDesk->lost() > 0) {
+        complainNow(QStringLiteral("%1 entries are NOT in the journal").arg(FDesk->lost()));
+    }
+    const QString misplaced = rescueBooks(*FDatabase);
+    if (!misplaced.isEmpty()) {
+        complainNow(misplaced);
+    }
+    return FDesk->lost() == 0 && misplaced.isEmpty();
 }
 
 } // namespace tnv5::cli

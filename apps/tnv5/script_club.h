@@ -24,8 +24,8 @@ public:
     /// Runs the script's statements; its handlers work from then on. @return false when it failed, which has
     /// been told.
     bool start(const QString& file);
-    /// Ends the books and the components.
-    void stop();
+    /// Ends the books and the components. @return whether everything is in the books, or else that is told
+    bool stop();
 
 private:
     struct TPort
@@ -37,6 +37,7 @@ private:
     void registerProcs();
     QObject* openPort(const QString& name, int baudRate);
     int decide(const QString& gate, const QString& card, int mode);
+    void lineLost(const QString& name, const QString& why);
     host::TDatabase& books();
 
     std::optional<host::TDatabase> FDatabase;

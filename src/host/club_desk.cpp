@@ -41,14 +41,11 @@ TClubDesk::TClubDesk(TDatabase& database) : FDatabase(database), FJournal(databa
 {
     FJournal.OnTrouble = [this](const QString& text) { trouble(text); };
     FJournal.OnLost = [this](const TPass& pass) {
-        ++FLost;
-        const QString text =
-            QStringLiteral("NOT IN THE JOURNAL: %1  %2").arg(toText(pass.began), logLine(pass));
-        if (OnLost) {
-            OnLost(text);
-        } else {
-            trouble(text);
-        }
+        lost(QStringLiteral("%1  %2").arg(toText(pass.began), logLine(pass)));
+    };
+    FJournal.OnOutageLost = [this](const TOutage& outage) {
+        lost(QStringLiteral("%1 to %2  %3  out of use: %4")
+                 .arg(toText(outage.began), toText(outage.ended), outage.line, outage.why));
     };
     holderPicture({}); // loads the fonts now, not while the first person waits
     FNewsTimer.SetInterval(kNewsDelayMs);
@@ -88,12 +85,12 @@ void TClubDesk::close()
 void TClubDesk::lookAfterFile()
 {
     const QString what = FDatabase.misplaced();
-    if (FFileMisplaced != !what.isEmpty()) {
-        FFileMisplaced = !what.isEmpty();
-        trouble(FFileMisplaced
-                    ? what
-                    : QStringLiteral("the database %1 is in its place again").arg(FDatabase.fileName()));
+    if (what.isEmpty() != FMisplaced.isEmpty()) {
+        trouble(what.isEmpty()
+                    ? QStringLiteral("the database %1 is in its place again").arg(FDatabase.fileName())
+                    : what);
     }
+    FMisplaced = what;
 }
 
 TPass TClubDesk::decideNew(const QString& address, const QString& card)
@@ -296,6 +293,17 @@ void TClubDesk::trouble(const QString& text)
             }
         });
         FNewsTimer.SetEnabled(true);
+    }
+}
+
+void TClubDesk::lost(const QString& what)
+{
+    ++FLost;
+    const QString text = QStringLiteral("NOT IN THE JOURNAL: ") + what;
+    if (OnLost) {
+        OnLost(text);
+    } else {
+        trouble(text);
     }
 }
 

@@ -42,8 +42,8 @@ public:
     TClubDesk& operator=(const TClubDesk&) = delete;
 
     /// Writes the journal to its end; passes that are still under way are entered as interrupted, and outages
-    /// end: nobody looks after the line from now on. What cannot be written is told through `OnTrouble`, pass
-    /// by pass.
+    /// end: nobody looks after the line from now on. What cannot be written is told through `OnLost`, one
+    /// by one.
     void close();
 
     static constexpr int kFileMs = 5'000; ///< between looks after the file
@@ -75,9 +75,11 @@ public:
     void interrupt(const QString& address);
     /// The journal could not be written when it was last tried.
     bool journalFails() const { return FJournal.failing(); }
+    /// The file of the database is not in its place: a sentence, or empty.
+    const QString& misplaced() const { return FMisplaced; }
     /// Passes that wait to be written into the journal.
     qsizetype waiting() const { return FJournal.waiting(); }
-    /// Passes that will never be in the journal.
+    /// Passes and outages that will never be in the journal.
     qint64 lost() const { return FLost; }
     /// Picture of a card's holder, null when there is none or it cannot be found out.
     QImage pictureFor(const QString& card);
@@ -88,7 +90,7 @@ public:
     std::function<void(const TPass& pass)> OnPass;
     /// One line for the person in charge: errors of the components and of the database.
     std::function<void(const QString& text)> OnTrouble;
-    /// A pass will never be in the journal; none: it is told through `OnTrouble`.
+    /// A pass or outage will never be in the journal; none: it is told through `OnTrouble`.
     std::function<void(const QString& text)> OnLost;
 
 private:
@@ -109,6 +111,7 @@ private:
     void note(const PPass& pass);
     bool isNoise(const TPass& pass);
     void tellNoise(const QStringList& lines);
+    void lost(const QString& what);
     void tellNews();
 
     TDatabase& FDatabase;
@@ -121,7 +124,7 @@ private:
     std::deque<std::function<void()>> FNews; // what is to be told, in order
     platform::TTimer FNewsTimer;
     platform::TTimer FFileTimer;
-    bool FFileMisplaced = false;
+    QString FMisplaced;
     qint64 FLost = 0;
     bool FClosed = false;
 };

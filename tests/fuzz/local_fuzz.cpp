@@ -1,5 +1,5 @@
-// Anything over the local socket, cut anywhere: each line is answered, and every answer is a line itself. A zero byte is
-// where a piece ends.
+// Anything over the local socket, cut anywhere: each line is answered, and every answer is a line itself. A
+// zero byte is where a piece ends.
 
 #include "fuzz_host.h"
 #include "tnv5/host/local/local_line.h"

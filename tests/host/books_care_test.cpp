@@ -24,6 +24,8 @@ extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const c
     return static_cast<int>(syscall(SYS_renameat2, fromFolder, from, toFolder, to, flags));
 }
 
+#include <QProcess>
+
 namespace tnv5::host {
 namespace {
 
@@ -186,6 +188,84 @@ TEST_F(TBooksCareTest, ABackupThatFailsLeavesNothing)
     EXPECT_TRUE(refusal([&] { backUp(club, nowhere, false); }).startsWith(nowhere + QStringLiteral(": ")));
     const QDir directory(FDirectory.path());
     EXPECT_FALSE(directory.exists(QStringLiteral("no")));
+}
+
+TEST_F(TBooksCareTest, AFileThatIsCopiedOverItsIsNoticedByAHost)
+{
+    const QString copy = FDirectory.filePath(QStringLiteral("copy.sqlite"));
+    for (const bool whole : {false, true}) {
+        const QString file = FDirectory.filePath(QStringLiteral("%1.sqlite").arg(whole));
+        {
+            TDatabase earlier(file);
+            for (int i = 0; i < 300; ++i) {
+                earlier.addMember(QStringLiteral("Somebody"));
+            }
+            backUp(earlier, copy, true);
+        }
+        if (whole) { // as it lies there
+            ASSERT_EQ(QProcess::execute(QStringLiteral("cp"), {file, copy}), 0);
+        }
+        TDatabase host(file);
+        host.closeAbandoned();
+        EXPECT_EQ(host.misplaced(), QString());
+        ASSERT_EQ(QProcess::execute(QStringLiteral("cp"), {copy, file}), 0);
+        EXPECT_TRUE(host.misplaced().startsWith(QStringLiteral("the database %1 was overwritten").arg(file)))
+            << whole << qUtf8Printable(host.misplaced());
+    }
+}
+
+TEST_F(TBooksCareTest, ALogThatIsDeletedIsNoticedByAHost)
+{
+    club.closeAbandoned();
+    ASSERT_TRUE(QFile::remove(FFile + QStringLiteral("-wal")));
+    EXPECT_TRUE(club.misplaced().startsWith(QStringLiteral("the database %1 was overwritten").arg(FFile)));
+}
+
+TEST_F(TBooksCareTest, WhatOthersDoToTheBooksIsNoAlarm)
+{
+    club.closeAbandoned();
+    EXPECT_EQ(club.misplaced(), QString());
+    for (int i = 0; i < 5; ++i) {
+        for (const char* const order :
+             {"PRAGMA wal_checkpoint(TRUNCATE)", "VACUUM", "PRAGMA wal_checkpoint(PASSIVE)",
+              "CREATE TABLE more AS SELECT * FROM member", "PRAGMA wal_checkpoint(RESTART)",
+              "DROP TABLE more"}) {
+            elsewhere(QString::fromLatin1(order));
+            EXPECT_EQ(club.misplaced(), QString()) << order;
+            club.addMember(QStringLiteral("Somebody"));
+            EXPECT_EQ(club.misplaced(), QString()) << order;
+        }
+        TDatabase other(FFile);
+        other.closeAbandoned();
+        EXPECT_EQ(other.misplaced() + club.misplaced(), QString());
+    }
+}
+
+TEST_F(TBooksCareTest, LooksDoNotGiveUpTheLocks)
+{
+    club.closeAbandoned();
+    EXPECT_EQ(club.misplaced(), QString());
+    // the last one who leaves takes the log away: another program must not think that it is that
+    ASSERT_EQ(
+        QProcess::execute(QStringLiteral("python3"),
+                          {QStringLiteral("-c"),
+                           QStringLiteral("import sqlite3, sys; c = sqlite3.connect(sys.argv[1]); "
+                                          "c.execute('SELECT count(*) FROM member').fetchall(); c.close()"),
+                           FFile}),
+        0);
+    EXPECT_TRUE(QFile::exists(FFile + QStringLiteral("-wal")));
+}
+
+TEST_F(TBooksCareTest, ADeletedDatabaseIsRescued)
+{
+    addMember(QStringLiteral("Anna Berg"), QStringLiteral("1"));
+    ASSERT_TRUE(QFile::remove(FFile));
+    addMember(QStringLiteral("Ben Ort"), QStringLiteral("2"));
+    const QString first = FFile + QStringLiteral(".rescued");
+    EXPECT_EQ(club.rescue(), first);
+    EXPECT_EQ(club.rescue(), first + QStringLiteral("-2")) << "never over another one";
+    TDatabase copy(first, TOpening::Existing);
+    EXPECT_EQ(copy.holderOf(QStringLiteral("2"))->member.name, QStringLiteral("Ben Ort"));
 }
 
 TEST_F(TBooksCareTest, AFileThatIsReplacedIsNoticed)

@@ -138,6 +138,30 @@ TEST_F(TJournalTest, WhatCannotBeWrittenAtTheEndIsTold)
     EXPECT_EQ(lost.size(), 1);
 }
 
+TEST_F(TJournalTest, OutagesThatCannotBeWrittenAtTheEndAreTold)
+{
+    QStringList lines;
+    passes.OnOutageLost = [&](const TOutage& outage) { lines.append(outage.line); };
+    elsewhere(QStringLiteral("DROP TABLE outage"));
+    passes.add(somePass(QStringLiteral("1")));
+    passes.add(std::make_shared<TOutage>(
+        TOutage{0, QStringLiteral("north"), platform::Now(), 0, QStringLiteral("unplugged")}));
+    passes.close();
+    EXPECT_EQ(lines, QStringList({QStringLiteral("north")}));
+    EXPECT_EQ(lost, QStringList()) << "the pass is written";
+    EXPECT_EQ(journal().size(), 1);
+}
+
+TEST_F(TJournalTest, TheOldestOfTooManyOutagesIsTold)
+{
+    QStringList lines;
+    passes.OnOutageLost = [&](const TOutage& outage) { lines.append(outage.line); };
+    for (qsizetype count = 0; count <= TJournal::kMaxOutages; ++count) {
+        passes.add(std::make_shared<TOutage>(TOutage{0, QString::number(count), platform::Now(), 0, {}}));
+    }
+    EXPECT_EQ(lines, QStringList({QStringLiteral("0")}));
+}
+
 TEST_F(TJournalTest, WaitingIsBounded)
 {
     elsewhere(QStringLiteral("DROP TABLE pass"));

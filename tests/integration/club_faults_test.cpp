@@ -129,7 +129,8 @@ TEST_F(TClubFaults, ALogThatIsRenamedAndAFullDiskForIt)
 
 TEST_F(TClubFaults, TheLogOfAService)
 {
-    const auto run = startBy(QStringLiteral("JOURNAL_STREAM=9:1 exec $RUN"));
+    const auto run =
+        startBy(QStringLiteral("export JOURNAL_STREAM=$(stat -Lc %d:%i /proc/$$/fd/1); exec $RUN"));
     linePty.unplug();
     EXPECT_TRUE(run->says(QStringLiteral(" error entrance: ")));
     static const QRegularExpression kLine(

@@ -217,6 +217,43 @@ TEST(ScriptProgram, AHandlerThatFailsLeavesTheOthersAtWork)
     EXPECT_EQ(run.exitCode(), 0);
 }
 
+TEST(ScriptProgram, KeepsTheJournalAsAClubDoes)
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath("club.sqlite");
+    host::TDatabase books(file);
+    const auto open = std::make_shared<host::TPass>();
+    open->began = platform::Now();
+    open->gate = "01A";
+    host::TDatabase(file).writePasses({open}); // by a host that is gone
+    const TOwnScript script("const gate = new TTurnStylerDevice();\n"
+                            "gate.OnCheckSQL = (sender, device, card, status, img, mode, result) => {\n"
+                            "    result.value = Decide(device, card, mode);\n"
+                            "};\n"
+                            "gate.ComPort = OpenPort(Arguments[0], 9600);\n");
+    sim::TPty pty("gates");
+    sim::TClassicLine gates(pty);
+    gates.addController("01A");
+    gates.Delays.AnswerLimitMs = kForever;
+    TRun run({script.path, "--db", file, pty.path()});
+    EXPECT_TRUE(run.says("1 passes were left open by a host that was killed"))
+        << qPrintable(run.complaints());
+    ASSERT_TRUE(run.says(" is open."));
+    EXPECT_EQ(books.passesAfter(0, 10).at(0).ending, host::TEnding::Abandoned);
+    pty.unplug();
+    EXPECT_TRUE(eventually([&] { return books.outagesAfter(0, 10).size() == 1; }));
+    pty.plug();
+    EXPECT_TRUE(eventually([&] { return books.outagesAfter(0, 10).at(0).ended != 0; }));
+    const host::TWriteTransaction lock(books.connection());
+    gates.readCard("01A", "77");
+    EXPECT_TRUE(run.says("01A  card (77)  refused: unknown gate"));
+    run.stop();
+    EXPECT_EQ(run.exitCode(), 6);
+    EXPECT_TRUE(run.complaints().contains("NOT IN THE JOURNAL: ")) << qPrintable(run.complaints());
+    EXPECT_TRUE(run.complaints().contains("1 entries are NOT in the journal"));
+    EXPECT_FALSE(run.output().contains("Stopped."));
+}
+
 TEST(ScriptProgram, WithoutAScriptThePortAndTheBooksAreNeeded)
 {
     TRun noPort({"--db", "x"});

@@ -1,6 +1,9 @@
 #include "tnv5/host/books/database_parts.h"
+#include "tnv5/host/books/file_header.h"
+#include "tnv5/host/books/schema.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <sys/stat.h>
 
 namespace tnv5::host {
@@ -134,13 +137,53 @@ QString TDatabase::misplaced() const
         return {};
     }
     const TFileIdentity now = identityOf(F->file);
-    if (now == F->identity) {
+    QString what;
+    if (!now) {
+        what = QStringLiteral("deleted");
+    } else if (now != F->identity) {
+        what = QStringLiteral("replaced");
+    } else if (F->overwritten()) {
+        what = QStringLiteral("overwritten");
+    } else {
         return {};
     }
     return QStringLiteral(
                "the database %1 was %2 while the program runs: what is written now is lost with the old "
                "file; stop the program and put it back")
-        .arg(F->file, now ? QStringLiteral("replaced") : QStringLiteral("deleted"));
+        .arg(F->file, what);
+}
+
+QString TDatabase::rescue()
+{
+    QString copy = F->file + QStringLiteral(".rescued");
+    for (int number = 2; QFileInfo::exists(copy) || QFileInfo(copy).isSymLink(); ++number) {
+        copy = QStringLiteral("%1.rescued-%2").arg(F->file).arg(number);
+    }
+    F->statement(u"VACUUM INTO ?").run({copy});
+    return copy;
+}
+
+// A page that every earlier copy of the file has otherwise, and in the file at once, as far as others let it.
+void TDatabase::markFile()
+{
+    if (!F->identity) {
+        return;
+    }
+    execute(F->connection.database(), QStringLiteral("PRAGMA user_version = %1") // binds no values
+                                          .arg(versionOf(F->connection.database())));
+    execute(F->connection.database(), QStringLiteral("PRAGMA wal_checkpoint(PASSIVE)"));
+    F->mark = {identityOf(F->file + QStringLiteral("-wal")), changesOf(F->file), false};
+}
+
+bool TDatabase::TParts::overwritten()
+{
+    if (mark.log && !mark.overwritten) {
+        const std::optional<quint32> changes = changesOf(file);
+        mark.overwritten = changes && changes < mark.changes; // what cannot be read proves nothing
+        mark.overwritten |= identityOf(file + QStringLiteral("-wal")) != mark.log;
+        mark.changes = changes ? changes : mark.changes;
+    }
+    return mark.overwritten;
 }
 
 const QSqlDatabase& TDatabase::connection() const

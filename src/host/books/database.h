@@ -97,8 +97,12 @@ public:
     /// Path of the file, as it was given.
     QString fileName() const;
     /// What has become of the file since it was opened: empty when it is in its place, or else a sentence
-    /// that says it was deleted or replaced, so that what is written is lost.
+    /// that says it was deleted, replaced or overwritten, so that what is written is lost. A host
+    /// (`closeAbandoned`) also notices a file that was copied over it, unless that has changed more often.
     QString misplaced() const;
+    /// Copies the database as this program still has it beside its place, "club.sqlite.rescued", for a
+    /// misplaced one. @return name of the copy, which was not there before @throws EDatabase
+    QString rescue();
 
     /// How long a write waits for another program, in milliseconds.
     void setBusyTimeout(int ms);
@@ -107,6 +111,7 @@ private:
     struct TParts;
     void writePass(const TPass& pass, qint64& id);
     void becomeHost();
+    void markFile();
 
     std::unique_ptr<TParts> F;
 };

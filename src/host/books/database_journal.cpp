@@ -86,6 +86,7 @@ void TDatabase::becomeHost()
     F->locks.take(number); // before anyone else can read the number
     transaction.commit();
     F->host = number;
+    platform::guarded([this] { markFile(); }); // else only a deleted or replaced file is noticed
 }
 
 int TDatabase::closeAbandoned(int patienceMs)

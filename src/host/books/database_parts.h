@@ -15,6 +15,14 @@ inline QString notNull(const QString& text)
 using TFileIdentity = std::optional<std::pair<quint64, quint64>>;
 TFileIdentity identityOf(const QString& file);
 
+/// What a host remembers of its file, to notice that another one was copied over it.
+struct TFileMark
+{
+    TFileIdentity log;              // of the write-ahead log, which stays as long as somebody uses the file
+    std::optional<quint32> changes; // in the file when it was looked at last
+    bool overwritten = false;
+};
+
 /// What the files of `TDatabase` share: its connection and its statements.
 struct TDatabase::TParts
 {
@@ -22,6 +30,8 @@ struct TDatabase::TParts
         : file(name), connection(name, opening), locks(name), identity(identityOf(name))
     {
     }
+
+    bool overwritten();
 
     TStatement statement(const char16_t* sql) const
     {
@@ -32,7 +42,8 @@ struct TDatabase::TParts
     TConnection connection;
     THostLocks locks;
     TFileIdentity identity; // of the file that was opened
-    qint64 host = 0;        // this one's number, 0 until it has one
+    TFileMark mark;
+    qint64 host = 0; // this one's number, 0 until it has one
     TStatement addMember = statement(u"INSERT INTO member (name) VALUES (?)");
     TStatement setSuspended = statement(u"UPDATE member SET suspended = ? WHERE id = ?");
     TStatement setInside = statement(u"UPDATE member SET inside = ? WHERE id = ?");

@@ -44,7 +44,7 @@ void TJournal::add(const POutage& outage)
         FOutages.append(outage);
     }
     if (FOutages.size() > kMaxOutages) {
-        FOutages.removeFirst();
+        lose(*FOutages.takeFirst());
     }
     FTimer.SetEnabled(true);
 }
@@ -98,9 +98,11 @@ void TJournal::close()
     platform::guarded([this] { FDatabase.setBusyTimeout(kCloseBusyMs); });
     if (!flush()) {
         FQueued.clear();
-        FOutages.clear();
         for (const PPass& pass : std::exchange(FWaiting, {})) {
             lose(*pass);
+        }
+        for (const POutage& outage : std::exchange(FOutages, {})) {
+            lose(*outage);
         }
     }
     FTimer.SetEnabled(false);
@@ -117,6 +119,13 @@ void TJournal::lose(const TPass& pass)
 {
     if (OnLost) {
         platform::guarded([&] { OnLost(pass); });
+    }
+}
+
+void TJournal::lose(const TOutage& outage)
+{
+    if (OnOutageLost) {
+        platform::guarded([&] { OnOutageLost(outage); });
     }
 }
 

@@ -22,7 +22,8 @@ public:
     /// Passes that may wait while the database fails. Beyond that the oldest one that waits is given up: it
     /// goes to `OnLost`.
     static constexpr qsizetype kMaxWaiting = 100'000;
-    static constexpr qsizetype kMaxOutages = 1'000; ///< that may wait; the oldest one is given up
+    static constexpr qsizetype kMaxOutages =
+        1'000; ///< that may wait; the oldest one is given up, to `OnOutageLost`
 
     explicit TJournal(TDatabase& database);
     ~TJournal();
@@ -39,7 +40,7 @@ public:
     bool flush();
 
     /// Writes everything that waits and waits itself, some seconds, for a database that another program has
-    /// locked. What cannot be written all the same goes to `OnLost`.
+    /// locked. What cannot be written all the same goes to `OnLost` and `OnOutageLost`.
     void close();
 
     qsizetype waiting() const { return FWaiting.size(); }
@@ -53,10 +54,13 @@ public:
     std::function<void(const QString& text)> OnTrouble;
     /// A pass that will not be in the journal.
     std::function<void(const TPass& pass)> OnLost;
+    /// An outage, or its end, that will not be in the journal.
+    std::function<void(const TOutage& outage)> OnOutageLost;
 
 private:
     bool writePiece();
     void lose(const TPass& pass);
+    void lose(const TOutage& outage);
     void failed(const QString& why);
     void succeeded();
     void tell(const QString& text);

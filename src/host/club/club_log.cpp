@@ -3,11 +3,7 @@
 #include "tnv5/host/local/local_events.h"
 #include "tnv5/platform/errors.h"
 
-#include <QFile>
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
-#include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tnv5::host {
@@ -22,9 +18,13 @@ qint64 nowMs()
     return platform::TClock::current().nowMs();
 }
 
-QString errorText(int number)
+/// Whether standard output goes to the journal of systemd: it names the file that it has given for it.
+bool outputIsJournal()
 {
-    return QString::fromLocal8Bit(std::strerror(number)); // NOLINT(concurrency-mt-unsafe): one thread
+    struct stat info = {};
+    const QByteArray named = qgetenv("JOURNAL_STREAM");
+    return !named.isEmpty() && fstat(STDOUT_FILENO, &info) == 0 &&
+           named == QByteArray::number(quint64(info.st_dev)) + ':' + QByteArray::number(quint64(info.st_ino));
 }
 
 /// What came from a wire or a file must not command a terminal or begin a line of its own.
@@ -58,8 +58,7 @@ QString logText(const TLogLine& line)
     return isoTime(momentOf(line.timeMs)) + u' ' + toText(line.level) + u' ' + harmless(text).left(kMaxText);
 }
 
-TClubLog::TClubLog(const QString& file)
-    : FFile(file), FService(file.isEmpty() && qEnvironmentVariableIsSet("JOURNAL_STREAM"))
+TClubLog::TClubLog(const QString& file) : FFile(file)
 {
     open();
     FFlush.SetInterval(kFlushMs);
@@ -72,38 +71,29 @@ TClubLog::TClubLog(const QString& file)
 TClubLog::~TClubLog()
 {
     flush();
-    close();
 }
 
 void TClubLog::open()
 {
+    FService = FFile.isEmpty() && outputIsJournal();
     if (FFile.isEmpty()) {
-        FDescriptor = STDOUT_FILENO;
-        return;
+        FOutput.attach(STDOUT_FILENO);
+    } else if (!FOutput.open(FFile)) {
+        FTrouble = FOutput.why();
     }
-    FDescriptor = ::open(QFile::encodeName(FFile).constData(),
-                         O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0640);
-    if (FDescriptor < 0) {
-        failed(errorText(errno));
-    }
-}
-
-void TClubLog::close()
-{
-    if (FDescriptor > STDERR_FILENO) {
-        ::close(FDescriptor);
-    }
-    FDescriptor = -1;
 }
 
 void TClubLog::reopen(const QString& file)
 {
     writeQueue();
-    close();
-    FRest.clear();
     FFile = file;
-    FService = file.isEmpty() && qEnvironmentVariableIsSet("JOURNAL_STREAM");
     open();
+}
+
+void TClubLog::finish(int ms)
+{
+    FOutput.bePatient(ms);
+    flush();
 }
 
 void TClubLog::flush()
@@ -162,44 +152,27 @@ void TClubLog::writeQueue()
     }
 }
 
-// Never waits: what a pipe does not take at once is left out, but never half a line.
+// Never waits: what nobody takes at once is left out, but never half a line.
 bool TClubLog::write(const QByteArray& line)
 {
-    if (FDescriptor < 0) {
+    if (!FOutput.isOpen()) {
         open(); // it may work again
-        if (FDescriptor < 0) {
+        if (!FOutput.isOpen()) {
             return false;
         }
     }
-    pollfd state = {FDescriptor, POLLOUT, 0};
-    if (poll(&state, 1, 0) != 1 || (state.revents & POLLOUT) == 0) {
-        if ((state.revents & (POLLERR | POLLHUP | POLLNVAL)) != 0) {
-            failed(QStringLiteral("nobody reads it any more"));
+    const TNowOutput::TWritten written = FOutput.write(line);
+    if (written == TNowOutput::TWritten::Failed) {
+        FTrouble = FOutput.why();
+        if (!FFile.isEmpty()) {
+            FOutput.close();
         }
-        return false;
+    } else {
+        FTrouble = written == TNowOutput::TWritten::Yes
+                       ? QString()
+                       : QStringLiteral("nobody takes what is written, lines are left out");
     }
-    const QByteArray bytes = FRest + line;
-    const ssize_t written = ::write(FDescriptor, bytes.constData(), std::size_t(bytes.size()));
-    if (written < 0) {
-        failed(errorText(errno));
-        return false;
-    }
-    const bool began = written > FRest.size();
-    FRest = written == bytes.size() ? QByteArray() : bytes.mid(written);
-    if (!began) {
-        FRest.chop(line.size()); // the end of the line before comes first
-        return false;
-    }
-    FTrouble.clear();
-    return true;
-}
-
-void TClubLog::failed(const QString& why)
-{
-    FTrouble = why;
-    if (!FFile.isEmpty() && FDescriptor >= 0) {
-        close();
-    }
+    return written == TNowOutput::TWritten::Yes;
 }
 
 } // namespace tnv5::host

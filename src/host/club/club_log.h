@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tnv5/host/club/log_filter.h"
+#include "tnv5/host/now_output.h"
 #include "tnv5/platform/clock.h"
 #include "tnv5/platform/timer.h"
 
@@ -17,10 +18,9 @@ namespace tnv5::host {
 ///
 ///     2026-11-22T09:12:33.123+01:00 warning entrance: the port went away
 ///
-/// On standard output of a service of systemd (JOURNAL_STREAM is set) the level also stands in front, "<4>".
-/// What is repeated is counted (`TLogFilter`). Nothing ever waits: lines that nobody takes are left out, and
-/// how many is told later; a file that cannot be written is told once through `OnTrouble`, and again when it
-/// can.
+/// On standard output of a service of systemd (JOURNAL_STREAM names it) the level also stands in front,
+/// "<4>". What is repeated is counted (`TLogFilter`). Nothing ever waits (`TNowOutput`): lines that nobody
+/// takes are left out, and how many is told later; `trouble` tells while nothing can be written.
 class TClubLog
 {
 public:
@@ -46,6 +46,8 @@ public:
     const QString& file() const { return FFile; }
     /// Writes what is queued, and the counts of what was left out.
     void flush();
+    /// The same at the end of the program: waits for whoever reads, so long altogether.
+    void finish(int ms);
 
     /// Why nothing can be written; empty: it can.
     const QString& trouble() const { return FTrouble; }
@@ -61,20 +63,17 @@ private:
     void writeQueue();
     bool write(const QByteArray& line);
     void open();
-    void close();
-    void failed(const QString& why);
 
     QString FFile;
     TLogFilter FFilter;
     QList<TLogLine> FQueue;
     platform::TTimer FFlush;
     platform::TTimer FDue;
-    int FDescriptor = -1;
+    TNowOutput FOutput;
     bool FService = false;
     QString FTrouble;
     qint64 FLost = 0;
     qint64 FUntold = 0; // of them
-    QByteArray FRest;   // of a line that was written in part
 };
 
 /// A line as it stands in a log, without its end. Example: "2026-11-22T09:12:33.123+01:00 error  the disk is

@@ -309,6 +309,7 @@ QStringList TClubPlant::troubles() const
     if (!FBooksTrouble.isEmpty()) {
         texts << QStringLiteral("the books cannot be written: %1").arg(FBooksTrouble);
     }
+    texts << FDesk.misplaced();
     if (FDesk.journalFails()) {
         texts << QStringLiteral("the journal cannot be written: %1 entries wait").arg(FDesk.waiting());
     }
@@ -340,7 +341,7 @@ QString TClubPlant::open(const QString& gate, const QString& who, const QString&
 QString TClubPlant::reload()
 {
     const QString name = QFileInfo(FFile).fileName();
-    const TClubFile file = checkClub(FFile);
+    const TClubFile file = Read ? Read() : checkClub(FFile);
     QStringList wrong;
     for (const TFileError& error : file.errors) {
         wrong << errorText(name, error);

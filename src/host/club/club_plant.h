@@ -49,6 +49,8 @@ public:
     QByteArray picture(const QString& card) override;
     QJsonArray journal(qint64 after, int limit) override;
 
+    /// Where the description comes from when it is read again; none: from the file.
+    std::function<TClubFile()> Read;
     /// Something for those who watch.
     std::function<void(const QJsonObject& event)> OnEvent;
     /// The state has changed.
