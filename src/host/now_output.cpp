@@ -71,6 +71,7 @@ void TNowOutput::close()
     FOwn = false;
     FWaits = false;
     FSocket = false;
+    FFull = false;
     FRest.clear();
 }
 
@@ -79,6 +80,10 @@ TNowOutput::TWritten TNowOutput::write(const QByteArray& line)
     const QByteArray bytes = FRest + line;
     qint64 done = 0;
     FWhy.clear();
+    if (FFull && !takesAgain()) {
+        return TWritten::No;
+    }
+    FFull = false;
     while (done < bytes.size()) {
         const qint64 some = writeSome(bytes.mid(done));
         if (some > 0) {
@@ -89,6 +94,7 @@ TNowOutput::TWritten TNowOutput::write(const QByteArray& line)
             FWhy = errorText(errno);
             break;
         } else if (!waitsLonger()) {
+            FFull = true;
             break;
         }
     }
@@ -113,6 +119,13 @@ qint64 TNowOutput::writeSome(const QByteArray& bytes) const
         size = std::min(size, kPiece);
     }
     return ::write(FDescriptor, bytes.constData(), std::size_t(size));
+}
+
+/// Whether there is room again, not only for a short line behind one that was too long.
+bool TNowOutput::takesAgain() const
+{
+    pollfd state = {FDescriptor, POLLOUT, 0};
+    return poll(&state, 1, int(FPatience.remainingTime())) != 0;
 }
 
 /// Waits as long as patience lasts. @return whether it is worth another try

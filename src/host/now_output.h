@@ -46,13 +46,15 @@ public:
 
 private:
     qint64 writeSome(const QByteArray& bytes) const;
+    bool takesAgain() const;
     bool waitsLonger() const;
 
     int FDescriptor = -1;
     bool FOwn = false;   // opened here
     bool FWaits = false; // a write may wait, so it is asked before
     bool FSocket = false;
-    QByteArray FRest; // of a line that was written in part
+    bool FFull = false; // something was left out, or in part
+    QByteArray FRest;   // of a line that was written in part
     QString FWhy;
     QDeadlineTimer FPatience{0};
 };

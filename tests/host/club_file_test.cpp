@@ -38,6 +38,15 @@ TEST(ClubFile, AGateOnABusHasAnyFourCharactersButADisplays)
     }
 }
 
+TEST(ClubFile, WhatIsNoTomlHasItsLine)
+{
+    EXPECT_EQ(errorsOf(kHead + "[[`us]]\n[[line]]\n"),
+              QStringList({QStringLiteral("club.toml:4: cannot be read")}));
+    EXPECT_EQ(errorsOf("[.]"), QStringList({QStringLiteral("club.toml:1: cannot be read")}));
+    EXPECT_EQ(errorsOf(kHead + "a = [1,\n2]\n[=]\n\n"),
+              QStringList({QStringLiteral("club.toml:6: cannot be read")}));
+}
+
 TEST(ClubFile, AWholeClub)
 {
     const TClubFile file = readClub(kHead + R"(

@@ -58,6 +58,7 @@ TEST(Csv, AMarkAtTheBeginningIsLeftOut)
 {
     EXPECT_EQ(read("\xEF\xBB\xBFname\n\xD0\x90\xD0\xBD\xD0\xBD\xD0\xB0\n"),
               QStringList({QStringLiteral("1:1 name"), QStringLiteral("2:1 Анна")}));
+    EXPECT_EQ(csvLine({QStringLiteral("\uFEFFa"), QStringLiteral("b")}), QStringLiteral("\"\uFEFFa\",b"));
 }
 
 TEST(Csv, ColumnsCountCharacters)

@@ -230,7 +230,7 @@ TEST_F(Watch, RotatedRecordingsPlayAsOneAndInPart)
     const QString gate = file("gate.rec", kCardRecording);
     TRun cut({QStringLiteral("replay"), gate, QStringLiteral("--as"), QStringLiteral("turnstile"),
               QStringLiteral("--speed"), QStringLiteral("0"), QStringLiteral("--from"), QStringLiteral("0"),
-              QStringLiteral("--to"), QStringLiteral("0.5")});
+              QStringLiteral("--until"), QStringLiteral("0.5")});
     EXPECT_EQ(cut.exitCode(), 0);
     EXPECT_TRUE(cut.output().contains(QStringLiteral("sends   $01A10366\\r")));
     EXPECT_FALSE(cut.output().contains(QStringLiteral("FINISH")));

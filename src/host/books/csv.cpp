@@ -182,7 +182,8 @@ QString csvLine(const QStringList& values)
     QStringList cells;
     for (const QString& value : values) {
         const bool plain = std::none_of(value.begin(), value.end(), [](QChar c) {
-            return c == u',' || c == u';' || c == u'"' || c == u'\n' || c == u'\r';
+            return c == u',' || c == u';' || c == u'"' || c == u'\n' || c == u'\r' ||
+                   c == QChar::ByteOrderMark; // at the beginning of a file it would be left out
         });
         QString cell = value;
         // An empty line would count for nothing.

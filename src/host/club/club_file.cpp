@@ -380,6 +380,36 @@ private:
     QHash<int, int> FTcpPorts;
 };
 
+toml::table parse(const QByteArray& text)
+{
+    return toml::parse(std::string_view(text.constData(), std::size_t(text.size())));
+}
+
+bool isNoToml(const QByteArray& text)
+{
+    try {
+        parse(text);
+    } catch (const ENoToml&) {
+        return true;
+    } catch (const toml::parse_error&) { // in the middle of a list, for example
+        return false;
+    }
+    return false;
+}
+
+/// The line that the library does not name: the first with which a file cannot be read.
+int lineThatIsNoToml(const QByteArray& text)
+{
+    const QList<QByteArray> lines = text.split('\n');
+    qsizetype good = 0;
+    qsizetype bad = lines.size();
+    while (bad - good > 1) {
+        const qsizetype middle = (good + bad) / 2;
+        (isNoToml(lines.mid(0, middle).join('\n')) ? bad : good) = middle;
+    }
+    return int(bad);
+}
+
 } // namespace
 
 bool TGatePlan::operator==(const TGatePlan& other) const
@@ -397,8 +427,9 @@ bool TLampPlan::operator==(const TLampPlan& other) const
 TClubFile readClub(const QByteArray& text, const QString& folder)
 {
     try {
-        const toml::table root = toml::parse(std::string_view(text.constData(), std::size_t(text.size())));
-        return TReader(root, folder).read();
+        return TReader(parse(text), folder).read();
+    } catch (const ENoToml&) {
+        return {{}, {{lineThatIsNoToml(text), QStringLiteral("cannot be read")}}};
     } catch (const toml::parse_error& error) {
         const std::string_view what = error.description();
         return {{},

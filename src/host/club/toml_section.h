@@ -1,8 +1,7 @@
 #pragma once
 
 #include "tnv5/host/club/club_file.h"
-
-#include <toml++/toml.h>
+#include "tnv5/host/club/toml_library.h"
 
 namespace tnv5::host {
 
