@@ -42,6 +42,8 @@ TEST(ClubFile, WhatIsNoTomlHasItsLine)
 {
     EXPECT_EQ(errorsOf(kHead + "[[`us]]\n[[line]]\n"),
               QStringList({QStringLiteral("club.toml:4: cannot be read")}));
+    EXPECT_TRUE(
+        errorsOf("[a\xEF\xB3\xBF]").value(0).startsWith(QStringLiteral("club.toml:1: Error while parsing")));
     EXPECT_EQ(errorsOf("[.]"), QStringList({QStringLiteral("club.toml:1: cannot be read")}));
     EXPECT_EQ(errorsOf(kHead + "a = [1,\n2]\n[=]\n\n"),
               QStringList({QStringLiteral("club.toml:6: cannot be read")}));
