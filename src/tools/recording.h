@@ -83,7 +83,7 @@ TEntrySource part(TEntrySource source, qint64 fromUs, qint64 toUs);
 class TRecordingReader
 {
 public:
-    static constexpr qint64 kMaxLine = 1024 * 1024; ///< bytes
+    static constexpr qint64 kMaxLine = qint64{1024} * 1024; ///< bytes
 
     explicit TRecordingReader(const QStringList& files) : FFiles(files) {}
 
