@@ -4,6 +4,8 @@
 // on it: here it is always checked, and a file that breaks it raises. It also takes some characters behind a
 // name, such as U+FCFF, for impossible; they are no blanks.
 
+#include <cstdint> // the library's second header below relies on the first
+
 namespace tnv5::host {
 
 /// A file is no TOML, and the library cannot say where.
