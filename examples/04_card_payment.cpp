@@ -10,7 +10,7 @@ using namespace tnv5::platform::automation;
 
 namespace {
 
-/// A terminal that takes three passes for a payment and has no more than 20.00 to give.
+/// A terminal that takes three rounds for a payment and has no more than 20.00 to give.
 class TOurTerminal final : public TAutomationObject
 {
 public:
@@ -18,10 +18,10 @@ public:
     {
         if (name == u"PosPurchase") {
             FAmount = arguments.at(0).value.toInt();
-            FPasses = 3;
+            FRounds = 3;
         }
         if (name == u"GetLastResult") {
-            return FPasses-- > 0 ? 2 : FAmount <= 2'000 ? 0 : 1;
+            return FRounds-- > 0 ? 2 : FAmount <= 2'000 ? 0 : 1;
         }
         if (name == u"GetLastErrorCode") {
             return 51;
@@ -37,7 +37,7 @@ public:
 
 private:
     int FAmount = 0;
-    int FPasses = 0;
+    int FRounds = 0;
 };
 
 bool pay(bank::TBankPOS& pos, int cents)
@@ -48,11 +48,11 @@ bool pay(bank::TBankPOS& pos, int cents)
         std::printf("paid, reference %s\n", qUtf8Printable(pos.RRN()));
         return true;
     }
-    if (pos.GetLastError() == -1) { // an error of our own: nobody has said how it ended
+    if (pos.GetLastError() > 0) { // the library has said why not; with others look for a time-out, too
+        std::printf("not paid: %s\n", qUtf8Printable(pos.LastErrorMsg()));
+    } else { // nobody has said how it ended: docs/payment-outcome.md
         std::printf("unknown: %s; look at the terminal, do not repeat it\n",
                     qUtf8Printable(pos.LastErrorMsg()));
-    } else {
-        std::printf("not paid: %s\n", qUtf8Printable(pos.LastErrorMsg()));
     }
     return false;
 }

@@ -175,7 +175,7 @@ private:
         }
         FMessage = machine.errorText();
         machine.finish();
-        reply.result = end == TPosEnd::Approve    ? rConfirm
+        reply.result = machine.approved()         ? rConfirm
                        : end == TPosEnd::TimeOut  ? rTimeout
                        : end == TPosEnd::BreakOff ? rBreak
                                                   : rDecline;

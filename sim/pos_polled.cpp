@@ -51,6 +51,9 @@ private:
         if (FSecond && !FConfirming && machine.approved()) {
             return {0}; // booked when it is confirmed
         }
+        if (FConfirming && machine.scenario().end == TPosEnd::Unconfirmed) {
+            return {1};
+        }
         return {machine.finish() ? 0 : 1};
     }
 

@@ -9,9 +9,10 @@ namespace tnv5::sim {
 
 std::optional<TPosEnd> posEndOf(const QString& word)
 {
-    static const QStringList words = {QStringLiteral("approve"), QStringLiteral("decline"),
-                                      QStringLiteral("timeout"), QStringLiteral("break"),
-                                      QStringLiteral("crash"),   QStringLiteral("hang")};
+    static const QStringList words = {QStringLiteral("approve"),    QStringLiteral("decline"),
+                                      QStringLiteral("timeout"),    QStringLiteral("break"),
+                                      QStringLiteral("crash"),      QStringLiteral("hang"),
+                                      QStringLiteral("unconfirmed")};
     const auto index = words.indexOf(word);
     return index < 0 ? std::nullopt : std::optional(static_cast<TPosEnd>(index));
 }

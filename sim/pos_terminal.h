@@ -16,14 +16,15 @@ namespace tnv5::sim {
 /// How a payment at a simulated terminal ends.
 enum class TPosEnd {
     Approve,
-    Decline,  ///< the bank has a reason
-    TimeOut,  ///< nobody puts a card in
-    BreakOff, ///< the customer presses the red button
-    Crash,    ///< the library's process dies while the bank is asked
-    Hang      ///< the library does not answer any more once the bank is asked
+    Decline,    ///< the bank has a reason
+    TimeOut,    ///< nobody puts a card in
+    BreakOff,   ///< the customer presses the red button
+    Crash,      ///< the library's process dies while the bank is asked
+    Hang,       ///< the library does not answer any more once the bank is asked
+    Unconfirmed ///< the bank agrees, and the second half of a payment fails where there is one (library 1)
 };
 
-/// "approve", "decline", "timeout", "break", "crash", "hang"; nothing for another word.
+/// "approve", "decline", "timeout", "break", "crash", "hang", "unconfirmed"; nothing for another word.
 std::optional<TPosEnd> posEndOf(const QString& word);
 
 /// What the terminal is told to do.
@@ -77,7 +78,11 @@ public:
     bool finish();
     void closeDay();
 
-    bool approved() const { return FKind == TKind::Other || FScenario.end == TPosEnd::Approve; }
+    bool approved() const
+    {
+        return FKind == TKind::Other || FScenario.end == TPosEnd::Approve ||
+               FScenario.end == TPosEnd::Unconfirmed;
+    }
     /// Whether the machine is beyond help by now.
     std::optional<TPosEnd> lost() const;
     /// The reason for which there is no approval.

@@ -212,9 +212,10 @@ void addPayCommand(CLI::App& app, TCommand& chosen)
         ->type_name("NUMBER")
         ->check(CLI::Range(1, last));
     command
-        ->add_option("--terminal", options->terminal,
-                     "Instead of a port: a terminal with a library, 0 to 4; \"sim:1\" plays one, "
-                     "\"sim:1:decline\" one that declines (or approve, timeout, break, crash, hang)")
+        ->add_option(
+            "--terminal", options->terminal,
+            "Instead of a port: a terminal with a library, 0 to 4; \"sim:1\" plays one, "
+            "\"sim:1:decline\" one that declines (or approve, timeout, break, crash, hang, unconfirmed)")
         ->type_name("NUMBER")
         ->excludes("--port")
         ->excludes("--type");

@@ -27,12 +27,18 @@ void setAddress(bank::TBankPOS& pos, const TTerminalPayment& payment)
     }
 }
 
-/// What the component told last. A terminal that reports a refusal has decided; whoever has lost it, or heard
-/// nothing of it within the time, does not know.
-bool outcomeIsKnown(const bank::TBankPOS& pos)
+/// Whether a payment that failed has certainly not been taken: nothing was sent, or the library has a code
+/// for why not. One that has a reference was approved, and what came behind that failed.
+bool isNotTaken(const bank::TBankPOS& pos)
 {
+    if (!pos.RRN().isEmpty() || !pos.AuthID().isEmpty()) {
+        return false;
+    }
+    constexpr int kOwnError = -1; // of the component, which has heard nothing
+    const int code = pos.GetLastError();
     const QString text = pos.LastErrorMsg();
-    return !text.startsWith(bank::texts::kCallFailed) && text != bank::texts::kTimedOut;
+    return text == bank::texts::kNotSent ||
+           (code != 0 && code != kOwnError && text != bank::texts::kTimedOut);
 }
 
 int resultOf(const bank::TBankPOS& pos, const TTerminalPayment& payment, bool paid)
@@ -44,7 +50,7 @@ int resultOf(const bank::TBankPOS& pos, const TTerminalPayment& payment, bool pa
               TColour::Green);
         return kDone;
     }
-    if (outcomeIsKnown(pos)) {
+    if (isNotTaken(pos)) {
         print(QStringLiteral("%1 not paid").arg(amount), TColour::Red);
         return kDeclined;
     }

@@ -53,7 +53,7 @@ void addTerminalCommand(CLI::App& app, TCommand& chosen)
         ->type_name("ADDRESS");
     command->add_option("--end", options->end, "How payments end")
         ->capture_default_str()
-        ->check(CLI::IsMember({"approve", "decline", "timeout", "break", "crash", "hang"}));
+        ->check(CLI::IsMember({"approve", "decline", "timeout", "break", "crash", "hang", "unconfirmed"}));
     command->add_option("--reason", options->reason, "The bank's code of a refusal")->capture_default_str();
     command->add_option("--step", options->stepMs, "Milliseconds from one text of the terminal to the next")
         ->capture_default_str()

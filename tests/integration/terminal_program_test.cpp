@@ -42,6 +42,9 @@ TEST(TerminalProgram, EndsWithTheOutcomeOfEachLibrary)
         EXPECT_TRUE(lost.says("the process behind it has ended"));
     }
     EXPECT_EQ(TProgramRun(TNV5_PROGRAM, pay("sim:4:timeout")).exitCode(), 5); // nobody knows
+    TProgramRun half(TNV5_PROGRAM, pay("sim:1:unconfirmed"));
+    EXPECT_EQ(half.exitCode(), 5) << "the bank has agreed";
+    EXPECT_TRUE(half.says("look at the terminal before you try again"));
 }
 
 TEST(TerminalProgram, ASignalDoesNotLeaveAPaymentAlone)

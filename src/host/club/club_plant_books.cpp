@@ -21,7 +21,7 @@ void TClubPlant::beginBooks(int patienceMs)
         enterIntoBooks(FPlan);
         tellOfLostLamps();
         for (const TPayment& payment : recoverPayments(FDatabase, *FLastPayment)) {
-            FLog.info({}, logLine(payment));
+            FLog.warning({}, logLine(payment));
             tell(paymentEvent(payment));
         }
     } catch (const EDatabase& error) {

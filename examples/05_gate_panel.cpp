@@ -1,6 +1,6 @@
 // Gates on the screen: a panel with two gates, whose buttons show what a controller would report.
-// Usage: 04_gate_panel            shows the window
-//        04_gate_panel --check    presses each button once and ends
+// Usage: 05_gate_panel            shows the window
+//        05_gate_panel --check    presses each button once and ends
 
 #include <QApplication>
 #include <QPushButton>
