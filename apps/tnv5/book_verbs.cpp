@@ -63,15 +63,16 @@ void TBookVerbs::tables(host::TBookKind kind, host::TBookTable (*lister)(host::T
 
     CLI::App* const importing = FThing->add_subcommand(
         "import", "Add what a CSV file holds: all of it, or nothing when a line is wrong");
-    addDatabaseOption(*importing, options->database);
-    importing->add_option("file", options->file, "The file; \"-\" is standard input")
+    const auto imported = std::make_shared<TTableOptions>(*options); // TNV5_DB fills what no --db has filled
+    addDatabaseOption(*importing, imported->database);
+    importing->add_option("file", imported->file, "The file; \"-\" is standard input")
         ->required()
         ->type_name("FILE");
     importing->footer(
         "\nColumns: " + host::importColumns(kind).names.join(QStringLiteral(", ")).toStdString() +
         "; the first " + std::to_string(host::importColumns(kind).needed) +
         " must be there. Lists are separated by \";\".");
-    importing->callback([&chosen = FChosen, options] { chosen = [options] { return import(*options); }; });
+    importing->callback([&chosen = FChosen, imported] { chosen = [imported] { return import(*imported); }; });
 }
 
 } // namespace tnv5::cli

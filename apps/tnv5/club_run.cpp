@@ -195,7 +195,6 @@ QString rescueBooks(host::TDatabase& books)
 
 int runClub(const QString& file, const QString& socket)
 {
-    holdSignals(); // also in the threads that begin from now on
     failInsteadOfEnding();
     const host::TClubFile club = host::checkClub(file);
     if (!complainAbout(file, club.errors)) {

@@ -39,7 +39,13 @@ void addZones(host::TBooks& books, const TZoneOptions& options)
 
 void changeZone(host::TBooks& books, const TZoneOptions& options)
 {
-    books.renameZone(QString::fromStdString(options.name), QString::fromStdString(options.newName));
+    const QString name = QString::fromStdString(options.name);
+    books.renameZone(name, QString::fromStdString(options.newName));
+    complain(
+        QStringLiteral(
+            "A club's file with gates of the zone \"%1\" has to be changed, too, before the club starts or "
+            "reads it again.")
+            .arg(name));
 }
 
 void removeZone(host::TBooks& books, const TZoneOptions& options)

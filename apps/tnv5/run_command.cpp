@@ -97,7 +97,8 @@ void addRunCommand(CLI::App& app, TCommand& chosen)
                      "directions are in, out and inner (a door inside the club)")
         ->excludes(script)
         ->type_name("GATE");
-    command->add_option("--baud", options->baudRate, "Speed of the line")->capture_default_str();
+    CLI::Option* const baud =
+        command->add_option("--baud", options->baudRate, "Speed of the line")->capture_default_str();
     command->add_flag("--wait", options->wait,
                       "Wait for a port that is not there yet; a club always waits for all of its ports");
     command->add_option("--socket", options->socket, "Where \"tnv5 status\" and others reach the club")
@@ -105,13 +106,17 @@ void addRunCommand(CLI::App& app, TCommand& chosen)
     command->footer(
         "\nEnds with 0; with 1 when it cannot begin; with 6 when something could not be written into the\n"
         "journal, which is then told. SIGHUP makes a club read its file again and open its log anew.");
-    command->callback([&chosen, options] {
+    command->callback([&chosen, options, baud] {
+        holdSignals(); // before there is anything that a signal could leave half done
         if (QString::fromStdString(options->script).endsWith(QStringLiteral(".toml"))) {
             if (!options->arguments.empty()) {
                 throw CLI::ValidationError("arguments", "are for scripts, a club's file takes none");
             }
             if (!options->database.empty() && options->database != qgetenv("TNV5_DB").toStdString()) {
                 throw CLI::ValidationError("--db", "stands in the club's file");
+            }
+            if (baud->count() > 0) {
+                throw CLI::ValidationError("--baud", "stands in the club's file");
             }
             chosen = [options] {
                 return runClub(QString::fromStdString(options->script),

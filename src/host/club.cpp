@@ -147,7 +147,7 @@ bool isBusAddress(const QString& text)
 std::optional<TGate> toGate(const QString& text)
 {
     const QStringList parts = text.split(u':');
-    if (parts.size() != 3 || !isLineAddress(parts[0]) || parts[1].isEmpty()) {
+    if (parts.size() != 3 || !isLineAddress(parts[0]) || parts[1].isEmpty() || parts[1].contains(u';')) {
         return std::nullopt;
     }
     const std::optional<TDirection> direction = toDirection(parts[2]);

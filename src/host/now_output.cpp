@@ -1,6 +1,7 @@
 #include "tnv5/host/now_output.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -25,12 +26,23 @@ QString errorText(int number)
     return QString::fromLocal8Bit(std::strerror(number)); // NOLINT(concurrency-mt-unsafe): one thread
 }
 
+/// Whether a line of a file has no end; not where that cannot be read.
+bool endsWithinLine(const QString& file)
+{
+    const QFileInfo info(file);
+    QFile text(file);
+    return info.isFile() && info.size() > 0 && text.open(QIODevice::ReadOnly | QIODevice::Unbuffered) &&
+           text.seek(text.size() - 1) && text.read(1) != "\n";
+}
+
 } // namespace
 
 // A regular file is not opened again: others that write to it share the place where the next line goes.
 void TNowOutput::attach(int descriptor)
 {
+    const bool within = !FRest.isEmpty();
     close();
+    FRest = within ? "\n" : "";
     FDescriptor = descriptor;
     struct stat info = {};
     if (fstat(descriptor, &info) != 0 || S_ISREG(info.st_mode)) {
@@ -58,6 +70,8 @@ bool TNowOutput::open(const QString& file)
     FOwn = FDescriptor >= 0;
     if (!FOwn) {
         FWhy = errorText(errno);
+    } else if (endsWithinLine(file)) { // the disk was full then, or the power failed
+        FRest = "\n";
     }
     return FOwn;
 }

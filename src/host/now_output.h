@@ -54,7 +54,7 @@ private:
     bool FWaits = false; // a write may wait, so it is asked before
     bool FSocket = false;
     bool FFull = false; // something was left out, or in part
-    QByteArray FRest;   // of a line that was written in part
+    QByteArray FRest;   // of a line that was written in part, or the end that such a line lacks
     QString FWhy;
     QDeadlineTimer FPatience{0};
 };

@@ -209,12 +209,12 @@ TEST_F(DeskWindow, WhoCancelsOpensNothing)
 
 TEST_F(DeskWindow, TheHostsRefusalIsSaid)
 {
-    club.Trouble = QStringLiteral("The line is not open.");
+    club.Trouble = QStringLiteral("hall is not open: gone");
     ASSERT_TRUE(connects());
     window->askToOpen(QStringLiteral("01A"));
     answer(QStringLiteral("guest"));
     ASSERT_TRUE(eventually([this] { return !window->answer()->text().isEmpty(); }));
-    EXPECT_EQ(window->answer()->text(), QStringLiteral("Gate 01A was not opened: The line is not open."));
+    EXPECT_EQ(window->answer()->text(), QStringLiteral("Gate 01A was not opened: hall is not open: gone"));
     EXPECT_EQ(model->log().line(model->log().rowCount() - 1).level, TLogLevel::Error);
 }
 

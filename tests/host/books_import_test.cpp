@@ -89,6 +89,8 @@ TEST_F(TBooksImportTest, ErrorsSayWhere)
         {TBookKind::Members, "number,name\n5,x\n6,\n", "in.csv:3:3: a member needs a name"},
         {TBookKind::Members, "name,number\nx,1\n", "in.csv:2:1: member 1 is there already"},
         {TBookKind::Members, "name,number\nx,0\n", "in.csv:2:3: \"0\" is no number of a member"},
+        {TBookKind::Members, "name,number\nx,1000000000000\n",
+         "in.csv:2:3: \"1000000000000\" is no number of a member"},
         {TBookKind::Members, "name,balance\nx,much\n",
          "in.csv:2:3: \"much\" is no amount; write it like 12.50"},
         {TBookKind::Members, "name,suspended\nx,maybe\n", "in.csv:2:3: \"maybe\" is neither yes nor no"},

@@ -128,7 +128,8 @@ TEST_F(TBooksTest, Cards)
     books.removeCard(QStringLiteral("8"), false);
     EXPECT_TRUE(books.cards().rows.isEmpty());
 
-    for (const QString& bad : {QString(), QStringLiteral("a b"), QStringLiteral("ключ"), QString(65, u'1')}) {
+    for (const QString& bad : {QString(), QStringLiteral("a b"), QStringLiteral("1;2"),
+                               QStringLiteral("ключ"), QString(65, u'1')}) {
         EXPECT_TRUE(refusal([&] { books.addCard(bad, anna); }).contains(QStringLiteral("is no card number")))
             << bad.toStdString();
     }

@@ -37,7 +37,7 @@ TEST(Csv, ValuesAndTheirPlaces)
     EXPECT_EQ(read("name,card\r\nAnna Berg,12\r\n"),
               QStringList({QStringLiteral("1:1 name|1:6 card"), QStringLiteral("2:1 Anna Berg|2:11 12")}));
     EXPECT_EQ(read("a\nb"), QStringList({QStringLiteral("1:1 a"), QStringLiteral("2:1 b")}));
-    EXPECT_EQ(read("a,b\n,\n"), QStringList({QStringLiteral("1:1 a|1:3 b"), QStringLiteral("2:1 |2:2 ")}));
+    EXPECT_EQ(read("a,b\n,1\n"), QStringList({QStringLiteral("1:1 a|1:3 b"), QStringLiteral("2:1 |2:2 1")}));
 }
 
 TEST(Csv, QuotationMarks)
@@ -52,6 +52,8 @@ TEST(Csv, QuotationMarks)
 TEST(Csv, EmptyLinesCountForNothing)
 {
     EXPECT_EQ(read("\n\r\na\n\nb\n\n"), QStringList({QStringLiteral("3:1 a"), QStringLiteral("5:1 b")}));
+    EXPECT_EQ(read("\r\na;b\n;\n1;2\n;;;\n"), // as spreadsheets leave them
+              QStringList({QStringLiteral("2:1 a|2:3 b"), QStringLiteral("4:1 1|4:3 2")}));
 }
 
 TEST(Csv, AMarkAtTheBeginningIsLeftOut)

@@ -139,6 +139,26 @@ TEST_F(TClubLogTest, EveryLineHasDateTimeZoneLevelAndSource)
     EXPECT_EQ(heard.size(), 3);
 }
 
+TEST_F(TClubLogTest, ALineThatIsCutShowsIt)
+{
+    const QString text(1'999, u'x');
+    EXPECT_TRUE(logText({0, TLevel::Info, {}, text + u'y'}).endsWith(u"xy"));
+    EXPECT_TRUE(logText({0, TLevel::Info, {}, text + QStringLiteral("yz")}).endsWith(QStringLiteral("xy…")));
+    EXPECT_TRUE(
+        logText({0, TLevel::Info, {}, text + QStringLiteral("\x1b")}).endsWith(QStringLiteral("x\\…")));
+}
+
+TEST_F(TClubLogTest, WhatIsAlwaysToldIsNeverTooMuch)
+{
+    TClubLog log(path);
+    for (int i = 0; i < 25'000; ++i) {
+        log.always(QString::number(i));
+    }
+    log.flush();
+    EXPECT_EQ(lines().size(), 25'000);
+    EXPECT_EQ(log.lost(), 0);
+}
+
 TEST_F(TClubLogTest, AFileThatIsRenamedIsOpenedAnew)
 {
     TClubLog log(path);

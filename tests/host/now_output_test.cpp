@@ -61,6 +61,15 @@ TEST_F(TNowOutputTest, TheRestOfALineComesBeforeTheNext)
     EXPECT_EQ(read(4'096), QByteArray(904, 'x') + "\nb\n");
 }
 
+TEST_F(TNowOutputTest, ALineThatWasBegunHasAnEndWhenItIsAttachedAgain)
+{
+    EXPECT_EQ(output.write(QByteArray(5'000, 'x') + '\n'), TWritten::Yes);
+    output.attach(ends[1]);
+    EXPECT_EQ(read(4'096).size(), 4'096);
+    EXPECT_EQ(output.write("b\n"), TWritten::Yes);
+    EXPECT_EQ(read(4'096), "\nb\n");
+}
+
 TEST_F(TNowOutputTest, TheReaderHasGone)
 {
     ::close(ends[0]);
@@ -96,6 +105,13 @@ TEST(TNowOutputFile, LinesStandBehindWhatIsThere)
     QFile written(file);
     ASSERT_TRUE(written.open(QIODevice::ReadOnly));
     EXPECT_EQ(written.readAll(), "1\n2\n");
+
+    written.close();
+    ASSERT_TRUE(written.resize(3)); // as a full disk leaves it
+    ASSERT_TRUE(output.open(file));
+    EXPECT_EQ(output.write("3\n"), TWritten::Yes);
+    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+    EXPECT_EQ(written.readAll(), "1\n2\n3\n");
 }
 
 } // namespace

@@ -187,6 +187,7 @@ TEST_F(TClubOutput, ADatabaseThatIsDeletedIsATroubleAndIsRescued)
         QStringLiteral("a copy of the books as this program had them is %1\n").arg(copy)))
         << qUtf8Printable(run->complaints());
     EXPECT_EQ(host::TDatabase(copy, host::TOpening::Existing).passesAfter(0, 10).size(), 2);
+    EXPECT_EQ(QFile::permissions(copy) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
     EXPECT_EQ(other.size(), 0);
 }
 

@@ -208,10 +208,24 @@ TEST_F(TClubProgram, WhatTheFileNeedsIsLookedFor)
     EXPECT_TRUE(said.endsWith(QStringLiteral("club.toml: 2 mistakes\n")));
 }
 
+TEST_F(TClubProgram, ALogThatWouldSpoilSomething)
+{
+    for (const auto& [log, why] : {std::pair("club.sqlite", "is the database"),
+                                   {"club.toml", "is this file"},
+                                   {"../", "is a folder"},
+                                   {"./club.sqlite", "is the database"}}) {
+        writeFile("log = \"" + QByteArray(log) + "\"\n");
+        EXPECT_EQ(command({QStringLiteral("check"), file}), 1) << log;
+        EXPECT_TRUE(said.contains(QStringLiteral("club.toml:4: [club] log: \""))) << qUtf8Printable(said);
+        EXPECT_TRUE(said.contains(QLatin1String(why))) << qUtf8Printable(said);
+    }
+}
+
 TEST_F(TClubProgram, OptionsThatDoNotFitAFile)
 {
-    for (const QStringList& more :
-         {QStringList({QStringLiteral("--db"), database}), QStringList(QStringLiteral("word"))}) {
+    for (const QStringList& more : {QStringList({QStringLiteral("--db"), database}),
+                                    QStringList({QStringLiteral("--baud"), QStringLiteral("9600")}),
+                                    QStringList(QStringLiteral("word"))}) {
         EXPECT_EQ(command(QStringList({QStringLiteral("run"), file}) + more), 2) << qUtf8Printable(said);
     }
     EXPECT_EQ(command({QStringLiteral("status"), QStringLiteral("--json"), QStringLiteral("--club"), socket}),

@@ -37,7 +37,9 @@ QString readMemberName(const QString& text)
 QString readCard(const QString& text)
 {
     const QString card = text.trimmed();
-    const bool good = std::all_of(card.begin(), card.end(), [](QChar c) { return c > u' ' && c < u'\x7f'; });
+    const bool good = std::all_of(card.begin(), card.end(), [](QChar c) {
+        return c > u' ' && c < u'\x7f' && c != u';'; // which separates cards in a list
+    });
     if (card.isEmpty() || !good || card.size() > kLongestCard) {
         throw EBooks(quoted(text) + QStringLiteral(" is no card number: 1 to 64 letters and digits"));
     }

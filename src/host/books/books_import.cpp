@@ -82,9 +82,10 @@ QStringList readList(const QString& text)
 
 qint64 readNumber(const QString& text)
 {
+    constexpr qint64 kMaxMember = 999'999'999'999; // the next ones go on from the greatest
     bool good = false;
     const qint64 number = text.toLongLong(&good);
-    if (!good || number < 1) {
+    if (!good || number < 1 || number > kMaxMember) {
         throw EBooks(u'"' + text + QStringLiteral("\" is no number of a member"));
     }
     return number;

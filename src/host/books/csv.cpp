@@ -3,6 +3,7 @@
 #include "tnv5/host/books/books_error.h"
 
 #include <QStringDecoder>
+#include <QStringTokenizer>
 #include <algorithm>
 
 namespace tnv5::host {
@@ -19,14 +20,13 @@ public:
 
     TCsv read()
     {
-        if (const qsizetype end = FText.indexOf(u'\n'); !comma(FText.left(end))) {
-            FSeparator = u';';
-        }
+        FSeparator = separator();
         TCsv csv;
         while (!atEnd()) {
             QList<TCsvCell> cells = line();
-            if (cells.size() == 1 && cells[0].text.isEmpty()) {
-                continue;
+            if (std::all_of(cells.begin(), cells.end(),
+                            [](const TCsvCell& each) { return each.text.isEmpty(); })) {
+                continue; // spreadsheets leave such lines
             }
             if (csv.header.isEmpty()) {
                 csv.header = std::move(cells);
@@ -46,6 +46,17 @@ public:
     }
 
 private:
+    // Of the first line that is not empty.
+    QChar separator() const
+    {
+        for (const QStringView line : QStringTokenizer(QStringView(FText), u'\n')) {
+            if (!line.trimmed().isEmpty()) {
+                return comma(line) ? u',' : u';';
+            }
+        }
+        return u',';
+    }
+
     // Whether commas separate: there is one, or there is no semicolon either.
     static bool comma(QStringView header)
     {

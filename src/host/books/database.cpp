@@ -26,6 +26,19 @@ TGate gateFrom(const TRows& row)
             toDirection(row.value(2).toString()).value_or(TDirection::In)};
 }
 
+/// Files that are made while it lives can be read by their owner only.
+class TOwnFiles
+{
+public:
+    TOwnFiles() : FBefore(umask(S_IRWXG | S_IRWXO)) {}
+    ~TOwnFiles() { umask(FBefore); }
+    TOwnFiles(const TOwnFiles&) = delete;
+    TOwnFiles& operator=(const TOwnFiles&) = delete;
+
+private:
+    mode_t FBefore;
+};
+
 } // namespace
 
 TFileIdentity identityOf(const QString& file)
@@ -159,6 +172,7 @@ QString TDatabase::rescue()
     for (int number = 2; QFileInfo::exists(copy) || QFileInfo(copy).isSymLink(); ++number) {
         copy = QStringLiteral("%1.rescued-%2").arg(F->file).arg(number);
     }
+    const TOwnFiles own; // the rights of the old file are gone with it
     F->statement(u"VACUUM INTO ?").run({copy});
     return copy;
 }

@@ -41,13 +41,32 @@ QList<TFileError> askBooks(const TClubPlan& plan)
     }
 }
 
+/// What is wrong with the place of the log; "": nothing.
+QString whyNoLog(const TClubPlan& plan, const QString& clubFile)
+{
+    const QFileInfo log(plan.log);
+    if (plan.log.isEmpty()) {
+        return {};
+    }
+    if (!QFileInfo(log.absolutePath()).isDir()) {
+        return QStringLiteral("there is no folder \"%1\"").arg(log.absolutePath());
+    }
+    if (log.isDir()) {
+        return QStringLiteral("\"%1\" is a folder").arg(plan.log);
+    }
+    if (log.exists() && log == QFileInfo(plan.database)) {
+        return QStringLiteral("\"%1\" is the database").arg(plan.log);
+    }
+    return log.exists() && log == QFileInfo(clubFile) ? QStringLiteral("\"%1\" is this file").arg(plan.log)
+                                                      : QString();
+}
+
 /// Files and folders that a plan needs and that are not as they should be.
-QList<TFileError> askFiles(const TClubPlan& plan)
+QList<TFileError> askFiles(const TClubPlan& plan, const QString& clubFile)
 {
     QList<TFileError> errors;
-    if (!plan.log.isEmpty() && !QFileInfo(QFileInfo(plan.log).absolutePath()).isDir()) {
-        errors.append({plan.logAt.number, QStringLiteral("[club] log: there is no folder \"%1\"")
-                                              .arg(QFileInfo(plan.log).absolutePath())});
+    if (const QString what = whyNoLog(plan, clubFile); !what.isEmpty()) {
+        errors.append({plan.logAt.number, QStringLiteral("[club] log: ") + what});
     }
     for (const TLinePlan& line : plan.lines + plan.buses) {
         for (const std::optional<TMonitorPlan>& monitor : {line.monitor, line.lampMonitor}) {
@@ -102,7 +121,7 @@ TClubFile checkClub(const QString& path)
         return {{}, {{0, QStringLiteral("is larger than 4 MiB")}}};
     }
     TClubFile club = readClub(text, QFileInfo(path).absolutePath());
-    club.errors += askFiles(club.plan);
+    club.errors += askFiles(club.plan, path);
     if (!club.plan.database.isEmpty()) {
         club.errors += askBooks(club.plan);
     }

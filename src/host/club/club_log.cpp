@@ -51,11 +51,11 @@ platform::TDateTime momentOf(qint64 ms)
 QString logText(const TLogLine& line)
 {
     const QString source = line.source.isEmpty() ? QString() : line.source + QStringLiteral(": ");
-    QString text = source + line.text;
+    QString text = harmless((source + line.text).left(kMaxText + 1));
     if (text.size() > kMaxText) {
         text = text.left(kMaxText) + u'…';
     }
-    return isoTime(momentOf(line.timeMs)) + u' ' + toText(line.level) + u' ' + harmless(text).left(kMaxText);
+    return isoTime(momentOf(line.timeMs)) + u' ' + toText(line.level) + u' ' + text;
 }
 
 TClubLog::TClubLog(const QString& file) : FFile(file)
@@ -109,6 +109,9 @@ void TClubLog::add(TLevel level, const QString& source, const QString& text)
 
 void TClubLog::always(const QString& text)
 {
+    if (FQueue.size() >= kMaxQueued) {
+        writeQueue();
+    }
     pass({{nowMs(), TLevel::Error, {}, text}});
 }
 

@@ -51,13 +51,7 @@ TClubPlant::TClubPlant(const QString& file, const TClubPlan& plan, TDatabase& da
       FNameOf(database.connection(), QStringLiteral("SELECT name FROM member WHERE id = ?"))
 {
     FDesk.OnTrouble = [this](const QString& text) { FLog.error({}, text); };
-    FDesk.OnLost = [this](const QString& text) {
-        if (FRunning) {
-            FLog.error({}, text);
-        } else {
-            FLog.always(text); // the last chance to say it
-        }
-    };
+    FDesk.OnLost = [this](const QString& text) { FLog.always(text); }; // nothing else tells who it was
     FDesk.OnPass = [this](const TPass& pass) {
         const std::optional<TGate> gate = gateAt(pass.gate);
         FLog.info(gate ? pass.gate : QStringLiteral("a gate that is not in the file"), passText(pass));
