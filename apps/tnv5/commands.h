@@ -22,7 +22,7 @@ constexpr int kInterrupted = 130;
 void addPortsCommand(CLI::App& app, TCommand& chosen);
 void addRunCommand(CLI::App& app, TCommand& chosen);
 void addCheckCommand(CLI::App& app, TCommand& chosen);
-void addHostCommands(CLI::App& app, TCommand& chosen); // status, open, reload
+void addHostCommands(CLI::App& app, TCommand& chosen); // status, open, reload, sell
 void addDemoCommand(CLI::App& app, TCommand& chosen);
 void addWatchCommand(CLI::App& app, TCommand& chosen);
 void addReplayCommand(CLI::App& app, TCommand& chosen);

@@ -157,14 +157,15 @@ QJsonArray TDemoDesk::boardStates() const
 QString TDemoDesk::open(const QString& gate, const QString& who, const QString& reason)
 {
     if (!FGates.contains(gate)) {
-        return QStringLiteral("There is no gate %1.").arg(gate);
+        return QStringLiteral("there is no gate \"%1\"").arg(gate);
     }
     const bool board = TDemoGates::isBoard(gate);
     if (!(board ? FClub.boardPort : FClub.linePort).Connected()) {
-        return QStringLiteral("The line of gate %1 is not open.").arg(gate);
+        return QStringLiteral("%1 is not open")
+            .arg(board ? QStringLiteral("boards") : QStringLiteral("gates"));
     }
     if ((board ? FClub.boards.p_hw_FindDevice(kLink, gate) : FClub.line.p_hw_FindDevice(gate)) >= 0) {
-        return QStringLiteral("Somebody is passing at gate %1.").arg(gate);
+        return QStringLiteral("somebody is passing at %1").arg(gate);
     }
     FClub.desk.expectByHand(gate, who, reason);
     if (board) {

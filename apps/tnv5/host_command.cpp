@@ -176,7 +176,7 @@ int sell(const THostOptions& options, const QJsonObject& request)
     whole.insert(u"do", QStringLiteral("sell"));
     whole.insert(u"card", QString::fromStdString(options.card));
     ask(options, whole);
-    print(QStringLiteral("Ordered at %1; \"tnv5 status\" and the log tell what becomes of it.")
+    print(QStringLiteral("Ordered at %1; the log tells what becomes of it.")
               .arg(QString::fromStdString(options.device)));
     return kDone;
 }

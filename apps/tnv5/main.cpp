@@ -30,7 +30,7 @@ int run(int argc, char** argv)
 {
     CLI::App app("Drives the turnstiles and doors of a club.\n", "tnv5");
     app.set_version_flag("--version", "tnv5 " TNV5_VERSION_STRING);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1); // a word that is no command is then named
     app.add_flag_callback("--plain", tnv5::cli::setPlain, "No colours");
     app.footer("\nA first look, without any hardware:  tnv5 demo\n"
                "More about a command:                tnv5 COMMAND --help");
@@ -66,6 +66,9 @@ int run(int argc, char** argv)
     app.failure_message(misused);
     try {
         app.parse(argc, argv);
+        if (app.get_subcommands().empty()) {
+            throw CLI::RequiredError("A subcommand");
+        }
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? tnv5::cli::kDone : tnv5::cli::kMisused; // 0: --help
     }
