@@ -3,11 +3,13 @@
 #include "apps/tnv5/book_options.h"
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
+#include "apps/tnv5/stop_signal.h"
 #include "tnv5/host/books/books.h"
 #include "tnv5/host/books/books_care.h"
 #include "tnv5/host/books/books_journal.h"
 
 #include <CLI/CLI.hpp>
+#include <QFile>
 #include <QFileInfo>
 #include <QTextStream>
 #include <memory>
@@ -43,10 +45,23 @@ struct TPruneOptions
 int init(const TInitOptions& options)
 {
     const QString file = databaseFile(options.file);
-    if (QFileInfo::exists(file)) {
-        throw platform::Exception(file + QStringLiteral(": the file is there already; nothing was changed"));
+    failInsteadOfEnding();
+    QFile made(file);
+    if (!made.open(QIODevice::NewOnly)) {
+        throw platform::Exception(file + QStringLiteral(": ") +
+                                  (QFileInfo::exists(file)
+                                       ? QStringLiteral("the file is there already; nothing was changed")
+                                       : made.errorString()));
     }
-    const host::TDatabase club(file);
+    made.close();
+    try {
+        const host::TDatabase club(file);
+    } catch (const host::EDatabase&) { // half a database would be in the way of the next attempt
+        for (const char* part : {"-wal", "-shm", "-hosts", ""}) {
+            QFile::remove(file + QLatin1String(part));
+        }
+        throw;
+    }
     print(QStringLiteral("%1 is an empty club. Next: tnv5 zone add, gate add, member import.").arg(file));
     return kDone;
 }

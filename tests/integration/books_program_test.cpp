@@ -6,6 +6,7 @@
 #include "support/text_printers.h"
 #include "tnv5/host/books/database.h"
 
+#include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -88,6 +89,24 @@ TEST_F(BooksProgram, OnlyInitMakesADatabase)
     EXPECT_EQ(again.exitCode(), 1);
     EXPECT_EQ(again.complaints(),
               QStringLiteral("tnv5: %1: the file is there already; nothing was changed\n").arg(file));
+}
+
+TEST_F(BooksProgram, HalfADatabaseIsNotLeft)
+{
+    for (const char* limit : {"0", "4", "16"}) { // blocks of 1 KiB, as if the disk were full
+        TProgramRun run(
+            QStringLiteral("bash"),
+            {QStringLiteral("-c"), QStringLiteral("ulimit -f %1; exec '%2' init '%3'")
+                                       .arg(QLatin1String(limit), QStringLiteral(TNV5_PROGRAM), file)});
+        EXPECT_EQ(run.exitCode(), 1) << limit;
+        EXPECT_TRUE(run.complaints().contains(QStringLiteral("Cannot open database ") + file)) << limit;
+        EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files), QStringList()) << limit;
+    }
+    init();
+    TProgramRun nowhere(QStringLiteral(TNV5_PROGRAM),
+                        {QStringLiteral("init"), QStringLiteral("/no/such/place")});
+    EXPECT_EQ(nowhere.exitCode(), 1);
+    EXPECT_EQ(nowhere.complaints(), QStringLiteral("tnv5: /no/such/place: No such file or directory\n"));
 }
 
 TEST_F(BooksProgram, TheEnvironmentNamesTheDatabase)
