@@ -7,7 +7,8 @@
 
 namespace tnv5::desk {
 
-TDeskModel::TDeskModel(const QString& socket, QObject* parent) : QObject(parent), FHost(socket)
+TDeskModel::TDeskModel(host::TLocalClient::TFindPath findSocket, QObject* parent)
+    : QObject(parent), FHost(std::move(findSocket))
 {
     FClock.start();
     FHost.Pictures = true;
@@ -34,14 +35,22 @@ void TDeskModel::open(const QString& gate, const QString& who, const QString& re
                {QStringLiteral("gate"), gate},
                {QStringLiteral("who"), who},
                {QStringLiteral("reason"), reason}},
-              [this, gate](const QJsonObject& answer) {
-                  const QString error =
-                      answer.value(u"ok").toBool() ? QString() : answer.value(u"error").toString();
-                  if (!error.isEmpty()) {
-                      note(TLogLevel::Error, tr("Gate %1 was not opened: %2").arg(gate, error));
-                  }
-                  Q_EMIT opened(gate, error);
-              });
+              [this, gate](const QJsonObject& answer) { onOpened(gate, answer); });
+}
+
+void TDeskModel::onOpened(const QString& gate, const QJsonObject& answer)
+{
+    if (answer.value(u"ok").toBool()) {
+        Q_EMIT opened(TOpened::Given, tr("Gate %1: the command to open was given.").arg(gate));
+        return;
+    }
+    const bool unknown = answer.value(u"unknown").toBool();
+    const QString error = TWords::connection(answer.value(u"error").toString());
+    const QString text =
+        unknown ? tr("Gate %1: not known whether it was opened, the connection was lost.").arg(gate)
+                : tr("Gate %1 was not opened: %2").arg(gate, error.isEmpty() ? tr("no reason given") : error);
+    note(TLogLevel::Error, text);
+    Q_EMIT opened(unknown ? TOpened::Unknown : TOpened::Refused, text);
 }
 
 void TDeskModel::onEvent(const QJsonObject& event)
@@ -77,7 +86,7 @@ void TDeskModel::onPass(TPassNews pass)
 {
     if (!pass.opened && gate(pass.gate)) {
         FRefusals[pass.gate] = {TWords::reason(pass.reason), FClock.elapsed()};
-    } else {
+    } else if (pass.underWay()) { // the end of one may come behind a newer refusal
         FRefusals.remove(pass.gate);
     }
     const auto known = std::find_if(FPasses.begin(), FPasses.end(),
@@ -101,8 +110,8 @@ void TDeskModel::onPass(TPassNews pass)
 // Nothing of before is shown as if it were so now.
 void TDeskModel::onLost(const QString& why)
 {
-    FWhyNot = why;
-    note(TLogLevel::Error, why);
+    FWhyNot = TWords::connection(why);
+    note(TLogLevel::Error, FWhyNot);
     FLive = false;
     FState = {};
     FStateAge.invalidate();

@@ -11,6 +11,9 @@
 
 namespace tnv5::desk {
 
+/// What became of an opening by hand, as far as it is known.
+enum class TOpened { Given, Refused, Unknown };
+
 /// What the desk knows: a client of the host's local socket, the last state of the club, the latest passes
 /// and the log. It shows nothing and keeps nothing that the club needs.
 class TDeskModel final : public QObject
@@ -21,9 +24,11 @@ public:
     static constexpr int kPasses = 100;  ///< that are remembered
     static constexpr int kPictures = 30; ///< of them, the latest ones
 
-    explicit TDeskModel(const QString& socket, QObject* parent = nullptr);
+    /// @param findSocket where the host listens; asked before each try to connect until one was met
+    explicit TDeskModel(host::TLocalClient::TFindPath findSocket, QObject* parent = nullptr);
 
     void start() { FHost.start(); }
+    /// Where the host was looked for last.
     const QString& socket() const { return FHost.path(); }
 
     /// Whether what is shown is so now: the host is there and its state has come.
@@ -57,14 +62,15 @@ Q_SIGNALS:
     /// The turnstiles are others than before.
     void pairsChanged();
     void passesChanged();
-    /// The host has answered an opening by hand. @param error empty: it was given to the controller
-    void opened(const QString& gate, const QString& error);
+    /// The host has answered an opening by hand, or nobody will any more. @param text says so
+    void opened(tnv5::desk::TOpened what, const QString& text);
 
 private:
     void onEvent(const QJsonObject& event);
     void onState(const QJsonObject& object);
     void onPass(TPassNews pass);
     void onLost(const QString& why);
+    void onOpened(const QString& gate, const QJsonObject& answer);
     void note(TLogLevel level, const QString& text);
 
     host::TLocalClient FHost;

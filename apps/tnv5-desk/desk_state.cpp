@@ -86,7 +86,9 @@ TClubState toState(const QJsonObject& object)
         return TTerminalState{text(terminal, u"name"), terminal.value(u"cents").toInteger(),
                               text(terminal, u"stage")};
     });
-    state.inside = object.value(u"inside").toInteger();
+    if (object.value(u"inside").isDouble()) {
+        state.inside = object.value(u"inside").toInteger();
+    }
     state.journalWaiting = object.value(u"journalWaiting").toInteger();
     for (const QJsonValue trouble : object.value(u"troubles").toArray()) {
         state.troubles << trouble.toString();

@@ -75,7 +75,7 @@ struct TClubState
     QList<TLampState> lamps;
     QList<TScaleState> scales;
     QList<TTerminalState> terminals;
-    qint64 inside = 0;
+    std::optional<qint64> inside; ///< none: the host cannot say
     qint64 journalWaiting = 0;
     QStringList troubles;
 };

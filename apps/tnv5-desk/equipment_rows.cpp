@@ -101,17 +101,24 @@ TEquipmentSection TEquipment::scales(const TClubState& state)
 
 TEquipmentRow TEquipment::lamp(const TLampState& lamp, qint64 elapsedMs)
 {
+    const bool paid = lamp.secondsLeft > 0;
+    QStringList parts;
+    TMood mood = TMood::Good;
     if (!lamp.answers) {
-        return {lamp.name, tr("its board does not answer"), TMood::Bad};
+        parts << tr("its board does not answer");
+        mood = TMood::Bad;
+    } else if (!lamp.on) {
+        parts << tr("off");
+        mood = paid ? TMood::Warning : TMood::Faint;
+    } else if (!paid) {
+        parts << tr("on, not paid for");
+        mood = TMood::Warning;
     }
-    const qint64 left = secondsLeft(lamp.secondsLeft, elapsedMs);
-    if (lamp.secondsLeft > 0) {
-        const QString time = durationText(left);
-        return {lamp.name, lamp.holder.isEmpty() ? time : QStringLiteral("%1 – %2").arg(time, lamp.holder),
-                TMood::Good};
+    if (paid) {
+        parts << durationText(secondsLeft(lamp.secondsLeft, elapsedMs));
+        parts << (lamp.holder.isEmpty() ? QStringList() : QStringList(lamp.holder));
     }
-    return lamp.on ? TEquipmentRow{lamp.name, tr("on, not paid for"), TMood::Warning}
-                   : TEquipmentRow{lamp.name, tr("off"), TMood::Faint};
+    return {lamp.name, parts.join(QStringLiteral(" – ")), mood};
 }
 
 TEquipmentSection TEquipment::lamps(const TClubState& state, qint64 elapsedMs)

@@ -1,7 +1,10 @@
 #include "apps/tnv5-desk/equipment_view.h"
 
+#include "apps/tnv5-desk/plain_text.h"
+
 #include <QHeaderView>
 #include <QLabel>
+#include <QScrollBar>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -11,24 +14,38 @@ namespace tnv5::desk {
 namespace {
 
 constexpr int kTickMs = 250; // time that runs down
+constexpr int kKey = Qt::UserRole;
 
-bool alike(const QList<TEquipmentSection>& one, const QList<TEquipmentSection>& other)
+/// Lets the children of an item bear these keys in this order. Those that are there already stay the same,
+/// and with them what a person has chosen, opened or closed.
+void align(QTreeWidgetItem& parent, const QStringList& keys)
 {
-    return std::equal(one.begin(), one.end(), other.begin(), other.end(),
-                      [](const TEquipmentSection& left, const TEquipmentSection& right) {
-                          return left.title == right.title && left.rows.size() == right.rows.size();
-                      });
+    for (int index = parent.childCount() - 1; index >= 0; --index) {
+        if (!keys.contains(parent.child(index)->data(0, kKey).toString())) {
+            delete parent.takeChild(index);
+        }
+    }
+    for (int index = 0; index < keys.size(); ++index) {
+        const QTreeWidgetItem* const there = parent.child(index);
+        if (there == nullptr || there->data(0, kKey).toString() != keys[index]) {
+            auto* const item = new QTreeWidgetItem;
+            item->setData(0, kKey, keys[index]);
+            parent.insertChild(index, item);
+        }
+    }
+    while (parent.childCount() > keys.size()) { // other places, or one key twice
+        delete parent.takeChild(parent.childCount() - 1);
+    }
 }
 
 void fillRow(QTreeWidgetItem& item, const TEquipmentRow& row)
 {
     const bool whole = row.name.isEmpty();
-    const int column = whole ? 0 : 1;
     item.setFirstColumnSpanned(whole);
-    item.setText(0, row.name);
-    item.setText(column, row.text);
-    item.setToolTip(column, row.text);
-    item.setForeground(column, moodColour(row.mood));
+    item.setText(0, whole ? row.text : row.name);
+    item.setText(1, whole ? QString() : row.text);
+    item.setToolTip(whole ? 0 : 1, tipText(row.text));
+    item.setForeground(whole ? 0 : 1, moodColour(row.mood));
     item.setTextAlignment(0, Qt::AlignLeading | Qt::AlignTop);
     item.setTextAlignment(1, Qt::AlignLeading | Qt::AlignTop);
 }
@@ -94,32 +111,43 @@ void TEquipmentView::refresh()
     if (sections == FShown) {
         return;
     }
-    if (alike(sections, FShown)) { // a person may be walking through it
-        for (int section = 0; section < sections.size(); ++section) {
-            for (int row = 0; row < sections[section].rows.size(); ++row) {
-                fillRow(*FTree->topLevelItem(section)->child(row), sections[section].rows[row]);
-            }
-        }
-    } else {
-        rebuild(sections);
-    }
+    const bool scrolled = FTree->verticalScrollBar()->value() > 0;
+    const QPersistentModelIndex top = FTree->indexAt({0, 0});
+    fill(sections);
     FTree->doItemsLayout(); // a text may need more lines
+    if (scrolled && top.isValid()) {
+        FTree->scrollTo(top, QAbstractItemView::PositionAtTop);
+    }
     FShown = sections;
 }
 
-void TEquipmentView::rebuild(const QList<TEquipmentSection>& sections)
+void TEquipmentView::fill(const QList<TEquipmentSection>& sections)
 {
-    FTree->clear();
+    QStringList titles;
     for (const TEquipmentSection& section : sections) {
-        auto* const top = new QTreeWidgetItem(FTree, {section.title});
-        QFont bold = FTree->font();
-        bold.setBold(true);
-        top->setFont(0, bold);
-        top->setFirstColumnSpanned(true);
-        for (const TEquipmentRow& row : section.rows) {
-            fillRow(*new QTreeWidgetItem(top), row);
+        titles << section.title;
+    }
+    QTreeWidgetItem& root = *FTree->invisibleRootItem();
+    align(root, titles);
+    for (int index = 0; index < sections.size(); ++index) {
+        QTreeWidgetItem& item = *root.child(index);
+        if (item.text(0).isEmpty()) {
+            QFont bold = FTree->font();
+            bold.setBold(true);
+            item.setFont(0, bold);
+            item.setText(0, titles[index]);
+            item.setFirstColumnSpanned(true);
+            item.setExpanded(true);
         }
-        top->setExpanded(true);
+        const QList<TEquipmentRow>& rows = sections[index].rows;
+        QStringList names;
+        for (const TEquipmentRow& row : rows) {
+            names << (row.name.isEmpty() ? row.text : row.name);
+        }
+        align(item, names);
+        for (int row = 0; row < rows.size(); ++row) {
+            fillRow(*item.child(row), rows[row]);
+        }
     }
 }
 

@@ -22,7 +22,7 @@ public:
 
 private:
     void refresh();
-    void rebuild(const QList<TEquipmentSection>& sections);
+    void fill(const QList<TEquipmentSection>& sections);
 
     TDeskModel& FDesk;
     QTreeWidget* FTree;

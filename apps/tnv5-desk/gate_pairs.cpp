@@ -15,6 +15,7 @@ struct TZone
     QString name;
     QStringList in;
     QStringList out;
+    QStringList doors;
 };
 
 QList<TZone> zonesOf(const QList<TGateState>& gates)
@@ -24,9 +25,9 @@ QList<TZone> zonesOf(const QList<TGateState>& gates)
         auto zone = std::find_if(zones.begin(), zones.end(),
                                  [&gate](const TZone& each) { return each.name == gate.zone; });
         if (zone == zones.end()) {
-            zone = zones.insert(zones.end(), {gate.zone, {}, {}});
+            zone = zones.insert(zones.end(), {gate.zone, {}, {}, {}});
         }
-        (gate.way == TWay::Out ? zone->out : zone->in) << gate.address;
+        (gate.way == TWay::Out ? zone->out : gate.way == TWay::In ? zone->in : zone->doors) << gate.address;
     }
     return zones;
 }
@@ -44,11 +45,13 @@ QList<TGatePair> pairsOf(const QList<TGateState>& gates)
 {
     QList<TGatePair> pairs;
     for (const TZone& zone : zonesOf(gates)) {
-        const qsizetype count = std::max(zone.in.size(), zone.out.size());
+        const qsizetype ways = std::max(zone.in.size(), zone.out.size());
+        const qsizetype count = ways + zone.doors.size();
         for (qsizetype index = 0; index < count; ++index) {
             const QString caption =
                 count > 1 ? QStringLiteral("%1 %2").arg(zone.name).arg(index + 1) : zone.name;
-            pairs.append({caption, zone.in.value(index), zone.out.value(index)});
+            const QString door = zone.doors.value(index - ways);
+            pairs.append({caption, index < ways ? zone.in.value(index) : door, zone.out.value(index)});
         }
     }
     return pairs;
@@ -57,10 +60,13 @@ QList<TGatePair> pairsOf(const QList<TGateState>& gates)
 TPairState stateOf(const TGatePair& pair, const TClubState& state,
                    const QMap<QString, TRefusalShown>& refusals, qint64 nowMs)
 {
-    TPairState shown{TGateLook::Free, TWords::tr("free")};
+    TPairState shown{TGateLook::Unconnected, TWords::tr("not in this club")};
     for (const TGateState& gate : state.gates) {
         if (gate.address.isEmpty() || (gate.address != pair.gateA && gate.address != pair.gateB)) {
             continue;
+        }
+        if (shown.look == TGateLook::Unconnected) {
+            shown = {TGateLook::Free, TWords::tr("free")};
         }
         if (gate.busy) {
             const bool somebody = !gate.holder.isEmpty() && !common::IsPseudoCard(gate.holder);

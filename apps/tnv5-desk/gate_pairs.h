@@ -18,8 +18,8 @@ struct TGatePair
 };
 
 /// Puts the gates together to panels: in each zone the first way in with the first way out, the second with
-/// the second, and so on. Zones stand in the order of their first gate. A zone with several panels has them
-/// numbered.
+/// the second, and so on; doors inside stand behind them, each alone. Zones stand in the order of their first
+/// gate. A zone with several panels has them numbered.
 QList<TGatePair> pairsOf(const QList<TGateState>& gates);
 
 /// What the panel shows of a gate; the number is that of its picture.

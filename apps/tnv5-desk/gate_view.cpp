@@ -1,10 +1,12 @@
 #include "apps/tnv5-desk/gate_view.h"
 
 #include "apps/tnv5-desk/gate_pictures.h"
+#include "apps/tnv5-desk/plain_text.h"
+#include "apps/tnv5-desk/theme.h"
 #include "apps/tnv5-desk/words.h"
 
+#include <QFile>
 #include <QFrame>
-#include <QLabel>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -25,6 +27,7 @@ TGateView::TGateView(TDeskModel& desk, const QString& gatesFile, QWidget* parent
       FDesk(desk),
       FGatesFile(gatesFile),
       FBox(new QScrollArea(this)),
+      FNote(new QLabel(this)),
       FOpenA(new QPushButton(this)),
       FOpenB(new QPushButton(this))
 {
@@ -35,7 +38,10 @@ TGateView::TGateView(TDeskModel& desk, const QString& gatesFile, QWidget* parent
         }
     });
     connect(&FDesk, &TDeskModel::stateChanged, this, [this] { showAll(); });
-    connect(&FDesk, &TDeskModel::liveChanged, this, [this] { showAll(); });
+    connect(&FDesk, &TDeskModel::liveChanged, this, [this] {
+        showHost();
+        showAll();
+    });
     connect(&FRefresh, &QTimer::timeout, this, [this] { showAll(); });
     connect(FOpenA, &QPushButton::clicked, this, [this] { askA(); });
     connect(FOpenB, &QPushButton::clicked, this, [this] { askB(); });
@@ -55,9 +61,16 @@ void TGateView::build()
     auto* const title = new QLabel(tr("&Gates"), this);
     title->setBuddy(FBox);
     layout->addWidget(title);
+    layout->addWidget(FNote);
     layout->addWidget(FBox, 1);
     layout->addWidget(FOpenA);
     layout->addWidget(FOpenB);
+    FNote->setTextFormat(Qt::PlainText);
+    FNote->setWordWrap(true);
+    FNote->hide();
+    for (QWidget* const each : QList<QWidget*>{FNote, FOpenA, FOpenB}) { // no name makes the window wider
+        each->setSizePolicy(QSizePolicy::Ignored, each->sizePolicy().verticalPolicy());
+    }
     FBox->setWidgetResizable(true);
     FBox->setAccessibleName(tr("Gates"));
     FBox->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -82,12 +95,10 @@ void TGateView::build()
 // The gates of the file, or those of the club.
 void TGateView::fill()
 {
-    const int before = FPanel.ASelectedIndex();
+    const TGatePair before = pairAt(FPanel.ASelectedIndex());
     FPanel.ClearItems();
     if (!FGatesFile.isEmpty()) {
-        FPanel.SetIniFile(FGatesFile);
-        FPanel.SetIniSection(kSection);
-        FPanel.load();
+        loadFile();
     } else {
         FPanel.TurnStylerList()->Clear();
         for (const TGatePair& pair : FDesk.pairs()) {
@@ -98,10 +109,44 @@ void TGateView::fill()
         }
     }
     FPanel.SetUpItems();
-    const int count = FPanel.TurnStylerList()->Count();
-    FPanel.SetSelectedIndex(count == 0 ? -1 : std::clamp(before, 0, count - 1));
+    select(before);
     FShown.clear();
+    showHost();
     showAll();
+}
+
+void TGateView::loadFile()
+{
+    FPanel.SetIniFile(FGatesFile);
+    FPanel.SetIniSection(kSection);
+    FPanel.load();
+    const bool none = FPanel.TurnStylerList()->Count() == 0;
+    FNote->setVisible(none);
+    if (none) {
+        const bool readable = QFile(FGatesFile).open(QIODevice::ReadOnly);
+        FNote->setText(readable ? tr("There are no gates in the section \"Gates\" of %1.").arg(FGatesFile)
+                                : tr("%1 cannot be read.").arg(FGatesFile));
+        colour(FNote, TMood::Bad);
+    }
+}
+
+// Selects the turnstile with the gates of the one before; the first when there is none.
+void TGateView::select(const TGatePair& pair)
+{
+    int index = FPanel.TurnStylerList()->Count() == 0 ? -1 : 0;
+    for (const QString& gate : {pair.gateB, pair.gateA}) {
+        const int found = gate.isEmpty() ? -1 : FPanel.FindItemByGate(gate);
+        index = found < 0 ? index : found;
+    }
+    FPanel.SetSelectedIndex(index);
+}
+
+// The clicks of the panel say at which host.
+void TGateView::showHost()
+{
+    for (int index = 0; index < FPanel.TurnStylerList()->Count(); ++index) {
+        FPanel.TurnStylerList()->GetTurnStylerItem(index)->SetIP(FDesk.socket());
+    }
 }
 
 TGatePair TGateView::pairAt(int index) const
@@ -118,14 +163,25 @@ void TGateView::showAll()
         TPairState now = FDesk.stateOf(pair);
         now.text = fitting(pair.caption, now.text);
         if (std::exchange(FShown[index], now) != now || now.text.isEmpty()) {
-            FPanel.Setitemstate(pair.gateA.isEmpty() ? pair.gateB : pair.gateA, static_cast<int>(now.look),
-                                now.text);
+            showState(index, now);
         }
     }
     if (FBox->widget() != nullptr) {
         FBox->widget()->setEnabled(FDesk.live()); // no button works without a host
     }
     showSelected();
+}
+
+// The panel knows a turnstile by an address, and takes the first that has it.
+void TGateView::showState(int index, const TPairState& state)
+{
+    const TGatePair pair = pairAt(index);
+    for (const QString& gate : {pair.gateA, pair.gateB}) {
+        if (!gate.isEmpty() && FPanel.FindItemByGate(gate) == index) {
+            FPanel.Setitemstate(gate, static_cast<int>(state.look), state.text);
+            return;
+        }
+    }
 }
 
 // The panel cuts what is too long for a caption on both sides.
@@ -147,7 +203,10 @@ void TGateView::showSelected()
     const auto label = [this](QPushButton* button, const QString& address, const QString& key) {
         const auto gate = FDesk.gate(address);
         const QString name = gate ? TWords::gate(address, gate->zone, gate->way) : address;
-        button->setText(address.isEmpty() ? tr("No gate (%1)").arg(key) : tr("Open %1 (%2)").arg(name, key));
+        const QString text =
+            address.isEmpty() ? tr("No gate (%1)").arg(key) : tr("Open %1 (%2)").arg(name, key);
+        button->setText(onButton(text));
+        button->setToolTip(tipText(text));
         button->setEnabled(FDesk.live() && gate.has_value());
     };
     label(FOpenA, item == nullptr ? QString() : item->GateA(), QStringLiteral("F7"));
@@ -170,7 +229,7 @@ void TGateView::ask(bool directionA)
 {
     if (const panel::TTurnStylerItem* const item = selected()) {
         const QString gate = directionA ? item->GateA() : item->GateB();
-        if (FDesk.live() && FDesk.gate(gate)) {
+        if (FDesk.live() && !gate.isEmpty()) {
             Q_EMIT openAsked(gate);
         }
     }

@@ -3,6 +3,7 @@
 #include "apps/tnv5-desk/desk_model.h"
 #include "tnv5/panel/turn_styler.h"
 
+#include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QTimer>
@@ -24,10 +25,13 @@ public:
     QPushButton* openA() const { return FOpenA; }
     QPushButton* openB() const { return FOpenB; }
     QScrollArea* box() const { return FBox; }
+    /// Why there are no gates of the file; hidden when there are.
+    QLabel* note() const { return FNote; }
 
     /// Selects the next turnstile (1) or the one before (-1).
     void selectNext(int step);
-    /// Asks to open a direction of the selected turnstile, if it has one and the desk is connected.
+    /// Asks to open a direction of the selected turnstile, if it has one and the desk is connected. Whether
+    /// the club has that gate is for who is asked.
     void askA() { ask(true); }
     void askB() { ask(false); }
 
@@ -38,7 +42,11 @@ Q_SIGNALS:
 private:
     void build();
     void fill();
+    void loadFile();
+    void select(const TGatePair& pair);
     void showAll();
+    void showHost();
+    void showState(int index, const TPairState& state);
     void showSelected();
     void ask(bool directionA);
     panel::TTurnStylerItem* selected() const;
@@ -49,6 +57,7 @@ private:
     TDeskModel& FDesk;
     const QString FGatesFile;
     QScrollArea* FBox;
+    QLabel* FNote;
     QPushButton* FOpenA;
     QPushButton* FOpenB;
     panel::TImageList FStates;

@@ -1,5 +1,6 @@
 #include "apps/tnv5-desk/log_model.h"
 
+#include "apps/tnv5-desk/plain_text.h"
 #include "apps/tnv5-desk/theme.h"
 
 #include <algorithm>
@@ -42,6 +43,7 @@ TLogModel::TLogModel(int most, QObject* parent)
 
 void TLogModel::add(TLogLine line)
 {
+    line.time.truncate(kMaxTime);
     line.text.truncate(kMaxText);
     line.text.replace(u'\n', u' ');
     if (FLines.size() >= FMost) {
@@ -75,7 +77,7 @@ QVariant TLogModel::data(const QModelIndex& index, int role) const
     case Qt::DisplayRole:
         return index.column() == Time ? clockTime(entry.time) : entry.text;
     case Qt::ToolTipRole:
-        return index.column() == Time ? entry.time : entry.text;
+        return tipText(index.column() == Time ? entry.time : entry.text);
     case Qt::ForegroundRole:
         return entry.level == TLogLevel::Info
                    ? QVariant()

@@ -44,6 +44,7 @@ class TLogModel final : public QAbstractTableModel
 public:
     static constexpr int kUsualLines = 10'000;
     static constexpr int kMaxText = 4'000; ///< characters of a line that are kept
+    static constexpr int kMaxTime = 40;    ///< and of its time
     enum TColumn { Time, Text, Columns };
 
     explicit TLogModel(int most = kUsualLines, QObject* parent = nullptr);

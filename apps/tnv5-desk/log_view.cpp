@@ -24,10 +24,12 @@ TLogView::TLogView(TLogModel& log, QWidget* parent)
         connect(level, &QCheckBox::toggled, this, [this] { applyFilter(); });
     }
     connect(FSearch, &QLineEdit::textChanged, this, [this] { applyFilter(); });
-    connect(FFiltered, &QAbstractItemModel::rowsAboutToBeInserted, this, [this] { FFollow = atEnd(); });
-    connect(FFiltered, &QAbstractItemModel::rowsInserted, this, [this] {
+    QScrollBar* const bar = FLines->verticalScrollBar();
+    connect(bar, &QScrollBar::valueChanged, this, [this] { FFollow = atEnd(); });
+    // More lines, or less room for them: the value is still that of before.
+    connect(bar, &QScrollBar::rangeChanged, this, [this, bar] {
         if (FFollow) {
-            FLines->scrollToBottom();
+            bar->setValue(bar->maximum());
         }
     });
     connect(&FLog, &QAbstractItemModel::rowsInserted, this, [this] { showCount(); });

@@ -40,7 +40,7 @@ private:
     QCheckBox* FErrors;
     QLabel* FCount;
     QTreeView* FLines;
-    bool FFollow = true;
+    bool FFollow = true; // the last line is shown, and the next will be
 };
 
 } // namespace tnv5::desk

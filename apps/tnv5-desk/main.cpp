@@ -1,7 +1,7 @@
+#include "apps/tnv5-desk/find_socket.h"
 #include "apps/tnv5-desk/language.h"
 #include "apps/tnv5-desk/main_window.h"
 #include "apps/tnv5-desk/small_picture.h"
-#include "tnv5/host/local/local_path.h"
 #include "tnv5/platform/errors.h"
 #include "tnv5/version.h"
 
@@ -55,7 +55,8 @@ std::optional<TOptions> read(const QApplication& application, QString& wrong)
     parser.addVersionOption();
     parser.addOptions({
         {QStringLiteral("socket"),
-         QStringLiteral("Local socket of the host; without it the one that is there."),
+         QStringLiteral(
+             "Local socket of the host; without it the one that is there, also when it comes later."),
          QStringLiteral("FILE")},
         {QStringLiteral("gates"),
          QStringLiteral("Gates of the panel, from the section Gates of an ini file; without it "
@@ -100,17 +101,17 @@ std::optional<TOptions> read(const QApplication& application, QString& wrong)
     return wrong.isEmpty() ? std::optional(options) : std::nullopt;
 }
 
-QString socketToUse(const QString& said, QString& wrong)
+/// Whether it is clear which host is meant, as far as there is one yet.
+QString whyNoHost(const QString& said)
 {
-    if (!said.isEmpty()) {
-        return said;
+    try {
+        if (said.isEmpty()) {
+            desk::findSocket();
+        }
+    } catch (...) {
+        return platform::exceptionMessage();
     }
-    const QStringList there = host::usualSockets();
-    if (there.size() > 1) {
-        wrong = QStringLiteral("several hosts are here, choose one with --socket:\n  ") +
-                there.join(QStringLiteral("\n  "));
-    }
-    return there.value(0, host::usualSocket(QStringLiteral("club")));
+    return {};
 }
 
 void takePicture(desk::TMainWindow& window, const QString& file)
@@ -122,17 +123,25 @@ void takePicture(desk::TMainWindow& window, const QString& file)
     QCoreApplication::exit(done ? 0 : kFailed);
 }
 
-int run(QApplication& application)
+/// @param screen whether somebody can see the window
+int run(QApplication& application, bool screen)
 {
     QString wrong;
     const std::optional<TOptions> options = read(application, wrong);
-    const QString socket = options ? socketToUse(options->socket, wrong) : QString();
+    if (options) {
+        wrong = whyNoHost(options->socket);
+    }
     if (!wrong.isEmpty()) {
         return complain(wrong);
     }
+    if (!screen && options->screenshot.isEmpty()) {
+        complain(QStringLiteral("there is no screen"));
+        return kFailed;
+    }
     desk::setLanguage(options->language);
     desk::apply(options->theme);
-    desk::TDeskModel model(socket);
+    const QString said = options->socket;
+    desk::TDeskModel model([said] { return said.isEmpty() ? desk::findSocket() : said; });
     desk::TMainWindow window(model, options->window);
     if (!options->screenshot.isEmpty()) {
         QObject::connect(&model, &desk::TDeskModel::liveChanged, &window, [&] {
@@ -155,8 +164,10 @@ int run(QApplication& application)
 
 int main(int argc, char** argv)
 {
-    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
-        !qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) {
+    const bool screen = !qEnvironmentVariableIsEmpty("DISPLAY") ||
+                        !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+                        qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+    if (!screen) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
     QApplication application(argc, argv);
@@ -164,7 +175,7 @@ int main(int argc, char** argv)
     QApplication::setApplicationVersion(QStringLiteral(TNV5_VERSION_STRING));
     platform::setExceptionHandler([](const QString& text, const std::exception_ptr&) { complain(text); });
     try {
-        return run(application);
+        return run(application, screen);
     } catch (...) {
         complain(platform::exceptionMessage());
     }

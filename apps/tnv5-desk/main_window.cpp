@@ -1,5 +1,6 @@
 #include "apps/tnv5-desk/main_window.h"
 
+#include "apps/tnv5-desk/plain_text.h"
 #include "apps/tnv5-desk/words.h"
 
 #include <QMenuBar>
@@ -7,6 +8,7 @@
 #include <QShortcut>
 #include <QSplitter>
 #include <QStatusBar>
+#include <QTime>
 #include <QVBoxLayout>
 
 namespace tnv5::desk {
@@ -33,12 +35,8 @@ TMainWindow::TMainWindow(TDeskModel& desk, const TOptions& options)
     connect(FGates, &TGateView::openAsked, this, &TMainWindow::askToOpen);
     connect(&FDesk, &TDeskModel::liveChanged, this, [this] { showConnection(); });
     connect(&FDesk, &TDeskModel::stateChanged, this, [this] { showNumbers(); });
-    connect(&FDesk, &TDeskModel::opened, this, [this](const QString& gate, const QString& error) {
-        if (error.isEmpty()) {
-            showAnswer(tr("Gate %1: the command to open was given.").arg(gate), TMood::Good);
-        } else {
-            showAnswer(tr("Gate %1 was not opened: %2").arg(gate, error), TMood::Bad);
-        }
+    connect(&FDesk, &TDeskModel::opened, this, [this](TOpened what, const QString& text) {
+        showAnswer(text, what == TOpened::Given ? TMood::Good : TMood::Bad);
     });
     showConnection();
     showNumbers();
@@ -78,6 +76,9 @@ void TMainWindow::build()
     layout->addWidget(all, 1);
     setCentralWidget(middle);
     FAnswer->setTextFormat(Qt::PlainText);
+    for (QLabel* const label : {FBanner, FAnswer}) { // the longest text makes no window wider
+        label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    }
     statusBar()->addWidget(FAnswer, 1);
     statusBar()->addPermanentWidget(FNumbers);
     const QSize wanted(fontMetrics().averageCharWidth() * kLetters.width(),
@@ -138,36 +139,41 @@ void TMainWindow::showConnection()
            "the desk. The desk connects again by itself.");
     FBanner->setText(FDesk.whyNot().isEmpty() ? what : what + u'\n' + FDesk.whyNot());
     setWindowTitle(FDesk.live() ? tr("%1 – desk").arg(FDesk.state().club) : tr("Desk – not connected"));
-    if (!FDesk.live()) {
-        FAnswer->clear();
-        if (FQuestion) {
-            FQuestion->reject();
-        }
+    if (!FDesk.live() && FQuestion) {
+        FQuestion->reject();
     }
 }
 
 void TMainWindow::showNumbers()
 {
-    FNumbers->setText(FDesk.live() ? tr("Inside: %1").arg(FDesk.state().inside) : QString());
+    const std::optional<qint64> known = FDesk.state().inside;
+    const QString inside = known ? QString::number(*known) : QStringLiteral("?");
+    FNumbers->setText(FDesk.live() ? tr("Inside: %1").arg(inside) : QString());
 }
 
 void TMainWindow::showAnswer(const QString& text, TMood mood)
 {
     colour(FAnswer, mood);
-    FAnswer->setText(text);
-    FAnswer->setToolTip(text);
+    FAnswer->setText(QTime::currentTime().toString(QStringLiteral("HH:mm:ss  ")) + text);
+    FAnswer->setToolTip(tipText(FAnswer->text()));
 }
 
 void TMainWindow::askToOpen(const QString& gate)
 {
     const std::optional<TGateState> known = FDesk.gate(gate);
-    if (!FDesk.live() || !known || FQuestion) {
+    if (!FDesk.live() || FQuestion) {
+        return;
+    }
+    if (!known) {
+        showAnswer(tr("Gate %1 is not in this club.").arg(gate), TMood::Bad);
         return;
     }
     FQuestion = new TOpenDialog(TWords::gate(gate, known->zone, known->way), FWho, this);
     FQuestion->setAttribute(Qt::WA_DeleteOnClose);
     connect(FQuestion, &QDialog::accepted, this, [this, gate, dialog = FQuestion.data()] {
         FWho = dialog->who();
+        FAnswer->clear(); // that is about the one before
+        FAnswer->setToolTip({});
         FDesk.open(gate, FWho, dialog->reason());
     });
     FQuestion->open();

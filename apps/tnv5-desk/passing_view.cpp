@@ -1,5 +1,6 @@
 #include "apps/tnv5-desk/passing_view.h"
 
+#include "apps/tnv5-desk/plain_text.h"
 #include "apps/tnv5-desk/theme.h"
 #include "apps/tnv5-desk/words.h"
 
@@ -101,8 +102,8 @@ void TPassingView::fillRow(QTreeWidgetItem& row, const TPassNews& pass) const
     row.setText(Gate, pass.gate);
     row.setText(Who, TWords::holder(pass));
     row.setText(What, TWords::outcome(pass));
-    row.setToolTip(Who, TWords::holder(pass));
-    row.setToolTip(What, TWords::outcome(pass));
+    row.setToolTip(Who, tipText(TWords::holder(pass)));
+    row.setToolTip(What, tipText(TWords::outcome(pass)));
     row.setForeground(What, moodColour(moodOf(pass)));
 }
 

@@ -1,5 +1,6 @@
 #include "apps/tnv5-desk/words.h"
 
+#include <QRegularExpression>
 #include <array>
 
 namespace tnv5::desk {
@@ -37,10 +38,37 @@ constexpr std::array kEndings = {
 // Beginnings of what the payment says of its steps; what follows stays.
 constexpr std::array kStages = {
     TWord{"waits for the terminal", QT_TRANSLATE_NOOP("tnv5::desk::TWords", "waits for the terminal")},
+    TWord{"waiting until the terminal asks",
+          QT_TRANSLATE_NOOP("tnv5::desk::TWords", "waits for the terminal")},
     TWord{"the amount ", QT_TRANSLATE_NOOP("tnv5::desk::TWords", "the amount goes to the terminal")},
     TWord{"card ", QT_TRANSLATE_NOOP("tnv5::desk::TWords", "the card was read, the bank is asked")},
     TWord{"the bank answers ", QT_TRANSLATE_NOOP("tnv5::desk::TWords", "the bank has answered")},
 };
+
+// What is said of the connection; %1 and %2 stand for what is in it.
+constexpr std::array kConnection = {
+    QT_TRANSLATE_NOOP("tnv5::desk::TWords", "No host answers at %1: %2"),
+    QT_TRANSLATE_NOOP("tnv5::desk::TWords", "The host at %1 has not answered for %2 seconds."),
+    QT_TRANSLATE_NOOP("tnv5::desk::TWords", "The connection to the host is lost."),
+    QT_TRANSLATE_NOOP("tnv5::desk::TWords", "What came from %1 is not from a host."),
+    QT_TRANSLATE_NOOP("tnv5::desk::TWords", "Too many programs are connected to this host."),
+    QT_TRANSLATE_NOOP("tnv5::desk::TWords", "there is no such socket"),
+    QT_TRANSLATE_NOOP("tnv5::desk::TWords", "the host that listened there has ended"),
+    QT_TRANSLATE_NOOP("tnv5::desk::TWords", "permission denied"),
+};
+
+/// What stands in a text for %1 and %2; none: it is another text.
+std::optional<QStringList> placesIn(const QString& text, const char* pattern)
+{
+    QString expression = QRegularExpression::escape(QLatin1String(pattern));
+    for (const char* const place : {"\\%1", "\\%2"}) {
+        expression.replace(QLatin1String(place), QStringLiteral("(.*)"));
+    }
+    const QRegularExpression whole(QRegularExpression::anchoredPattern(expression),
+                                   QRegularExpression::DotMatchesEverythingOption);
+    const QRegularExpressionMatch match = whole.match(text);
+    return match.hasMatch() ? std::optional(match.capturedTexts().mid(1)) : std::nullopt;
+}
 
 template <std::size_t Size>
 QString translated(const std::array<TWord, Size>& list, const QString& word)
@@ -73,6 +101,24 @@ QString TWords::stage(const QString& text)
         }
     }
     return text;
+}
+
+QString TWords::connection(const QString& text)
+{
+    for (const char* const pattern : kConnection) {
+        if (const auto places = placesIn(text, pattern)) {
+            return places->isEmpty()     ? tr(pattern)
+                   : places->size() == 1 ? tr(pattern).arg(places->first())
+                                         : tr(pattern).arg(places->first(), connection(places->last()));
+        }
+    }
+    return text;
+}
+
+QString TWords::severalHosts(const QStringList& sockets)
+{
+    return tr("Several hosts are here, choose one with --socket:") + QStringLiteral("\n  ") +
+           sockets.join(QStringLiteral("\n  "));
 }
 
 QString TWords::way(TWay way)

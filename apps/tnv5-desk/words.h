@@ -22,6 +22,10 @@ public:
     static QString ending(const QString& word);
     /// A stage of a payment, such as "the bank answers 00".
     static QString stage(const QString& text);
+    /// What the connection to the host says, such as "No host answers at ...".
+    static QString connection(const QString& text);
+    /// @param sockets at which hosts answer
+    static QString severalHosts(const QStringList& sockets);
     static QString way(TWay way);
     /// Example: "01A (hall, in)".
     static QString gate(const QString& address, const QString& zone, std::optional<TWay> way);

@@ -1,5 +1,6 @@
 #include "apps/tnv5-desk/language.h"
 #include "apps/tnv5-desk/words.h"
+#include "tnv5/host/local/local_texts.h"
 
 #include <QDir>
 #include <QFile>
@@ -86,6 +87,33 @@ TEST_P(DeskLanguage, HasEveryText)
 }
 
 INSTANTIATE_TEST_SUITE_P(Languages, DeskLanguage, ::testing::Values("ru", "uk"));
+
+TEST(DeskLanguages, SayWhatTheConnectionSays)
+{
+    using namespace tnv5::host;
+    const QStringList said = {
+        local_texts::kNoHost.arg(QStringLiteral("/a: b"), local_texts::kNobodyThere),
+        local_texts::kNoHost.arg(QStringLiteral("/a"), local_texts::kLeftBehind),
+        local_texts::kNoHost.arg(QStringLiteral("/a"), local_texts::kForbidden),
+        local_texts::kNoAnswer.arg(QStringLiteral("/a")).arg(10),
+        local_texts::kLost,
+        local_texts::kJunk.arg(QStringLiteral("/a")),
+        local_texts::kTooMany,
+    };
+    for (const QString& text : said) {
+        EXPECT_EQ(TWords::connection(text), text);
+    }
+    ASSERT_TRUE(setLanguage(QStringLiteral("uk")));
+    EXPECT_EQ(TWords::connection(said[0]),
+              QStringLiteral("За адресою /a: b хост не відповідає: такого сокета немає"));
+    EXPECT_EQ(TWords::connection(said[3]), QStringLiteral("Хост за адресою /a не відповідає вже 10 с."));
+    for (const QString& text : said) {
+        EXPECT_FALSE(TWords::connection(text).contains(QRegularExpression(QStringLiteral("[b-zA-Z]{2}"))))
+            << TWords::connection(text).toStdString();
+    }
+    EXPECT_EQ(TWords::connection(QStringLiteral("else")), QStringLiteral("else"));
+    setLanguage(QStringLiteral("en"));
+}
 
 TEST(DeskLanguages, CanBeChosen)
 {

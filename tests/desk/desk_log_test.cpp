@@ -43,6 +43,8 @@ TEST(DeskLog, ALineHasOneLineAndAnEnd)
     log.add({TLogLevel::Info, {}, QString(100'000, u'x')});
     EXPECT_EQ(log.line(0).text, QStringLiteral("a b"));
     EXPECT_EQ(log.line(1).text.size(), TLogModel::kMaxText);
+    log.add({TLogLevel::Info, QString(100'000, u'1'), {}});
+    EXPECT_EQ(log.line(2).time.size(), TLogModel::kMaxTime);
 }
 
 TEST(DeskLog, IsSearchedByWordsAndLevels)
@@ -119,20 +121,27 @@ TEST(DeskEquipment, OfAClub)
                    true,
                    QStringLiteral("Felix"),
                    65};
-    state.lamps = {sun, sun, sun, sun, sun};
+    state.lamps = {sun, sun, sun, sun, sun, sun};
     state.lamps[1].holder.clear();
     state.lamps[2].secondsLeft = 0;
     state.lamps[3].secondsLeft = 0;
     state.lamps[3].on = false;
     state.lamps[4].answers = false;
+    state.lamps[5].on = false; // what is paid for is not lit
     state.boards = {{QStringLiteral("101T"), {}, true, {}}};
     state.lines = {{QStringLiteral("gates"), {}, true, {}}};
     EXPECT_EQ(text(equipmentOf(state, 5'000)),
               "Card payments:\nbar=3.50 – the bank has answered\nshop=none under way\ndoor=10.00\n"
               "Scales:\nfruit=450 g\nnuts=20 g, moving\nempty=0 g\nsalad=no weight\n"
               "Paid time left:\nSun 1=1:00 – Felix\nSun 1=1:00\nSun 1=on, not paid for\nSun 1=off\n"
-              "Sun 1=its board does not answer\n"
+              "Sun 1=its board does not answer – 1:00 – Felix\nSun 1=off – 1:00 – Felix\n"
               "Boards:\n101T=answers\nLines:\ngates=open");
+    QList<TMood> moods;
+    for (const TEquipmentRow& row : equipmentOf(state, 5'000).at(2).rows) {
+        moods << row.mood;
+    }
+    EXPECT_EQ(moods, QList<TMood>({TMood::Good, TMood::Good, TMood::Warning, TMood::Faint, TMood::Bad,
+                                   TMood::Warning}));
 }
 
 TEST(DeskEquipment, WhatIsWrongComesFirst)
@@ -165,6 +174,8 @@ TEST(DeskWords, AreTheHosts)
     EXPECT_EQ(TWords::reason(QStringLiteral("host fault")), QStringLiteral("the host could not find out"));
     EXPECT_EQ(TWords::stage(QStringLiteral("the amount 4.50 goes to the terminal")),
               QStringLiteral("the amount goes to the terminal"));
+    EXPECT_EQ(TWords::stage(QStringLiteral("waiting until the terminal asks for the amount")),
+              QStringLiteral("waits for the terminal"));
     EXPECT_EQ(TWords::stage(QStringLiteral("strange")), QStringLiteral("strange"));
     EXPECT_EQ(TWords::gate(QStringLiteral("01A"), QStringLiteral("hall"), TWay::In),
               QStringLiteral("01A (hall, in)"));

@@ -77,6 +77,7 @@ TEST(DeskState, IsReadWhole)
 TEST(DeskState, WhatIsMissingOrStrangeIsEmpty)
 {
     EXPECT_EQ(toState({}).gates.size(), 0);
+    EXPECT_EQ(toState(json(R"({"inside": null})")).inside, std::nullopt);
     const TClubState state = toState(
         json(R"({"club": 7, "gates": "none", "lamps": [1, {"secondsLeft": -5}], "troubles": [null]})"));
     EXPECT_EQ(state.club, QString());
@@ -132,6 +133,9 @@ TEST(DeskPairs, WaysInAndOutOfAZoneShareAPanel)
     EXPECT_EQ(text(pairsOf({gate("01A", "hall", TWay::In), gate("02A", "hall", TWay::In),
                             gate("03A", "hall", TWay::Out), gate("04D", "staff", TWay::Inner)})),
               "hall 1|01A|03A hall 2|02A| staff|04D|");
+    EXPECT_EQ(text(pairsOf({gate("04D", "hall", TWay::Inner), gate("01A", "hall", TWay::In),
+                            gate("02A", "hall", TWay::Out), gate("03A", "hall", TWay::Out)})),
+              "hall 1|01A|02A hall 2||03A hall 3|04D|"); // a door shares no row with a way out
 }
 
 class DeskLook : public ::testing::Test
@@ -185,6 +189,8 @@ TEST_F(DeskLook, SaysWhatDoesNotWork)
     EXPECT_EQ(look(), "3 line closed");
     EXPECT_EQ(unconnected().look, TGateLook::Unconnected);
     EXPECT_EQ(unconnected().text, QStringLiteral("not connected"));
+    state.gates.clear();
+    EXPECT_EQ(look(), "4 not in this club");
 }
 
 } // namespace

@@ -4,8 +4,11 @@
 
 #include <QBuffer>
 #include <QFile>
+#include <QLocalServer>
 #include <QMenuBar>
 #include <QRegularExpression>
+#include <QScrollBar>
+#include <QStatusBar>
 #include <QTest>
 
 using namespace tnv5;
@@ -38,7 +41,7 @@ protected:
     void open(const TMainWindow::TOptions& options = {})
     {
         window.reset();
-        model = std::make_unique<TDeskModel>(path());
+        model = std::make_unique<TDeskModel>([this] { return FWhere; });
         window = std::make_unique<TMainWindow>(*model, options);
         window->show();
         window->activateWindow();
@@ -90,6 +93,27 @@ protected:
         question->openButton()->click();
     }
 
+    /// The answer at the bottom without the time of day in front.
+    QString said()
+    {
+        const QString text = window->answer()->text();
+        EXPECT_TRUE(text.isEmpty() || QTime::fromString(text.left(8), QStringLiteral("HH:mm:ss")).isValid())
+            << text.toStdString();
+        return text.mid(10);
+    }
+    void writeGates(const QByteArray& text)
+    {
+        QFile ini(FGatesFile);
+        ASSERT_TRUE(ini.open(QIODevice::WriteOnly));
+        ini.write(text);
+        ini.close();
+        TMainWindow::TOptions options;
+        options.gatesFile = FGatesFile;
+        open(options);
+    }
+
+    const QString FGatesFile = FFolder.filePath(QStringLiteral("gates.ini"));
+    QString FWhere = path(); // where the desk looks
     std::unique_ptr<TDeskModel> model;
     std::unique_ptr<TMainWindow> window;
 };
@@ -159,10 +183,132 @@ TEST_F(DeskWindow, AGateIsOpenedByTheMouse)
         << club.Opened.first().toStdString();
     EXPECT_TRUE(club.Opened.first().endsWith(QStringLiteral("|a pram")));
     ASSERT_TRUE(eventually([this] { return !window->answer()->text().isEmpty(); }));
-    EXPECT_EQ(window->answer()->text(), QStringLiteral("Gate 02A: the command to open was given."));
+    EXPECT_EQ(said(), QStringLiteral("Gate 02A: the command to open was given."));
     ASSERT_TRUE(eventually([this] { return window->question() == nullptr; }));
     window->askToOpen(QStringLiteral("01A"));
     EXPECT_EQ(window->question()->who(), QStringLiteral("Olha")); // as before
+    answer(QStringLiteral("guest"));
+    EXPECT_EQ(window->answer()->text(), QString()); // that of before is not about this one
+    EXPECT_TRUE(eventually([this] { return !window->answer()->text().isEmpty(); }));
+}
+
+TEST_F(DeskWindow, WhetherAGateOpenedIsNotKnownWhenTheConnectionGoes)
+{
+    ASSERT_TRUE(connects());
+    club.OnOpen = [this] { server.reset(); };
+    window->askToOpen(QStringLiteral("01A"));
+    answer(QStringLiteral("guest"));
+    ASSERT_TRUE(eventually([this] { return !model->live(); }));
+    ASSERT_EQ(club.Opened.size(), 1);
+    const QString unknown =
+        QStringLiteral("Gate 01A: not known whether it was opened, the connection was lost.");
+    EXPECT_EQ(said(), unknown); // and it stays
+    EXPECT_EQ(model->log().line(model->log().rowCount() - 2).text, unknown);
+}
+
+TEST_F(DeskWindow, WhatWasNeverSentWasNotOpened)
+{
+    ASSERT_TRUE(connects());
+    server.reset();
+    ASSERT_TRUE(eventually([this] { return !model->live(); }));
+    model->open(QStringLiteral("01A"), {}, QStringLiteral("guest"));
+    ASSERT_TRUE(eventually([this] { return !window->answer()->text().isEmpty(); }));
+    EXPECT_EQ(said(), QStringLiteral("Gate 01A was not opened: The connection to the host is lost."));
+}
+
+/// A host that says what it is told to.
+class TStrangeHost
+{
+public:
+    explicit TStrangeHost(const QString& path, const QJsonObject& toOpen)
+    {
+        FServer.listen(path);
+        QObject::connect(&FServer, &QLocalServer::newConnection, &FServer, [this, toOpen] {
+            QLocalSocket* const socket = FServer.nextPendingConnection();
+            QObject::connect(socket, &QLocalSocket::readyRead, socket, [socket, toOpen] {
+                while (socket->canReadLine()) {
+                    const QJsonObject request = host::fromLine(socket->readLine()).value_or(QJsonObject());
+                    const bool watch = request.value(u"do") == QLatin1String("watch");
+                    QJsonObject answer = watch ? json(R"({"ok": true})") : toOpen;
+                    answer.insert(u"id", request.value(u"id"));
+                    socket->write(host::toLine(answer));
+                    if (watch) {
+                        socket->write(host::toLine({{QStringLiteral("event"), QStringLiteral("state")},
+                                                    {QStringLiteral("state"), json(kState)}}));
+                    }
+                }
+            });
+        });
+    }
+
+private:
+    QLocalServer FServer;
+};
+
+TEST_F(DeskWindow, ARefusalWithoutAReasonIsNoSuccess)
+{
+    server.reset();
+    const TStrangeHost strange(path(), json(R"({"ok": false})"));
+    ASSERT_TRUE(connects());
+    window->askToOpen(QStringLiteral("01A"));
+    answer(QStringLiteral("guest"));
+    ASSERT_TRUE(eventually([this] { return !window->answer()->text().isEmpty(); }));
+    EXPECT_EQ(said(), QStringLiteral("Gate 01A was not opened: no reason given"));
+}
+
+TEST_F(DeskWindow, AHostThatBeginsLaterIsFound)
+{
+    server.reset();
+    model->start();
+    ASSERT_TRUE(eventually([this] { return !model->whyNot().isEmpty(); }));
+    FWhere = FFolder.filePath(QStringLiteral("later.socket"));
+    server = std::make_unique<host::TLocalServer>(club, FWhere);
+    ASSERT_TRUE(eventually([this] { return model->live(); }));
+    EXPECT_FALSE(window->banner()->isVisible());
+    EXPECT_EQ(window->gates()->panel().TurnStylerList()->GetTurnStylerItem(0)->IP(), FWhere);
+}
+
+TEST_F(DeskWindow, TheChosenGateStaysWhenTheClubGetsOthers)
+{
+    ASSERT_TRUE(connects());
+    window->gates()->selectNext(1);
+    ASSERT_EQ(window->gates()->openA()->text(), QStringLiteral("Open 03A (pool, in) (F7)"));
+    const auto gate = [](const char* address, const char* zone) {
+        return QJsonObject{{QStringLiteral("address"), QLatin1String(address)},
+                           {QStringLiteral("zone"), QLatin1String(zone)},
+                           {QStringLiteral("direction"), QStringLiteral("in")}};
+    };
+    club.State[QStringLiteral("gates")] =
+        QJsonArray{gate("09A", "door"), gate("01A", "hall"), gate("03A", "pool"), gate("08A", "gym")};
+    server->stateChanged();
+    ASSERT_TRUE(eventually([this] { return model->pairs().size() == 4; }));
+    EXPECT_EQ(window->gates()->panel().ASelectedIndex(), 2);
+    EXPECT_EQ(window->gates()->openA()->text(), QStringLiteral("Open 03A (pool, in) (F7)"));
+    club.State[QStringLiteral("gates")] = QJsonArray{gate("09A", "door"), gate("08A", "R&D")};
+    server->stateChanged();
+    ASSERT_TRUE(eventually([this] { return model->pairs().size() == 2; }));
+    EXPECT_EQ(window->gates()->panel().ASelectedIndex(), 0); // the chosen one is gone
+    window->gates()->selectNext(1);
+    EXPECT_EQ(window->gates()->openA()->text(), QStringLiteral("Open 08A (R&&D, in) (F7)")); // no key
+    EXPECT_TRUE(window->gates()->openA()->toolTip().contains(QStringLiteral("R&amp;D")));
+}
+
+TEST_F(DeskWindow, ALongNameMakesNoWindowWider)
+{
+    ASSERT_TRUE(connects());
+    const int before = window->minimumSizeHint().width();
+    const QString name(2'000, u'W');
+    club.Trouble = name;
+    club.State[QStringLiteral("gates")] = QJsonArray{QJsonObject{{QStringLiteral("address"), name}}};
+    server->stateChanged();
+    ASSERT_TRUE(eventually([this] { return model->pairs().size() == 1; }));
+    window->askToOpen(name);
+    answer(QStringLiteral("guest"));
+    ASSERT_TRUE(eventually([this] { return !window->answer()->text().isEmpty(); }));
+    QCoreApplication::processEvents(); // the layouts hear of it
+    EXPECT_EQ(window->minimumSizeHint().width(), before);
+    EXPECT_LE(window->statusBar()->minimumSizeHint().width(), before);
+    EXPECT_TRUE(window->answer()->toolTip().contains(name));
 }
 
 TEST_F(DeskWindow, AGateIsOpenedByTheKeyboard)
@@ -214,7 +360,7 @@ TEST_F(DeskWindow, TheHostsRefusalIsSaid)
     window->askToOpen(QStringLiteral("01A"));
     answer(QStringLiteral("guest"));
     ASSERT_TRUE(eventually([this] { return !window->answer()->text().isEmpty(); }));
-    EXPECT_EQ(window->answer()->text(), QStringLiteral("Gate 01A was not opened: hall is not open: gone"));
+    EXPECT_EQ(said(), QStringLiteral("Gate 01A was not opened: hall is not open: gone"));
     EXPECT_EQ(model->log().line(model->log().rowCount() - 1).level, TLogLevel::Error);
 }
 
@@ -265,6 +411,14 @@ TEST_F(DeskWindow, ARefusalIsSeenAtItsGate)
     ASSERT_TRUE(connects());
     tellPass(R"({"began": "b", "card": "99", "gate": "03A", "opened": false, "reason": "expired"})");
     EXPECT_TRUE(eventually([this] { return caption(1) == QStringLiteral("pool [expired]"); }));
+    tellPass(R"({"began": "a", "card": "17", "gate": "03A", "opened": true, "ending": "timed out",
+        "ended": "c"})");
+    ASSERT_TRUE(eventually([this] { return model->passes().size() == 2; }));
+    const TGatePair pool{{}, QStringLiteral("03A"), {}};
+    EXPECT_EQ(model->stateOf(pool).look, TGateLook::Refused); // an earlier one ends
+    tellPass(R"({"began": "d", "card": "18", "gate": "03A", "opened": true})");
+    ASSERT_TRUE(eventually([this] { return model->passes().size() == 3; }));
+    EXPECT_EQ(model->stateOf(pool).look, TGateLook::Free);
 }
 
 TEST_F(DeskWindow, RemembersSoManyPasses)
@@ -306,6 +460,127 @@ TEST_F(DeskWindow, TheLogIsLiveAndSearched)
     EXPECT_EQ(log.count()->text(), QStringLiteral("1 of 3"));
 }
 
+TEST_F(DeskWindow, TheLogFollowsAlsoWithLessRoom)
+{
+    ASSERT_TRUE(connects());
+    QTreeView* const lines = window->logView()->lines();
+    QScrollBar* const bar = lines->verticalScrollBar();
+    int told = 0;
+    const auto tell = [&](int count) {
+        for (int i = 0; i < count; ++i) {
+            model->log().add({TLogLevel::Info, {}, QString::number(++told)});
+        }
+        QCoreApplication::processEvents();
+    };
+    const auto last = [&] {
+        const QModelIndex row = lines->model()->index(lines->model()->rowCount() - 1, 0);
+        return lines->viewport()->rect().contains(lines->visualRect(row).center());
+    };
+    tell(200);
+    ASSERT_TRUE(eventually(last));
+    for (const int lost : {150, 40, -90, 60}) { // the banner comes and goes, the window is made smaller
+        window->resize(window->width(), window->height() - lost);
+        tell(1);
+        EXPECT_TRUE(eventually(last, std::chrono::seconds(5))) << lost;
+    }
+    bar->setValue(bar->maximum() / 2);
+    const int where = bar->value();
+    tell(10);
+    window->resize(window->width(), window->height() - 30);
+    tell(10);
+    EXPECT_EQ(bar->value(), where); // somebody reads
+    bar->setValue(bar->maximum());
+    tell(10);
+    EXPECT_TRUE(eventually(last));
+}
+
+TEST_F(DeskWindow, ToolTipsCommandNothing)
+{
+    ASSERT_TRUE(connects());
+    tellPass(R"({"began": "b", "card": "17", "name": "<b>A</b>", "gate": "01A", "opened": true,
+        "note": "<img src=x>"})");
+    server->tell(json(R"({"event": "line", "text": "<u>line</u>", "time": "<i>"})"));
+    club.State[QStringLiteral("troubles")] = QJsonArray{QStringLiteral("<s>no paper</s>")};
+    server->stateChanged();
+    QTreeWidget* const tree = window->equipment()->tree();
+    ASSERT_TRUE(eventually([&] {
+        return tree->topLevelItem(0) != nullptr &&
+               tree->topLevelItem(0)->text(0) == QStringLiteral("Attention");
+    }));
+    const QTreeWidgetItem* const pass = window->passing()->list()->topLevelItem(0);
+    const QAbstractItemModel* const lines = window->logView()->lines()->model();
+    const QModelIndex line = lines->index(lines->rowCount() - 1, 0);
+    for (const QString& tip : {pass->toolTip(2), pass->toolTip(3), line.data(Qt::ToolTipRole).toString(),
+                               line.siblingAtColumn(1).data(Qt::ToolTipRole).toString(),
+                               tree->topLevelItem(0)->child(0)->toolTip(0)}) {
+        EXPECT_TRUE(tip.contains(QStringLiteral("&lt;"))) << tip.toStdString();
+        EXPECT_EQ(tip.count(u'<'), 2) << tip.toStdString();
+    }
+}
+
+TEST_F(DeskWindow, WhoWalksThroughTheEquipmentStaysThere)
+{
+    for (int i = 0; i < 60; ++i) {
+        QJsonArray boards = club.State[QStringLiteral("boards")].toArray();
+        boards.append(QJsonObject{{QStringLiteral("address"), QStringLiteral("b%1").arg(i)},
+                                  {QStringLiteral("answering"), true}});
+        club.State[QStringLiteral("boards")] = boards;
+    }
+    ASSERT_TRUE(connects());
+    QTreeWidget* const tree = window->equipment()->tree();
+    const auto section = [&](const char* title) -> QTreeWidgetItem* {
+        for (int i = 0; i < tree->topLevelItemCount(); ++i) {
+            if (tree->topLevelItem(i)->text(0) == QLatin1String(title)) {
+                return tree->topLevelItem(i);
+            }
+        }
+        return nullptr;
+    };
+    ASSERT_NE(section("Boards"), nullptr);
+    QTreeWidgetItem* const chosen = section("Boards")->child(30);
+    tree->setCurrentItem(chosen);
+    section("Lines")->setExpanded(false);
+    tree->scrollToItem(section("Boards")->child(20), QAbstractItemView::PositionAtTop);
+    QTreeWidgetItem* const top = tree->itemAt(0, 0);
+    ASSERT_GT(tree->verticalScrollBar()->value(), 0);
+
+    club.State[QStringLiteral("troubles")] = QJsonArray{QStringLiteral("no paper"), QStringLiteral("no ink")};
+    server->stateChanged();
+    ASSERT_TRUE(eventually([&] { return section("Attention") != nullptr; }));
+    EXPECT_EQ(tree->topLevelItem(0), section("Attention"));
+    EXPECT_TRUE(section("Attention")->isExpanded());
+    EXPECT_EQ(tree->currentItem(), chosen);
+    EXPECT_EQ(tree->itemAt(0, 0), top);
+    EXPECT_FALSE(section("Lines")->isExpanded());
+
+    QTreeWidgetItem* const ink = section("Attention")->child(1);
+    club.State[QStringLiteral("troubles")] = QJsonArray{QStringLiteral("no ink")};
+    server->stateChanged();
+    ASSERT_TRUE(eventually([&] { return section("Attention")->childCount() == 1; }));
+    EXPECT_EQ(section("Attention")->child(0), ink);
+    club.State.remove(QStringLiteral("troubles"));
+    server->stateChanged();
+    ASSERT_TRUE(eventually([&] { return section("Attention") == nullptr; }));
+    EXPECT_EQ(tree->currentItem(), chosen);
+    EXPECT_EQ(tree->itemAt(0, 0), top);
+}
+
+TEST_F(DeskWindow, HowManyAreInsideMayNotBeKnown)
+{
+    ASSERT_TRUE(connects());
+    const auto shows = [this](const char* text) {
+        return eventually([&] {
+            const auto labels = window->statusBar()->findChildren<QLabel*>();
+            return std::any_of(labels.begin(), labels.end(),
+                               [&](const QLabel* label) { return label->text() == QLatin1String(text); });
+        });
+    };
+    EXPECT_TRUE(shows("Inside: 12"));
+    club.State[QStringLiteral("inside")] = QJsonValue(QJsonValue::Null);
+    server->stateChanged();
+    EXPECT_TRUE(shows("Inside: ?"));
+}
+
 TEST_F(DeskWindow, ALongTroubleIsReadable)
 {
     club.State[QStringLiteral("troubles")] =
@@ -323,20 +598,35 @@ TEST_F(DeskWindow, ALongTroubleIsReadable)
 
 TEST_F(DeskWindow, GatesOfAFileAreShownInItsOrder)
 {
-    const QString file = FFolder.filePath(QStringLiteral("gates.ini"));
-    QFile ini(file);
-    ASSERT_TRUE(ini.open(QIODevice::WriteOnly));
-    ini.write("[Gates]\nItemsCount=2\nGateA1=03A\nCaption1=Pool side\nGateA2=77Z\nCaption2=Elsewhere\n");
-    ini.close();
-    TMainWindow::TOptions options;
-    options.gatesFile = file;
-    open(options);
+    writeGates("[Gates]\nItemsCount=3\nGateA1=03A\nCaption1=Pool side\nGateA2=77Z\nCaption2=Far\n"
+               "GateA3=03A\nGateB3=02A\nCaption3=Both\n");
     ASSERT_TRUE(connects());
+    EXPECT_FALSE(window->gates()->note()->isVisible());
     EXPECT_EQ(caption(0), QStringLiteral("Pool side [free]"));
+    EXPECT_EQ(caption(1), QStringLiteral("Far [not in this club]"));
+    EXPECT_EQ(caption(2), QStringLiteral("Both [free]")); // its first address is also an earlier one's
     EXPECT_TRUE(window->gates()->openA()->isEnabled());
     window->gates()->selectNext(1);
-    EXPECT_FALSE(window->gates()->openA()->isEnabled()); // the club has no such gate
-    QFile::remove(file);
+    EXPECT_FALSE(window->gates()->openA()->isEnabled());
+    QTest::mouseClick(panelButton(1, 0), Qt::LeftButton);
+    EXPECT_EQ(window->question(), nullptr);
+    EXPECT_EQ(said(), QStringLiteral("Gate 77Z is not in this club."));
+    window->answer()->clear();
+    QTest::keyClick(window.get(), Qt::Key_F7);
+    EXPECT_EQ(said(), QStringLiteral("Gate 77Z is not in this club."));
+}
+
+TEST_F(DeskWindow, AFileWithoutGatesIsToldOf)
+{
+    writeGates("[Other]\nItemsCount=1\nGateA1=03A\n");
+    EXPECT_TRUE(window->gates()->note()->isVisible());
+    EXPECT_EQ(window->gates()->note()->text(),
+              QStringLiteral("There are no gates in the section \"Gates\" of %1.").arg(FGatesFile));
+    TMainWindow::TOptions options;
+    options.gatesFile = FFolder.path(); // no file
+    open(options);
+    EXPECT_TRUE(window->gates()->note()->isVisible());
+    EXPECT_EQ(window->gates()->note()->text(), QStringLiteral("%1 cannot be read.").arg(FFolder.path()));
 }
 
 TEST_F(DeskWindow, KeysReachEveryPart)

@@ -62,6 +62,24 @@ TEST_F(DeskProgram, SaysWhatIsWrong)
     }
 }
 
+TEST_F(DeskProgram, WithoutAScreenItIsNoWindow)
+{
+    QMap<const char*, QByteArray> before;
+    for (const char* const name : {"QT_QPA_PLATFORM", "DISPLAY", "WAYLAND_DISPLAY"}) {
+        before[name] = qgetenv(name);
+        qunsetenv(name);
+    }
+    TProgramRun desk(kDesk, {QStringLiteral("--socket"), FSocket});
+    EXPECT_EQ(desk.exitCode(), 1);
+    EXPECT_TRUE(desk.complaints().endsWith(QStringLiteral("tnv5-desk: there is no screen\n")))
+        << desk.complaints().toStdString();
+    for (const auto& [name, value] : before.toStdMap()) {
+        if (!value.isEmpty()) {
+            qputenv(name, value);
+        }
+    }
+}
+
 // Whatever becomes of the desks, the club goes on, and its books are as they must be.
 TEST_F(DeskProgram, ClosingItInMidTrafficLosesNothing)
 {

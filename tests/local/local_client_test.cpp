@@ -3,6 +3,8 @@
 #include "tnv5/host/local/local_client.h"
 #include "tnv5/platform/errors.h"
 
+#include <QDir>
+#include <QElapsedTimer>
 #include <QLocalServer>
 #include <thread>
 
@@ -70,12 +72,16 @@ TEST_F(LocalClient, WithoutAConnectionTheAnswerSaysSo)
 {
     server.reset();
     QString error;
+    bool unknown = false;
     client->start();
-    client->ask({{QStringLiteral("do"), QStringLiteral("status")}},
-                [&](const QJsonObject& answer) { error = answer.value(u"error").toString(); });
+    client->ask({{QStringLiteral("do"), QStringLiteral("status")}}, [&](const QJsonObject& answer) {
+        error = answer.value(u"error").toString();
+        unknown = answer.value(u"unknown").toBool();
+    });
     EXPECT_EQ(error, QString()); // later
     ASSERT_TRUE(eventually([&] { return !error.isEmpty(); }));
     EXPECT_EQ(error, QStringLiteral("The connection to the host is lost."));
+    EXPECT_FALSE(unknown); // it was not sent
 }
 
 TEST_F(LocalClient, ComesBackByItself)
@@ -107,13 +113,74 @@ TEST_F(LocalClient, QuestionsUnderWayAreAnsweredWhenTheHostGoes)
     client->start();
     ASSERT_TRUE(sees("connected"));
     QString error;
+    bool unknown = false;
     club.OnOpen = [this] { server.reset(); };
     client->ask({{QStringLiteral("do"), QStringLiteral("open")},
                  {QStringLiteral("gate"), QStringLiteral("01A")},
                  {QStringLiteral("reason"), QStringLiteral("pram")}},
-                [&](const QJsonObject& answer) { error = answer.value(u"error").toString(); });
+                [&](const QJsonObject& answer) {
+                    error = answer.value(u"error").toString();
+                    unknown = answer.value(u"unknown").toBool();
+                });
     ASSERT_TRUE(sees("lost"));
     EXPECT_EQ(error, QStringLiteral("The connection to the host is lost."));
+    EXPECT_TRUE(unknown); // in this club it was done
+}
+
+TEST_F(LocalClient, AHostThatBeginsLaterAndElsewhereIsFound)
+{
+    server.reset();
+    QString where = path();
+    client = std::make_unique<host::TLocalClient>([&where] {
+        if (where.isEmpty()) {
+            throw platform::Exception(QStringLiteral("several are here"));
+        }
+        return where;
+    });
+    client->OnConnected = [this] { trace << QStringLiteral("connected"); };
+    client->OnLost = [this](const QString& why) {
+        trace << QStringLiteral("lost");
+        FWhy = why;
+    };
+    EXPECT_EQ(client->path(), QString());
+    client->start();
+    ASSERT_TRUE(sees("lost"));
+    EXPECT_EQ(client->path(), path());
+    where.clear();
+    ASSERT_TRUE(eventually([this] { return FWhy == QStringLiteral("several are here"); }));
+    const QString there = FFolder.filePath(QStringLiteral("elsewhere.socket"));
+    where = there;
+    server = std::make_unique<host::TLocalServer>(club, there);
+    ASSERT_TRUE(sees("connected"));
+    EXPECT_EQ(client->path(), there);
+
+    where = path(); // another club; this one is met already
+    trace.clear();
+    server.reset();
+    ASSERT_TRUE(sees("lost"));
+    const host::TLocalServer another(club, path());
+    server = std::make_unique<host::TLocalServer>(club, there);
+    ASSERT_TRUE(sees("connected"));
+    EXPECT_EQ(client->path(), there);
+}
+
+TEST_F(LocalClient, ARelativePathIsThatOfThisFolder)
+{
+    const QString before = QDir::currentPath();
+    ASSERT_TRUE(QDir::setCurrent(FFolder.path()));
+    host::TLocalClient near(QStringLiteral("club.socket")); // Qt would look in the folder for temporary files
+    EXPECT_EQ(near.path(), QFileInfo(QStringLiteral("club.socket")).absoluteFilePath());
+    near.start();
+    EXPECT_TRUE(eventually([&] { return near.connected(); }));
+    server.reset();
+    EXPECT_THROW(host::askHost(QStringLiteral("club.socket"), json(R"({"do":"status"})"), 1'000),
+                 platform::Exception);
+    try {
+        host::askHost(QStringLiteral("club.socket"), json(R"({"do":"status"})"), 1'000);
+    } catch (const platform::Exception& error) {
+        EXPECT_TRUE(error.message().contains(QDir::currentPath())) << error.message().toStdString();
+    }
+    ASSERT_TRUE(QDir::setCurrent(before));
 }
 
 TEST_F(LocalClient, AHostThatSaysNothingIsLost)
@@ -121,10 +188,32 @@ TEST_F(LocalClient, AHostThatSaysNothingIsLost)
     server.reset();
     QLocalServer mute;
     ASSERT_TRUE(mute.listen(path()));
-    client->PatienceMs = 40;
+    client->PatienceMs = 400;
+    QElapsedTimer waited;
+    waited.start();
     client->start();
     ASSERT_TRUE(sees("lost"));
     EXPECT_EQ(FWhy, QStringLiteral("The host at %1 has not answered for 1 seconds.").arg(path()));
+    EXPECT_GE(waited.elapsed(), 300); // the whole patience, as far as timers are exact
+}
+
+TEST_F(LocalClient, WhoTellsEventsWithoutAnAnswerIsNotConnected)
+{
+    server.reset();
+    QLocalServer strange;
+    ASSERT_TRUE(strange.listen(path()));
+    int came = 0;
+    QObject::connect(&strange, &QLocalServer::newConnection, &strange, [&] {
+        QLocalSocket* const socket = strange.nextPendingConnection();
+        QObject::connect(socket, &QLocalSocket::readyRead, socket, [&came, socket] {
+            socket->write("{\"event\":\"state\",\"state\":{}}\n");
+            socket->disconnectFromServer();
+            ++came;
+        });
+    });
+    client->start();
+    ASSERT_TRUE(eventually([&] { return came >= 3; }));
+    EXPECT_EQ(trace, QStringList(QStringLiteral("lost")));
 }
 
 TEST_F(LocalClient, AQuietHostIsAskedAndKept)

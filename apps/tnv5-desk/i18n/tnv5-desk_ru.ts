@@ -11,6 +11,18 @@
         <source>Gate %1 was not opened: %2</source>
         <translation>Проход %1 не открыт: %2</translation>
     </message>
+    <message>
+        <source>Gate %1: the command to open was given.</source>
+        <translation>Проход %1: команда открыть отправлена.</translation>
+    </message>
+    <message>
+        <source>Gate %1: not known whether it was opened, the connection was lost.</source>
+        <translation>Проход %1: неизвестно, открыт ли он, связь потеряна.</translation>
+    </message>
+    <message>
+        <source>no reason given</source>
+        <translation>причина не указана</translation>
+    </message>
 </context>
 <context>
     <name>tnv5::desk::TEquipment</name>
@@ -144,6 +156,14 @@
         <source>Open %1 (%2)</source>
         <translation>Открыть %1 (%2)</translation>
     </message>
+    <message>
+        <source>There are no gates in the section &quot;Gates&quot; of %1.</source>
+        <translation>В файле %1 нет проходов в разделе «Gates».</translation>
+    </message>
+    <message>
+        <source>%1 cannot be read.</source>
+        <translation>Файл %1 не удаётся прочитать.</translation>
+    </message>
 </context>
 <context>
     <name>tnv5::desk::TLogModel</name>
@@ -193,14 +213,6 @@
 </context>
 <context>
     <name>tnv5::desk::TMainWindow</name>
-    <message>
-        <source>Gate %1: the command to open was given.</source>
-        <translation>Проход %1: команда открыть отправлена.</translation>
-    </message>
-    <message>
-        <source>Gate %1 was not opened: %2</source>
-        <translation>Проход %1 не открыт: %2</translation>
-    </message>
     <message>
         <source>G&amp;ate</source>
         <translation>&amp;Проход</translation>
@@ -252,6 +264,10 @@
     <message>
         <source>Inside: %1</source>
         <translation>Внутри: %1</translation>
+    </message>
+    <message>
+        <source>Gate %1 is not in this club.</source>
+        <translation>Прохода %1 нет в этом клубе.</translation>
     </message>
 </context>
 <context>
@@ -481,6 +497,46 @@
     <message>
         <source>may pass</source>
         <translation>можно пройти</translation>
+    </message>
+    <message>
+        <source>not in this club</source>
+        <translation>нет в клубе</translation>
+    </message>
+    <message>
+        <source>No host answers at %1: %2</source>
+        <translation>По адресу %1 хост не отвечает: %2</translation>
+    </message>
+    <message>
+        <source>The host at %1 has not answered for %2 seconds.</source>
+        <translation>Хост по адресу %1 не отвечает уже %2 с.</translation>
+    </message>
+    <message>
+        <source>The connection to the host is lost.</source>
+        <translation>Соединение с хостом потеряно.</translation>
+    </message>
+    <message>
+        <source>What came from %1 is not from a host.</source>
+        <translation>По адресу %1 отвечает не хост.</translation>
+    </message>
+    <message>
+        <source>Too many programs are connected to this host.</source>
+        <translation>К этому хосту подключено слишком много программ.</translation>
+    </message>
+    <message>
+        <source>there is no such socket</source>
+        <translation>такого сокета нет</translation>
+    </message>
+    <message>
+        <source>the host that listened there has ended</source>
+        <translation>хост, который здесь слушал, завершился</translation>
+    </message>
+    <message>
+        <source>permission denied</source>
+        <translation>нет доступа</translation>
+    </message>
+    <message>
+        <source>Several hosts are here, choose one with --socket:</source>
+        <translation>Здесь несколько хостов, выберите один через --socket:</translation>
     </message>
 </context>
 </TS>

@@ -11,6 +11,18 @@
         <source>Gate %1 was not opened: %2</source>
         <translation>Прохід %1 не відчинено: %2</translation>
     </message>
+    <message>
+        <source>Gate %1: the command to open was given.</source>
+        <translation>Прохід %1: команду відчинити надіслано.</translation>
+    </message>
+    <message>
+        <source>Gate %1: not known whether it was opened, the connection was lost.</source>
+        <translation>Прохід %1: невідомо, чи його відчинено, зв’язок утрачено.</translation>
+    </message>
+    <message>
+        <source>no reason given</source>
+        <translation>причину не вказано</translation>
+    </message>
 </context>
 <context>
     <name>tnv5::desk::TEquipment</name>
@@ -144,6 +156,14 @@
         <source>Open %1 (%2)</source>
         <translation>Відчинити %1 (%2)</translation>
     </message>
+    <message>
+        <source>There are no gates in the section &quot;Gates&quot; of %1.</source>
+        <translation>У файлі %1 немає проходів у розділі «Gates».</translation>
+    </message>
+    <message>
+        <source>%1 cannot be read.</source>
+        <translation>Файл %1 не вдається прочитати.</translation>
+    </message>
 </context>
 <context>
     <name>tnv5::desk::TLogModel</name>
@@ -193,14 +213,6 @@
 </context>
 <context>
     <name>tnv5::desk::TMainWindow</name>
-    <message>
-        <source>Gate %1: the command to open was given.</source>
-        <translation>Прохід %1: команду відчинити надіслано.</translation>
-    </message>
-    <message>
-        <source>Gate %1 was not opened: %2</source>
-        <translation>Прохід %1 не відчинено: %2</translation>
-    </message>
     <message>
         <source>G&amp;ate</source>
         <translation>&amp;Прохід</translation>
@@ -252,6 +264,10 @@
     <message>
         <source>Inside: %1</source>
         <translation>Усередині: %1</translation>
+    </message>
+    <message>
+        <source>Gate %1 is not in this club.</source>
+        <translation>Проходу %1 немає в цьому клубі.</translation>
     </message>
 </context>
 <context>
@@ -481,6 +497,46 @@
     <message>
         <source>may pass</source>
         <translation>можна пройти</translation>
+    </message>
+    <message>
+        <source>not in this club</source>
+        <translation>немає в клубі</translation>
+    </message>
+    <message>
+        <source>No host answers at %1: %2</source>
+        <translation>За адресою %1 хост не відповідає: %2</translation>
+    </message>
+    <message>
+        <source>The host at %1 has not answered for %2 seconds.</source>
+        <translation>Хост за адресою %1 не відповідає вже %2 с.</translation>
+    </message>
+    <message>
+        <source>The connection to the host is lost.</source>
+        <translation>З’єднання з хостом утрачено.</translation>
+    </message>
+    <message>
+        <source>What came from %1 is not from a host.</source>
+        <translation>За адресою %1 відповідає не хост.</translation>
+    </message>
+    <message>
+        <source>Too many programs are connected to this host.</source>
+        <translation>До цього хоста під’єднано забагато програм.</translation>
+    </message>
+    <message>
+        <source>there is no such socket</source>
+        <translation>такого сокета немає</translation>
+    </message>
+    <message>
+        <source>the host that listened there has ended</source>
+        <translation>хост, що тут слухав, завершився</translation>
+    </message>
+    <message>
+        <source>permission denied</source>
+        <translation>немає доступу</translation>
+    </message>
+    <message>
+        <source>Several hosts are here, choose one with --socket:</source>
+        <translation>Тут кілька хостів, оберіть один через --socket:</translation>
     </message>
 </context>
 </TS>

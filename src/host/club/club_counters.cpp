@@ -69,13 +69,13 @@ TClubTerminal::TClubTerminal(TClubSite& site, const TTerminalPlan& plan)
     FPos.SetComport(&FPort.port());
     FPos.SetUpComport();
     FCounter.OnOutcome = [this](const TPayment& payment) {
-        FCents = 0;
-        FStage = toText(payment.outcome);
+        showStage(toText(payment.outcome));
+        FCents = FCounter.waiting() ? FCents : 0;
         FSite.log.info(FPlan.name, logLine(payment));
         FSite.tell(paymentEvent(payment));
     };
     FCounter.OnStep = [this](const QString& text) {
-        FStage = text;
+        showStage(text);
         FSite.log.info(FPlan.name, text);
     };
     FCounter.OnTrouble = [this](const QString& text) {
@@ -99,10 +99,27 @@ QString TClubTerminal::pay(qint64 cents)
     return {};
 }
 
+void TClubTerminal::cancel()
+{
+    if (FCounter.waiting()) { // nothing will be told of it
+        FCents = 0;
+        FStage.clear();
+    }
+    FCounter.cancel();
+}
+
+// A late answer to the payment before is not about the one that waits.
+void TClubTerminal::showStage(const QString& text)
+{
+    if (!FCounter.waiting()) {
+        FStage = text;
+    }
+}
+
+// The amount stays until the outcome is told: between the bank's answer and its acknowledgement, too.
 QJsonObject TClubTerminal::state() const
 {
-    const bool busy = FCounter.waiting() || FCounter.underWay();
-    return {{"name", FPlan.name}, {"line", FPlan.name}, {"cents", busy ? FCents : 0}, {"stage", FStage}};
+    return {{"name", FPlan.name}, {"line", FPlan.name}, {"cents", FCents}, {"stage", FStage}};
 }
 
 } // namespace tnv5::host

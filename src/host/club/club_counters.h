@@ -42,18 +42,20 @@ public:
     /// The terminal's next request gets this amount. @return "" or why not
     QString pay(qint64 cents);
     /// Withdraws an order, or refuses the next step of the payment under way.
-    void cancel() { FCounter.cancel(); }
+    void cancel();
     /// Payments whose outcome is not in the books.
     qsizetype unwritten() const { return FCounter.unwritten(); }
     QJsonObject state() const;
 
 private:
+    void showStage(const QString& text);
+
     TClubSite& FSite;
     TTerminalPlan FPlan;
     TClubPort FPort;
     bank::TBankPos FPos;
     TPaymentCounter FCounter;
-    qint64 FCents = 0;
+    qint64 FCents = 0; // of the payment that is ordered or under way
     QString FStage;
     QString FTold;
 };

@@ -6,6 +6,7 @@
 #include "tnv5/platform/errors.h"
 
 #include <QDeadlineTimer>
+#include <QFileInfo>
 #include <QLocalSocket>
 #include <QPointer>
 #include <QTimer>
@@ -32,10 +33,17 @@ QString whyNot(const QLocalSocket& socket)
     }
 }
 
+// Qt looks for a name without a slash in the folder for temporary files.
+QString absolute(const QString& path)
+{
+    return QFileInfo(path).absoluteFilePath();
+}
+
 } // namespace
 
-QJsonObject askHost(const QString& path, const QJsonObject& request, int timeoutMs)
+QJsonObject askHost(const QString& socketPath, const QJsonObject& request, int timeoutMs)
 {
+    const QString path = absolute(socketPath);
     const QDeadlineTimer deadline(timeoutMs);
     const auto left = [&deadline] { return static_cast<int>(deadline.remainingTime()); };
     QLocalSocket socket;
@@ -73,7 +81,7 @@ QJsonObject askHost(const QString& path, const QJsonObject& request, int timeout
 class TLocalClient::TLink final : public QObject
 {
 public:
-    TLink(TLocalClient& owner, QString path);
+    TLink(TLocalClient& owner, const QString& path, TFindPath find);
 
     void start();
     void stop();
@@ -81,17 +89,19 @@ public:
     /// The client goes.
     void letGo();
 
-    const QString Path;
+    QString Path;
     bool Connected = false;
 
 private:
     void tryConnect();
+    bool findPath();
     void greet();
     void read();
     void onLine(const QByteArray& line);
     void onAnswer(qint64 id, const QJsonObject& answer);
     void lookWhetherAlive();
     void lost(const QString& why);
+    void failed(const QString& why);
     void close();
     void send(QJsonObject request, TAnswer answer);
 
@@ -107,6 +117,7 @@ private:
     }
 
     TLocalClient* FOwner;
+    TFindPath FFind; // none: where it is, is known
     QLocalSocket* FSocket = nullptr;
     QTimer FRetry;
     QTimer FAlive;
@@ -120,7 +131,8 @@ private:
     QString FWhyNot;     // told
 };
 
-TLocalClient::TLink::TLink(TLocalClient& owner, QString path) : Path(std::move(path)), FOwner(&owner)
+TLocalClient::TLink::TLink(TLocalClient& owner, const QString& path, TFindPath find)
+    : Path(path.isEmpty() ? path : absolute(path)), FOwner(&owner), FFind(std::move(find))
 {
     FRetry.setSingleShot(true);
     connect(&FRetry, &QTimer::timeout, this, [this] { tryConnect(); });
@@ -154,8 +166,24 @@ void TLocalClient::TLink::letGo()
     }
 }
 
+bool TLocalClient::TLink::findPath()
+{
+    try {
+        if (FFind) {
+            Path = absolute(FFind());
+        }
+        return true;
+    } catch (...) {
+        failed(platform::exceptionMessage());
+    }
+    return false;
+}
+
 void TLocalClient::TLink::tryConnect()
 {
+    if (!findPath()) {
+        return;
+    }
     FLines = {};
     FHeard = FAsked = false;
     FSocket = new QLocalSocket(this);
@@ -179,7 +207,6 @@ void TLocalClient::TLink::tryConnect()
 
 void TLocalClient::TLink::greet()
 {
-    FAsked = true;
     send({{QStringLiteral("do"), QStringLiteral("watch")}, {QStringLiteral("pictures"), FOwner->Pictures}},
          [this](const QJsonObject& answer) {
              if (FOwner == nullptr || FSocket == nullptr) {
@@ -190,6 +217,7 @@ void TLocalClient::TLink::greet()
                  return;
              }
              Connected = true;
+             FFind = nullptr;
              FWhyNot.clear();
              FPauseMs = kFirstPauseMs;
              call(FOwner->OnConnected);
@@ -220,7 +248,9 @@ void TLocalClient::TLink::onLine(const QByteArray& line)
     if (!object) {
         lost(local_texts::kJunk.arg(Path));
     } else if (object->contains(u"event")) {
-        call(FOwner->OnEvent, *object);
+        if (Connected) { // who has not answered yet is not known to be a host
+            call(FOwner->OnEvent, *object);
+        }
     } else if (object->value(u"id").isDouble()) {
         onAnswer(object->value(u"id").toInteger(), *object);
     } else {
@@ -252,9 +282,13 @@ void TLocalClient::TLink::lookWhetherAlive()
 
 void TLocalClient::TLink::lost(const QString& why)
 {
-    if (FSocket == nullptr) {
-        return;
+    if (FSocket != nullptr) {
+        failed(why);
     }
+}
+
+void TLocalClient::TLink::failed(const QString& why)
+{
     FRetry.start(FPauseMs);
     FPauseMs = std::min(FPauseMs * 2, kLongestPauseMs);
     const QPointer<TLink> self(this);
@@ -275,10 +309,12 @@ void TLocalClient::TLink::close()
         FSocket->abort();
         std::exchange(FSocket, nullptr)->deleteLater();
     }
+    QJsonObject unknown = refusal(local_texts::kLost);
+    unknown.insert(u"unknown", true);
     ++FCalls;
     for (const auto& [id, answer] : std::exchange(FOpen, {})) {
         if (FOwner != nullptr) {
-            call(answer, refusal(local_texts::kLost));
+            call(answer, unknown);
         }
     }
     --FCalls;
@@ -306,7 +342,9 @@ void TLocalClient::TLink::ask(QJsonObject request, TAnswer answer)
     });
 }
 
-TLocalClient::TLocalClient(const QString& path) : F(new TLink(*this, path)) {}
+TLocalClient::TLocalClient(const QString& path) : F(new TLink(*this, path, {})) {}
+
+TLocalClient::TLocalClient(TFindPath find) : F(new TLink(*this, {}, std::move(find))) {}
 
 TLocalClient::~TLocalClient()
 {

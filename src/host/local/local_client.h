@@ -22,7 +22,7 @@ QJsonObject askHost(const QString& path, const QJsonObject& request, int timeout
 ///     }); host.start();
 ///
 /// A host that says nothing for `PatienceMs`, although it was asked, counts as lost. The hooks may ask, stop
-/// and destroy the client.
+/// and destroy the client. Events come only while it is connected.
 class TLocalClient
 {
 public:
@@ -30,15 +30,24 @@ public:
     static constexpr int kLongestPauseMs = 2'000;
     static constexpr int kMaxOpen = 256; ///< questions without an answer yet
 
-    /// An answer; "ok" is false and "error" says why when none came.
+    /// An answer; "ok" is false and "error" says why when none came. "unknown" is true then when the question
+    /// had been sent: whether the host has done it is not known.
     using TAnswer = std::function<void(const QJsonObject& answer)>;
+    /// Says where the host listens. What it raises is why it cannot be said now. It must not destroy the
+    /// client.
+    using TFindPath = std::function<QString()>;
 
     explicit TLocalClient(const QString& path);
+    /// For a host that may begin later, and elsewhere: `find` is asked before each try. Where a host has once
+    /// been met it is looked for from then on, so that nobody is led to another club.
+    explicit TLocalClient(TFindPath find);
     /// Nobody is told of it, and what was asked gets no answer.
     ~TLocalClient();
     TLocalClient(const TLocalClient&) = delete;
     TLocalClient& operator=(const TLocalClient&) = delete;
 
+    /// Where the host was looked for last, as an absolute path; empty before the first try of a client that
+    /// has to find it.
     const QString& path() const;
     /// Connects, and connects again whenever it has to.
     void start();

@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLocalSocket>
 #include <array>
 #include <cerrno>
 #include <fcntl.h>
@@ -21,6 +22,7 @@ namespace {
 
 constexpr mode_t kFolderMode = 0750; // the group may come to the socket
 constexpr mode_t kLockMode = 0600;
+constexpr int kAnswerMs = 200; // for the system, not for the host
 
 QString usualFolder()
 {
@@ -70,6 +72,17 @@ QStringList usualSockets()
         }
     }
     return found;
+}
+
+QStringList answeringSockets(const QStringList& sockets)
+{
+    QStringList answering = sockets;
+    answering.removeIf([](const QString& path) {
+        QLocalSocket socket;
+        socket.connectToServer(path);
+        return !socket.waitForConnected(kAnswerMs);
+    });
+    return answering;
 }
 
 void makeSocketFolder(const QString& socket)

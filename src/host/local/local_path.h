@@ -12,6 +12,10 @@ QString usualSocket(const QString& club);
 /// Sockets where hosts usually listen, in the order of their names; whether anybody answers is not looked at.
 QStringList usualSockets();
 
+/// Those of some sockets at which somebody answers, in their order; a host that was killed leaves one at
+/// which nobody does.
+QStringList answeringSockets(const QStringList& sockets);
+
 /// The folder of a socket, made when it is not there.
 /// @throws platform::Exception
 void makeSocketFolder(const QString& socket);
