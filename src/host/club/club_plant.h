@@ -63,6 +63,7 @@ private:
     void enterLamps();
     void tellOfLostLamps();
     QStringList lampsInUse(const TClubPlan& plan);
+    QStringList countersInUse(const TClubPlan& plan) const;
     void apply(const TClubPlan& plan);
     void dropWhatIsGone(const TClubPlan& plan);
     void addWhatIsNew(const TClubPlan& plan);
@@ -93,6 +94,7 @@ private:
     QString FBooksTrouble;              // what a start must write is not written yet
     std::optional<qint64> FLastPayment; // in the books when the host began
     bool FAbandonedClosed = false;
+    bool FLampsWait = false; // for their books
     qint64 FStartedMs = 0;
     qint64 FLost = 0; // payments
     bool FRunning = false;

@@ -36,6 +36,8 @@ void TClubPlant::beginBooks(int patienceMs)
         FLog.info({}, QStringLiteral("the books are written now"));
         enterLamps();
         changed();
+    } else if (FLampsWait) {
+        enterLamps();
     }
 }
 
@@ -65,8 +67,15 @@ void TClubPlant::enterLamps()
         for (const auto& [name, bus] : FBuses) {
             bus->setLamps(lamps);
         }
+        if (std::exchange(FLampsWait, false)) {
+            FLog.info({}, QStringLiteral("the books of the lamps are read now"));
+        }
     } catch (const EDatabase& error) {
-        FLog.error({}, QStringLiteral("the books of the lamps cannot be read: ") + error.message());
+        if (!std::exchange(FLampsWait, true)) {
+            FLog.error({}, QStringLiteral("the books of the lamps cannot be read, it will be tried again: ") +
+                               error.message());
+        }
+        FBeginBooks.SetEnabled(true);
     }
 }
 
