@@ -127,6 +127,33 @@ TEST_F(TClubReload, ALampThatIsPaidForStays)
     EXPECT_TRUE(host::TLampBooks(books).open().isEmpty());
 }
 
+TEST_F(TClubReload, LampsOfAnotherHostOnTheSameBooksAreNotLost)
+{
+    const auto run = start();
+    lightUp();
+    sim::TPty backPty(QStringLiteral("back"));
+    const QStringList words = {QStringLiteral("run"),
+                               QStringLiteral("--port"),
+                               backPty.path(),
+                               QStringLiteral("--db"),
+                               database,
+                               QStringLiteral("--gates"),
+                               QStringLiteral("11A:hall:in")};
+    {
+        TProgramRun second(QStringLiteral(TNV5_PROGRAM), words);
+        EXPECT_TRUE(eventually([&] { return backPty.opened(); })) << qUtf8Printable(second.complaints());
+        second.stop();
+        EXPECT_EQ(second.exitCode(), 0);
+        EXPECT_FALSE(second.output().contains(QStringLiteral("Sun, which is not in the file")))
+            << qUtf8Printable(second.output());
+    }
+    ASSERT_EQ(kill(pid_t(run->pid()), SIGKILL), 0);
+    EXPECT_EQ(run->exitCode(), -1);
+    EXPECT_TRUE(eventually([&] { return !backPty.opened(); }));
+    TProgramRun third(QStringLiteral(TNV5_PROGRAM), words);
+    EXPECT_TRUE(third.says(QStringLiteral("Sun, which is not in the file"))) << "nobody has it now";
+}
+
 TEST_F(TClubReload, AScaleThatWaitsForGoodsStays)
 {
     const auto run = start();

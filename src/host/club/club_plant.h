@@ -59,6 +59,7 @@ public:
 private:
     void beginBooks(int patienceMs);
     void closeAbandoned(int patienceMs);
+    bool anotherHostLives();
     void enterIntoBooks(const TClubPlan& plan);
     void enterLamps();
     void tellOfLostLamps();
@@ -94,6 +95,7 @@ private:
     QString FBooksTrouble;              // what a start must write is not written yet
     std::optional<qint64> FLastPayment; // in the books when the host began
     bool FAbandonedClosed = false;
+    bool FOtherHost = false; // when this one began
     bool FLampsWait = false; // for their books
     qint64 FStartedMs = 0;
     qint64 FLost = 0; // payments
