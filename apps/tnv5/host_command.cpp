@@ -2,6 +2,7 @@
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
 #include "tnv5/host/card_payment.h"
+#include "tnv5/host/club.h"
 #include "tnv5/host/club/club_file.h"
 #include "tnv5/host/local/local_client.h"
 #include "tnv5/host/local/local_path.h"
@@ -131,6 +132,55 @@ void printGates(const QJsonObject& state)
     }
 }
 
+/// A scale, a terminal or a lamp, and how it is.
+void printUnit(const char* kind, const QJsonObject& unit, QStringList how)
+{
+    how.removeAll(QString());
+    print(QStringLiteral("  %1  %2  %3")
+              .arg(QLatin1String(kind), -8)
+              .arg(unit.value(u"name").toString(), -12)
+              .arg(how.join(QStringLiteral(", "))));
+}
+
+void printScale(const QJsonObject& scale)
+{
+    const QJsonValue grams = scale.value(u"grams");
+    printUnit("scale", scale,
+              {grams.isNull() ? QStringLiteral("no weight") : QStringLiteral("%1 g").arg(grams.toInteger()),
+               scale.value(u"waiting").toBool() ? QStringLiteral("an order waits") : QString()});
+}
+
+void printTerminal(const QJsonObject& terminal)
+{
+    const qint64 cents = terminal.value(u"cents").toInteger();
+    const QString stage = terminal.value(u"stage").toString();
+    printUnit("terminal", terminal,
+              {cents == 0 ? QString() : host::amountText(cents),
+               stage.isEmpty() ? QStringLiteral("nothing ordered") : stage});
+}
+
+void printLamp(const QJsonObject& lamp)
+{
+    const qint64 seconds = lamp.value(u"secondsLeft").toInteger();
+    const QString left = QStringLiteral("%1:%2 left").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar(u'0'));
+    printUnit("lamp", lamp,
+              {lamp.value(u"on").toBool() ? QStringLiteral("on") : QStringLiteral("off"),
+               lamp.value(u"holder").toString(), seconds == 0 ? QString() : left});
+}
+
+void printUnits(const QJsonObject& state)
+{
+    for (const auto& scale : state.value(u"scales").toArray()) {
+        printScale(scale.toObject());
+    }
+    for (const auto& terminal : state.value(u"terminals").toArray()) {
+        printTerminal(terminal.toObject());
+    }
+    for (const auto& lamp : state.value(u"lamps").toArray()) {
+        printLamp(lamp.toObject());
+    }
+}
+
 int status(const THostOptions& options)
 {
     const QJsonObject state = ask(options, {{"do", "status"}}).value(u"state").toObject();
@@ -147,6 +197,7 @@ int status(const THostOptions& options)
               .arg(state.value(u"journalWaiting").toInteger()));
     printLines(state);
     printGates(state);
+    printUnits(state);
     for (const auto& trouble : state.value(u"troubles").toArray()) {
         print(QStringLiteral("! ") + trouble.toString(), TColour::Red);
     }

@@ -19,9 +19,10 @@ QString displayText(const TPass& pass)
 TD24Host::TD24Host(d24::TTurnStylerDeviceD24& device, TClubDesk& desk) : FDevice(&device), FDesk(desk)
 {
     device.SetOnCheckSQL([this](platform::TComponent*, const QVariant&, const QVariant& address,
-                                const QVariant&, const QVariant& card, const QVariant&, QImage&,
+                                const QVariant& type, const QVariant& card, const QVariant&, QImage&,
                                 const QVariant& mode, QVariant& mess, QVariant& result) {
-        onCheck(address.toString(), card.toString(), mode.toInt(), mess, result);
+        const bool passed = mode == d24::cmNoAnswer && passesUntold(address.toString(), type.toString());
+        onCheck(address.toString(), card.toString(), passed ? d24::cmFinish : mode.toInt(), mess, result);
     });
     device.SetOnGetImg(
         [this](platform::TComponent*, const QString& address, QImage& image) { onImage(address, image); });
@@ -55,6 +56,15 @@ void TD24Host::onCheck(const QString& address, const QString& card, int mode, QV
         result = 1;
         endFor(Keeping, FDesk, address, card, *ending);
     }
+}
+
+bool TD24Host::passesUntold(const QString& address, const QString& type) const
+{
+    if (type != u"G") {
+        return false;
+    }
+    const d24::PRFidInfo record = FDevice->StackItem(FDevice->p_hw_FindDevice(QString(), address));
+    return !FDevice->CheckET() || (record && record->Finish);
 }
 
 void TD24Host::onImage(const QString& address, QImage& image)

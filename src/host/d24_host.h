@@ -19,6 +19,9 @@ QString displayText(const TPass& pass);
 ///     gates.SetConnector(&connector);
 ///     TD24Host host(gates, desk);
 ///
+/// A gate of type "G" tells nothing about a passage, and the component ends its passes as not answered: who
+/// may enter there has passed, unless the component waits for confirmations (`CheckET`) and got none.
+///
 /// It takes the component's `OnCheckSQL`, `OnGetImg` and `OnError`. A gate of the database is one controller,
 /// its address the four characters of the controller. The desk must outlive the host; the component may go
 /// first.
@@ -38,6 +41,7 @@ public:
 
 private:
     void onCheck(const QString& address, const QString& card, int mode, QVariant& mess, QVariant& result);
+    bool passesUntold(const QString& address, const QString& type) const;
     void onImage(const QString& address, QImage& image);
 
     QPointer<d24::TTurnStylerDeviceD24> FDevice;

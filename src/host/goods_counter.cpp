@@ -1,5 +1,7 @@
 #include "tnv5/host/goods_counter.h"
 
+#include <algorithm>
+
 namespace tnv5::host {
 
 TGoodsCounter::TGoodsCounter(scales::TScalesDevice& scales, TDatabase& database)
@@ -20,6 +22,7 @@ TGoodsCounter::TGoodsCounter(scales::TScalesDevice& scales, TDatabase& database)
 
 TGoodsCounter::~TGoodsCounter()
 {
+    OnTrouble = nullptr; // whoever hears it may be going, too
     close();
     FScales.SetOnError(nullptr);
 }
@@ -27,9 +30,13 @@ TGoodsCounter::~TGoodsCounter()
 void TGoodsCounter::close()
 {
     FReader.stop();
-    FOrder.reset();
     FGrams.reset();
     FSteady = false;
+    FEmptyReadings = 0;
+    if (const auto order = std::exchange(FOrder, std::nullopt)) {
+        tell(QStringLiteral("nothing is weighed any more: the order of %1 for %2 is withdrawn")
+                 .arg(order->name, order->product));
+    }
 }
 
 bool TGoodsCounter::sell(const QString& card, const QString& product)
@@ -62,8 +69,9 @@ void TGoodsCounter::onReading(int weight)
     const bool fault = std::exchange(FFault, false);
     FGrams = weight;
     FSteady = false;
-    FEmpty = weight == 0 && !fault; // a scale that is overloaded has no weight to tell either
-    if (FEmpty) {
+    const bool nothing = weight == 0 && !fault; // a scale that is overloaded has no weight to tell either
+    FEmptyReadings = nothing ? std::min(FEmptyReadings + 1, TScaleReader::kSteadyReadings) : 0;
+    if (empty()) {
         FSold = false;
     }
     if (!fault) {

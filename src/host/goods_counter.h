@@ -12,9 +12,10 @@ namespace tnv5::host {
 ///     counter.open();
 ///     counter.sell("10000001", "apples"); // as soon as what is on the platform has come to rest
 ///
-/// The same goods are never sold twice: after a sale the platform must have been empty before the next one. A
-/// sale that cannot be written is told and tried again with the next steady weight; nothing is charged that
-/// is not in the books, because both are written in one transaction.
+/// The same goods are never sold twice: after a sale the platform must have been empty before the next one,
+/// for `TScaleReader::kSteadyReadings` questions in a row, because a single answer without a weight may be
+/// noise, or goods that are moved. A sale that cannot be written is told and tried again with the next steady
+/// weight; nothing is charged that is not in the books, because both are written in one transaction.
 ///
 /// It takes the scale's `OnError`. Scale and database must outlive the counter; the hooks must not destroy
 /// it.
@@ -28,6 +29,7 @@ public:
 
     /// Begins to read the scale. @throws platform::EComPort
     void open() { FReader.start(); }
+    /// Reads no more; an order that waits is forgotten, and that is told.
     void close();
 
     /// The holder of this card takes what is on the platform.
@@ -39,8 +41,8 @@ public:
     void cancel() { FOrder.reset(); }
     /// An order waits for a steady weight.
     bool waiting() const { return FOrder.has_value(); }
-    /// Nothing is on the platform, as far as the scale has said.
-    bool empty() const { return FEmpty; }
+    /// Nothing is on the platform, as far as the scale has said, and said again.
+    bool empty() const { return FEmptyReadings >= TScaleReader::kSteadyReadings; }
     /// What the scale said last: 0 for an empty platform, for what moves and what is out of range; nothing
     /// before its first answer and while it does not answer.
     std::optional<int> grams() const { return FGrams; }
@@ -64,11 +66,11 @@ private:
     std::optional<TSale> FOrder; // without weight and price
     std::optional<int> FGrams;
     bool FSteady = false;
-    bool FEmpty = false;
-    bool FSold = false;    // what is on the platform has been sold
-    bool FFault = false;   // the scale reported one since its last reading
-    QString FScaleTrouble; // told, and not over yet
-    QString FBooksTrouble; // the same
+    int FEmptyReadings = 0; // in a row
+    bool FSold = false;     // what is on the platform has been sold
+    bool FFault = false;    // the scale reported one since its last reading
+    QString FScaleTrouble;  // told, and not over yet
+    QString FBooksTrouble;  // the same
 };
 
 } // namespace tnv5::host

@@ -10,6 +10,7 @@ namespace tnv5::host {
 namespace {
 
 constexpr int kShortestTimeOut = 1;
+const QString kEnded = QStringLiteral("the program ended meanwhile");
 
 } // namespace
 
@@ -24,7 +25,7 @@ QList<TPayment> recoverPayments(TDatabase& database, qint64 last)
     for (TPayment& payment : payments) {
         payment.outcome = TOutcome::Unknown;
         payment.ended = platform::Now();
-        payment.reason = QStringLiteral("the program ended meanwhile");
+        payment.reason = kEnded;
         database.writePayment(payment);
     }
     transaction.commit();
@@ -93,6 +94,15 @@ void TPaymentCounter::lineLost(const QString& why)
         settle(TOutcome::Unknown, QStringLiteral("the line was lost: ") + why);
     }
     tellOutcome(); // also of an answer that could not be acknowledged
+}
+
+void TPaymentCounter::end()
+{
+    FOrder.reset();
+    if (underWay() || FReversing) {
+        settle(TOutcome::Unknown, kEnded);
+    }
+    tellOutcome();
 }
 
 void TPaymentCounter::onAmount(int& amount, int& discount, bool& apply)

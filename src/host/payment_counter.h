@@ -54,6 +54,8 @@ public:
     void cancel();
     /// The line has gone: a payment under way is unknown.
     void lineLost(const QString& why);
+    /// Nobody looks after the terminal any more: an order is withdrawn, a payment under way is unknown.
+    void end();
 
     /// An order waits for the terminal to ask.
     bool waiting() const { return FOrder.has_value(); }

@@ -44,7 +44,6 @@ TSwitchHost::TSwitchHost(switching::TSwitchDevice& device, TDatabase& database,
             FPlaces[lamp.board + lamp.relay].lamp = lamp;
         }
     }
-    FStartedAt = nowMs();
     load();
     attach();
     FTimer.SetInterval(kLookMs);
@@ -187,7 +186,7 @@ QString TSwitchHost::onNewItem(const QString& board, const QString& relay, const
 void TSwitchHost::onStatus(const QString& board, const QString& status)
 {
     if (status == connector::kPing) {
-        FHeard[board] = nowMs();
+        FHeard[board] = FLooks;
     }
 }
 
@@ -195,6 +194,7 @@ void TSwitchHost::onStatus(const QString& board, const QString& status)
 
 void TSwitchHost::tick()
 {
+    ++FLooks;
     for (auto& [key, place] : FPlaces) {
         place.caution.tick();
     }
@@ -447,13 +447,19 @@ const switching::PRFidInfo& TSwitchHost::jobOf(TPlace& place)
 bool TSwitchHost::answers(const QString& board) const
 {
     const auto heard = FHeard.constFind(board);
-    return heard != FHeard.cend() && FDevice && within(*heard, FDevice->pingdelay() * 1'000LL);
+    return heard != FHeard.cend() && FLooks - *heard < patienceLooks();
+}
+
+/// How long a board may say nothing.
+qint64 TSwitchHost::patienceLooks() const
+{
+    return FDevice ? FDevice->pingdelay() * 1'000LL / kLookMs : 0;
 }
 
 // A host that has just begun cannot know yet.
 bool TSwitchHost::hasGone(const QString& board) const
 {
-    return FDevice && !answers(board) && !within(FStartedAt, FDevice->pingdelay() * 1'000LL);
+    return FDevice && !answers(board) && FLooks >= patienceLooks();
 }
 
 // A lamp whose time runs on a board that does not answer may be on or off: somebody must look.

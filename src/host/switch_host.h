@@ -120,6 +120,7 @@ private:
     TPlace* placeOf(const QString& lamp);
     const switching::PRFidInfo& jobOf(TPlace& place);
     bool answers(const QString& board) const;
+    qint64 patienceLooks() const;
     bool hasGone(const QString& board) const;
     void tell(const QString& text);
     void tellTime(const TLampTime& time);
@@ -129,10 +130,10 @@ private:
     TLampBooks FBooks;
     platform::TTimer FTimer;
     std::map<QString, TPlace> FPlaces; // by board and relay
-    QHash<QString, qint64> FHeard;     // last ping of a board
+    QHash<QString, qint64> FHeard;     // look of the last ping of a board
+    qint64 FLooks = 0;                 // boards are judged by them, not by a clock that may be set
     int FKnownJobs = 0;                // of the component
     qint64 FLoadedAt = 0;
-    qint64 FStartedAt = 0;
     qint64 FFailedAt = 0;  // the books; they are left alone for a moment
     bool FFailing = false; // told, and not over yet
     bool FLooking = false;

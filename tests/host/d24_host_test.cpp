@@ -121,7 +121,23 @@ TEST_F(TD24HostTest, AGateTellsNothingAboutThePassage)
     inject("$0.0.0.0:104GRQ100");
     settle();
     ASSERT_EQ(journal().size(), 1);
+    EXPECT_EQ(journal()[0].ending, TEnding::Passed);
+    EXPECT_TRUE(club.holderOf(QStringLiteral("1"))->member.inside);
+    EXPECT_EQ(device.StackItemsCount(), 0);
+}
+
+TEST_F(TD24HostTest, AGateThatMustConfirmAndDoesNotHasLetNobodyPass)
+{
+    device.SetCheckET(true);
+    inject("$0.0.0.0:104GRQ100");
+    clock.advance(10'000);
+    inject("$0.0.0.0:104GRQ100");
+    ASSERT_EQ(device.StackItemsCount(), 1);
+    device.StackItem(0)->Finish = true; // what the component notes when it hears "ET"
+    settle();
+    ASSERT_EQ(journal().size(), 2);
     EXPECT_EQ(journal()[0].ending, TEnding::Unanswered);
+    EXPECT_EQ(journal()[1].ending, TEnding::Passed) << "it confirmed";
 }
 
 TEST_F(TD24HostTest, ADisplayWithoutAGateHasLetEveryAllowedCardPass)

@@ -77,12 +77,34 @@ TEST_F(TGoodsCounterTest, TheSameGoodsAreNeverSoldTwice)
     EXPECT_FALSE(counter.empty());
 
     load = 0;
-    questions(2);
+    questions(4);
     EXPECT_TRUE(counter.empty());
     load = 500;
     questions(5);
     EXPECT_EQ(sold.size(), 2);
     EXPECT_EQ(balance(), 1'000 - 144 - 160);
+}
+
+TEST_F(TGoodsCounterTest, AnAnswerOrTwoWithoutAWeightIsNoEmptyPlatform)
+{
+    load = 450;
+    counter.sell(kAnnasCard, kApples);
+    questions(5);
+    ASSERT_EQ(sold.size(), 1);
+    for (const int answers : {1, 2, 1, 2}) { // goods that are moved, or noise
+        counter.sell(kAnnasCard, kApples);
+        load = 0;
+        questions(answers);
+        load = 450;
+        questions(5);
+    }
+    EXPECT_EQ(sold.size(), 1);
+    EXPECT_FALSE(counter.empty());
+    load = 0;
+    questions(TScaleReader::kSteadyReadings);
+    load = 450;
+    questions(5);
+    EXPECT_EQ(sold.size(), 2);
 }
 
 TEST_F(TGoodsCounterTest, AnOverloadIsToldOnceAndNothingIsSold)
@@ -180,7 +202,7 @@ TEST_F(TGoodsCounterTest, AHandlerOfASaleMayOrderAgainOrClose)
     counter.sell(kAnnasCard, kApples);
     questions(5);
     load = 0;
-    questions(2);
+    questions(4);
     load = 450;
     questions(20);
     EXPECT_EQ(sold.size(), 2);
@@ -194,6 +216,10 @@ TEST_F(TGoodsCounterTest, ClosedItSellsNothing)
     questions(10);
     EXPECT_EQ(sold.size(), 0);
     EXPECT_FALSE(counter.waiting());
+    EXPECT_EQ(troubles, QStringList(QStringLiteral(
+                            "nothing is weighed any more: the order of Anna Berg for apples is withdrawn")));
+    counter.close();
+    EXPECT_EQ(troubles.size(), 1);
 }
 
 } // namespace

@@ -225,6 +225,22 @@ TEST_F(TPaymentTest, LostLineIsUnknown)
     EXPECT_EQ(rows().size(), 1);
 }
 
+TEST_F(TPaymentTest, NobodyLooksAfterTheTerminalAnyMore)
+{
+    counter.order(100);
+    counter.end();
+    EXPECT_FALSE(counter.waiting());
+    EXPECT_TRUE(outcomes.isEmpty());
+    acceptCard();
+    counter.end();
+    EXPECT_EQ(outcomes.join(u' '), "unknown");
+    EXPECT_EQ(outcome(), "unknown");
+    EXPECT_EQ(rows().last().reason, "the program ended meanwhile");
+    EXPECT_FALSE(counter.underWay());
+    counter.end();
+    EXPECT_EQ(outcomes.size(), 1);
+}
+
 TEST_F(TPaymentTest, CancelledAtTheDesk)
 {
     counter.order(100);

@@ -321,6 +321,27 @@ TEST_F(TSwitchHostTest, NothingIsSoldOnABoardThatHasGone)
     EXPECT_TRUE(host->sell(kAnna, kSun1, 5));
 }
 
+TEST_F(TSwitchHostTest, AClockThatIsSetMakesNoBoardGoneOrAlive)
+{
+    constexpr qint64 kHour = 3'600'000;
+    for (const qint64 jump : {kHour, -2 * kHour}) {
+        clock.jumpTo(clock.nowMs() + jump);
+        EXPECT_TRUE(host->lamps()[0].answers) << jump;
+        EXPECT_TRUE(host->sell(kAnna, kSun1, 1)) << jump;
+        minutes(2);
+    }
+    EXPECT_EQ(times().last().ending, TLampEnding::Over);
+    EXPECT_EQ(switched, QStringList({kOn1, kOff1, kOn1, kOff1}));
+    EXPECT_EQ(troubles, QStringList());
+
+    bus.setFaults(k100A, {.Dead = true});
+    seconds(1);
+    clock.jumpTo(clock.nowMs() - kHour);
+    seconds(20);
+    EXPECT_FALSE(host->lamps()[0].answers) << "nobody hears it for an hour";
+    EXPECT_FALSE(host->sell(kAnna, kSun1, 1));
+}
+
 class TSwitchHostSilence : public TLampFixture
 {
 };

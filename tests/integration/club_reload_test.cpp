@@ -1,8 +1,11 @@
 // What a file that is read again may not change, on the real program.
 
 #include "integration/club_site.h"
+#include "sim/bank_terminal.h"
 #include "support/text_printers.h"
 #include "tnv5/host/books/lamp_books.h"
+
+#include <QRegularExpression>
 
 namespace tnv5::integration {
 namespace {
@@ -90,6 +93,10 @@ TEST_F(TClubReload, ALampThatIsPaidForStays)
 {
     const auto run = start();
     lightUp();
+    EXPECT_EQ(command({QStringLiteral("status"), QStringLiteral("--club"), socket}), 0);
+    EXPECT_TRUE(said.contains(
+        QRegularExpression(QStringLiteral("  lamp      Sun           on, Member 1, (5:00|4:5\\d) left\n"))))
+        << qUtf8Printable(said);
     const QByteArray before = text();
     const QByteArray other = "201A\"\nrelay = 2";
     for (const QByteArray& wrong :
@@ -118,6 +125,116 @@ TEST_F(TClubReload, ALampThatIsPaidForStays)
     EXPECT_TRUE(eventually([&] { return reload() == 0; })) << qUtf8Printable(said);
     EXPECT_FALSE(bus.relayOn(QStringLiteral("201A"), 1)) << "it was off before it went";
     EXPECT_TRUE(host::TLampBooks(books).open().isEmpty());
+}
+
+TEST_F(TClubReload, LampsOfAnotherHostOnTheSameBooksAreNotLost)
+{
+    const auto run = start();
+    lightUp();
+    sim::TPty backPty(QStringLiteral("back"));
+    const QStringList words = {QStringLiteral("run"),
+                               QStringLiteral("--port"),
+                               backPty.path(),
+                               QStringLiteral("--db"),
+                               database,
+                               QStringLiteral("--gates"),
+                               QStringLiteral("11A:hall:in")};
+    {
+        TProgramRun second(QStringLiteral(TNV5_PROGRAM), words);
+        EXPECT_TRUE(eventually([&] { return backPty.opened(); })) << qUtf8Printable(second.complaints());
+        second.stop();
+        EXPECT_EQ(second.exitCode(), 0);
+        EXPECT_FALSE(second.output().contains(QStringLiteral("Sun, which is not in the file")))
+            << qUtf8Printable(second.output());
+    }
+    ASSERT_EQ(kill(pid_t(run->pid()), SIGKILL), 0);
+    EXPECT_EQ(run->exitCode(), -1);
+    EXPECT_TRUE(eventually([&] { return !backPty.opened(); }));
+    TProgramRun third(QStringLiteral(TNV5_PROGRAM), words);
+    EXPECT_TRUE(third.says(QStringLiteral("Sun, which is not in the file"))) << "nobody has it now";
+}
+
+TEST_F(TClubReload, AScaleThatWaitsForGoodsStays)
+{
+    const auto run = start();
+    const QByteArray before = text();
+    const auto sell = [this](const QStringList& words) {
+        return command(QStringList(QStringLiteral("sell")) + words +
+                       QStringList({QStringLiteral("--club"), socket}));
+    };
+    EXPECT_EQ(sell({QStringLiteral("goods"), QStringLiteral("fruit"), QStringLiteral("M1"),
+                    QStringLiteral("apples")}),
+              0)
+        << qUtf8Printable(said);
+    for (const QByteArray& wrong : {QByteArray(before).replace("\"fruit\"", "\"meat\""),
+                                    QByteArray(before).replace("type = 2", "type = 3")}) {
+        ASSERT_NE(wrong, before);
+        writeText(wrong);
+        EXPECT_EQ(reload(), 1);
+        EXPECT_TRUE(
+            said.contains(QStringLiteral("fruit waits for goods that are ordered; change it later\n")))
+            << qUtf8Printable(said);
+    }
+    EXPECT_EQ(command({QStringLiteral("status"), QStringLiteral("--club"), socket}), 0);
+    EXPECT_TRUE(said.contains(QStringLiteral("  scale     fruit         "))) << qUtf8Printable(said);
+    EXPECT_TRUE(said.contains(QStringLiteral(", an order waits\n"))) << qUtf8Printable(said);
+    writeText(before + "\n");
+    EXPECT_EQ(reload(), 0) << "it has not changed: " << qUtf8Printable(said);
+
+    scalePty.unplug();
+    EXPECT_TRUE(
+        run->says(QStringLiteral("warning fruit: nothing is weighed any more: the order of Member 1 for "
+                                 "apples is withdrawn")));
+    scalePty.plug();
+    EXPECT_TRUE(works());
+    writeText(QByteArray(before).replace("\"fruit\"", "\"meat\""));
+    EXPECT_EQ(reload(), 0) << qUtf8Printable(said);
+}
+
+TEST_F(TClubReload, ATerminalThatTakesAPaymentStays)
+{
+    sim::TPty barPty(QStringLiteral("bar"));
+    sim::TSimulatedBankTerminal terminal(barPty, 2);
+    writeFile({}, "[[terminal]]\nname = \"bar\"\nport = \"" + barPty.path().toUtf8() + "\"\nversion = 2\n");
+    const QByteArray before = text();
+    const auto run = start();
+    EXPECT_TRUE(eventually([&] { return barPty.opened(); }));
+    const auto sell = [this](const QStringList& words) {
+        return command(QStringList(QStringLiteral("sell")) + words +
+                       QStringList({QStringLiteral("--club"), socket}));
+    };
+    const auto isKept = [&] {
+        for (const QByteArray& wrong : {before.left(before.indexOf("[[terminal]]")),
+                                        QByteArray(before).replace("version = 2", "version = 3")}) {
+            writeText(wrong);
+            EXPECT_EQ(reload(), 1);
+            EXPECT_TRUE(said.contains(QStringLiteral("bar takes a payment; change it later\n")))
+                << qUtf8Printable(said);
+        }
+    };
+    const QStringList amount = {QStringLiteral("amount"), QStringLiteral("bar"), QStringLiteral("12.50")};
+    EXPECT_EQ(sell(amount), 0) << qUtf8Printable(said);
+    isKept();
+    sim::TBankScenario silent;
+    silent.SilentAfterAmount = true;
+    EXPECT_TRUE(eventually([&] { return terminal.begin(silent); }));
+    host::TDatabase books(database);
+    EXPECT_TRUE(eventually([&] { return books.paymentsUnderWay().size() == 1; }));
+    isKept();
+    EXPECT_EQ(sell({QStringLiteral("nothing"), QStringLiteral("bar")}), 1);
+    EXPECT_TRUE(said.contains(QStringLiteral("the payment at bar is under way: "))) << qUtf8Printable(said);
+    EXPECT_EQ(sell(amount), 1) << "until the terminal says something";
+    EXPECT_EQ(command({QStringLiteral("status"), QStringLiteral("--club"), socket}), 0);
+    EXPECT_TRUE(said.contains(QStringLiteral("  terminal  bar           12.50, the amount 12.50 goes")))
+        << qUtf8Printable(said);
+
+    run->stop();
+    EXPECT_EQ(run->exitCode(), 0) << qUtf8Printable(run->complaints());
+    EXPECT_TRUE(run->output().contains(QStringLiteral("warning bar: "))) << qUtf8Printable(run->output());
+    const auto payments = books.paymentsAfter(0, 10);
+    ASSERT_EQ(payments.size(), 1);
+    EXPECT_EQ(payments[0].outcome, host::TOutcome::Unknown);
+    EXPECT_EQ(payments[0].reason, "the program ended meanwhile");
 }
 
 } // namespace

@@ -188,7 +188,8 @@ protected:
             const bool networked = std::any_of(gates.begin(), gates.end(), [&](const QJsonValue& gate) {
                 return gate[u"address"].toString() == u"101T" && gate[u"answering"].toBool();
             });
-            return networked && all(now.value(u"lines"), QLatin1String("open")) &&
+            const bool weighed = !now.value(u"scales")[0][u"grams"].isNull();
+            return networked && weighed && all(now.value(u"lines"), QLatin1String("open")) &&
                    all(now.value(u"gates"), QLatin1String("answering")) &&
                    all(now.value(u"boards"), QLatin1String("answering"));
         });

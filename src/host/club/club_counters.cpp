@@ -30,6 +30,17 @@ TClubScale::TClubScale(TClubSite& site, const TScalePlan& plan)
     FPort.OnLost = [this](const QString&) { FCounter.close(); };
 }
 
+TClubScale::~TClubScale()
+{
+    FCounter.close();
+}
+
+QString TClubScale::inUse() const
+{
+    return FCounter.waiting() ? QStringLiteral("%1 waits for goods that are ordered").arg(FPlan.name)
+                              : QString();
+}
+
 void TClubScale::begin()
 {
     try {
@@ -71,7 +82,11 @@ TClubTerminal::TClubTerminal(TClubSite& site, const TTerminalPlan& plan)
     FCounter.OnOutcome = [this](const TPayment& payment) {
         showStage(toText(payment.outcome));
         FCents = FCounter.waiting() ? FCents : 0;
-        FSite.log.info(FPlan.name, logLine(payment));
+        if (payment.outcome == TOutcome::Unknown) { // somebody must look at the terminal
+            FSite.log.warning(FPlan.name, logLine(payment));
+        } else {
+            FSite.log.info(FPlan.name, logLine(payment));
+        }
         FSite.tell(paymentEvent(payment));
     };
     FCounter.OnStep = [this](const QString& text) {
@@ -83,6 +98,36 @@ TClubTerminal::TClubTerminal(TClubSite& site, const TTerminalPlan& plan)
         FSite.log.warning(FPlan.name, text);
     };
     FPort.OnLost = [this](const QString& why) { FCounter.lineLost(why); };
+}
+
+TClubTerminal::~TClubTerminal()
+{
+    end();
+}
+
+QString TClubTerminal::cancel()
+{
+    if (FCounter.waiting()) { // nothing will be told of it
+        FCents = 0;
+        FStage.clear();
+    }
+    FCounter.cancel();
+    return FCounter.underWay()
+               ? QStringLiteral(
+                     "the payment at %1 is under way: the next step of the terminal will be refused; "
+                     "until it comes, 30 minutes at most, %1 takes no other order")
+                     .arg(FPlan.name)
+               : QString();
+}
+
+QString TClubTerminal::inUse() const
+{
+    if (FCounter.underWay() || FCounter.waiting()) {
+        return QStringLiteral("%1 takes a payment").arg(FPlan.name);
+    }
+    return unwritten() > 0
+               ? QStringLiteral("the outcome of a payment at %1 is not in the books yet").arg(FPlan.name)
+               : QString();
 }
 
 QString TClubTerminal::pay(qint64 cents)
@@ -97,15 +142,6 @@ QString TClubTerminal::pay(qint64 cents)
     FCents = cents;
     FStage = QStringLiteral("waiting until the terminal asks for the amount");
     return {};
-}
-
-void TClubTerminal::cancel()
-{
-    if (FCounter.waiting()) { // nothing will be told of it
-        FCents = 0;
-        FStage.clear();
-    }
-    FCounter.cancel();
 }
 
 // A late answer to the payment before is not about the one that waits.

@@ -11,6 +11,10 @@ class TClubScale
 {
 public:
     TClubScale(TClubSite& site, const TScalePlan& plan);
+    /// An order that waits is withdrawn, and that is in the log.
+    ~TClubScale();
+    TClubScale(const TClubScale&) = delete;
+    TClubScale& operator=(const TClubScale&) = delete;
 
     const TScalePlan& plan() const { return FPlan; }
     TClubPort& port() { return FPort; }
@@ -18,6 +22,8 @@ public:
     QString sell(const QString& card, const QString& product);
     /// Forgets an order that still waits.
     void cancel() { FCounter.cancel(); }
+    /// Why it cannot be taken away now; "" when it can.
+    QString inUse() const;
     QJsonObject state() const;
 
 private:
@@ -36,13 +42,21 @@ class TClubTerminal
 {
 public:
     TClubTerminal(TClubSite& site, const TTerminalPlan& plan);
+    ~TClubTerminal();
+    TClubTerminal(const TClubTerminal&) = delete;
+    TClubTerminal& operator=(const TClubTerminal&) = delete;
 
     const TTerminalPlan& plan() const { return FPlan; }
     TClubPort& port() { return FPort; }
     /// The terminal's next request gets this amount. @return "" or why not
     QString pay(qint64 cents);
     /// Withdraws an order, or refuses the next step of the payment under way.
-    void cancel();
+    /// @return "" or what is not over by that
+    QString cancel();
+    /// Why it cannot be taken away now; "" when it can.
+    QString inUse() const;
+    /// A payment under way is unknown from now on, and that is in the log.
+    void end() { FCounter.end(); }
     /// Payments whose outcome is not in the books.
     qsizetype unwritten() const { return FCounter.unwritten(); }
     QJsonObject state() const;

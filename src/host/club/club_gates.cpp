@@ -66,6 +66,10 @@ QString TClubGates::open(const QString& address, const QString& who, const QStri
     }
     FSite.desk.expectByHand(address, who, reason);
     command(address);
+    // a sweep that ends another pass comes to none behind it
+    for (int left = passes(); left > 0 && FSite.desk.expectsByHand(address); --left) {
+        sweep();
+    }
     return FSite.desk.forgetByHand(address) ? QStringLiteral("%1 could not be told to open").arg(address)
                                             : QString();
 }
@@ -134,14 +138,34 @@ QStringList TClubLine::troubles()
 
 void TClubLine::look()
 {
+    endForgotten();
     serveMonitor(FDevice, FPlan.monitor);
+}
+
+// The component ends the passes of a gate that is neither a turnstile nor the door only when a line of its
+// controller says so: one that is lost would keep the gate for ever. Looks are counted, and not time, so that
+// a clock that is set ends nothing.
+void TClubLine::endForgotten()
+{
+    std::map<turnstile::PRFidInfo, int> looks;
+    for (int index = 0; index < FDevice.StackItemsCount(); ++index) {
+        const turnstile::PRFidInfo pass = FDevice.StackItem(index);
+        const auto before = FLooks.find(pass);
+        looks[pass] = before == FLooks.end() ? 1 : before->second + 1;
+        if (looks[pass] == kPassLooks) {
+            pass->Status = common::kTimeout; // as the component does itself: its next sweep ends the pass
+            FSite.log.warning(FPlan.name, QStringLiteral("%1 tells no end of a pass; it ends as \"%2\"")
+                                              .arg(pass->Device, toText(TEnding::TimedOut)));
+        }
+    }
+    FLooks = std::move(looks);
 }
 
 // As if a card had been read: the component asks the desk, which opens for the pseudo card and journals it.
 void TClubLine::command(const QString& address)
 {
     FDevice.p_hw_ProtocolIn(u'$' + address + u'R' + common::kCardManual);
-    FDevice.p_hw_CallStackArray(); // now, and not at the next tick
+    sweep(); // now, and not at the next tick
 }
 
 // ---- buses
@@ -155,6 +179,7 @@ TClubBus::TClubBus(TClubSite& site, const TLinePlan& plan) : TClubGates(site, pl
         [this](platform::TComponent*, const QString& text) { FSite.log.warning(FPlan.name, text); });
     FDevice.SetConnector(&FConnector);
     FRelays.SetConnector(&FConnector);
+    FPort.OnOpened = [this] { listenAnew(); };
     attach();
     changeMonitor(FDevice, plan.monitor);
     changeMonitor(FRelays, plan.lampMonitor);
@@ -177,8 +202,9 @@ void TClubBus::hear(platform::TComponent* sender, const QString& line)
     if (const auto board = FBoards.find(address); board != FBoards.end()) {
         if (board->heardMs == 0) {
             FSite.log.info(FPlan.name, QStringLiteral("%1 answers").arg(address));
+            FSilent.removeAll(address);
         }
-        *board = {platform::TClock::current().nowMs(), 0};
+        *board = {platform::TClock::current().nowMs(), 0, true};
     }
     if (isRelayBoard(address) && !hasGate(address)) {
         FRelays.OnConnectorData(sender, line);
@@ -187,17 +213,30 @@ void TClubBus::hear(platform::TComponent* sender, const QString& line)
     }
 }
 
+// What a board did before its port went away says nothing of now.
+void TClubBus::listenAnew()
+{
+    for (TBoard& board : FBoards) {
+        board.heard = false;
+        board.silentLooks = 0;
+    }
+}
+
 void TClubBus::tellOfSilence()
 {
     for (auto board = FBoards.begin(); board != FBoards.end(); ++board) {
-        board->silentLooks = std::min(board->silentLooks + 1, kSilentLooks);
+        if (FPort.open()) {
+            board->silentLooks = std::min(board->silentLooks + 1, kSilentLooks);
+        }
         const bool silent = FPort.open() && answering(board.key()) == std::optional(false);
         if (silent == FSilent.contains(board.key())) {
             continue;
         }
         if (silent) {
             FSilent.append(board.key());
-            FSite.log.warning(FPlan.name, QStringLiteral("%1 does not answer any more").arg(board.key()));
+            const QString what = board->heardMs == 0 ? QStringLiteral("%1 has never answered")
+                                                     : QStringLiteral("%1 does not answer any more");
+            FSite.log.warning(FPlan.name, what.arg(board.key()));
         } else if (answering(board.key()).value_or(false)) {
             FSilent.removeAll(board.key());
             FSite.log.info(FPlan.name, QStringLiteral("%1 answers again").arg(board.key()));
@@ -235,8 +274,8 @@ void TClubBus::setLamps(const QList<TLampPlan>& lamps)
     if (mine == FLamps) {
         return;
     }
-    FLampHost.reset();
-    FLamps = mine;
+    FLampHost.reset(); // two at the same relays would take the questions from each other
+    FLamps.clear();
     FLampNames = names;
     if (!mine.isEmpty()) {
         FLampHost = std::make_unique<TSwitchHost>(FRelays, FSite.database, names);
@@ -249,12 +288,16 @@ void TClubBus::setLamps(const QList<TLampPlan>& lamps)
             FSite.log.warning(FPlan.name, text);
         };
     }
+    FLamps = mine; // what could not be made is tried again
 }
 
 QString TClubBus::sellTime(const QString& lamp, const QString& card, int minutes)
 {
     if (!FPort.open()) {
         return FPort.whyNot();
+    }
+    if (!FLampHost) {
+        return QStringLiteral("the books of the lamps cannot be read now");
     }
     FLampTold = QStringLiteral("%1 cannot be switched on").arg(lamp);
     return FLampHost->sell(card, lamp, minutes) ? QString() : FLampTold;
@@ -292,14 +335,17 @@ bool TClubBus::busy(const QString& address) const
 void TClubBus::command(const QString& address)
 {
     FDevice.p_hw_manual(kLink, address, common::kOpen);
-    FDevice.p_hw_CallStackArray(); // now, and not at the next tick
+    sweep(); // now, and not at the next tick
 }
 
 std::optional<bool> TClubBus::answering(const QString& address) const
 {
     const TBoard board = FBoards.value(address);
-    return board.heardMs == 0 ? std::nullopt
-                              : std::optional(FPort.open() && board.silentLooks < kSilentLooks);
+    const bool lately = board.silentLooks < kSilentLooks;
+    if (!board.heard && lately && (FPort.open() || board.heardMs == 0)) {
+        return std::nullopt; // it has not had the time
+    }
+    return FPort.open() && board.heard && lately;
 }
 
 QJsonArray TClubBus::boardsState() const

@@ -37,7 +37,10 @@ protected:
     /// Whether a person is in the gate, and the command that makes it open.
     virtual bool busy(const QString& address) const = 0;
     virtual void command(const QString& address) = 0;
-    /// Nothing: it was never heard, or cannot be known.
+    /// Passes under way at all gates, and a sweep over them, which ends one of them at most.
+    virtual int passes() const = 0;
+    virtual void sweep() = 0;
+    /// Nothing: it cannot be known, or not yet.
     virtual std::optional<bool> answering(const QString& address) const = 0;
     void keep(TGateKeeping& keeping);
 
@@ -51,6 +54,8 @@ protected:
 class TClubLine final : public TClubGates
 {
 public:
+    static constexpr int kPassLooks = 12; ///< of 5 s; the component's own longest time-out is 15 s
+
     TClubLine(TClubSite& site, const TLinePlan& plan);
     void setGates(const QList<TGatePlan>& gates) override;
     void change(const TLinePlan& plan) override;
@@ -60,11 +65,17 @@ public:
 protected:
     bool busy(const QString& address) const override { return FDevice.p_hw_FindDevice(address) >= 0; }
     void command(const QString& address) override;
+    int passes() const override { return FDevice.StackItemsCount(); }
+    void sweep() override { FDevice.p_hw_CallStackArray(); }
     std::optional<bool> answering(const QString&) const override { return std::nullopt; }
 
 private:
+    void endForgotten();
+
     turnstile::TTurnStylerDevice FDevice;
     TClassicHost FHost;
+    std::map<turnstile::PRFidInfo, int> FLooks; // at which a pass was under way; shared, so that a record is
+                                                // not taken for one that was in its place
 };
 
 /// A bus of networked gates and relay boards.
@@ -95,6 +106,8 @@ public:
 protected:
     bool busy(const QString& address) const override;
     void command(const QString& address) override;
+    int passes() const override { return FDevice.StackItemsCount(); }
+    void sweep() override { FDevice.p_hw_CallStackArray(); }
     std::optional<bool> answering(const QString& address) const override;
 
 private:
@@ -104,9 +117,11 @@ private:
     {
         qint64 heardMs = 0; ///< for people; 0: never
         int silentLooks = 0;
+        bool heard = false; ///< since the port was opened
     };
 
     void hear(platform::TComponent* sender, const QString& line);
+    void listenAnew();
     void tellOfSilence();
     void attach();
 
@@ -114,7 +129,7 @@ private:
     d24::TTurnStylerDeviceD24 FDevice;
     TD24Host FHost;
     switching::TSwitchDevice FRelays;
-    std::unique_ptr<TSwitchHost> FLampHost;
+    std::unique_ptr<TSwitchHost> FLampHost; // none while the books of its lamps cannot be read
     QList<TLampPlan> FLamps;
     QStringList FLampNames;
     QString FLampTold;             // by the host of the lamps, while it is asked to sell

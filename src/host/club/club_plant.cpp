@@ -84,6 +84,7 @@ qint64 TClubPlant::close()
     FLook.SetEnabled(false);
     FBeginBooks.SetEnabled(false);
     for (const auto& [name, terminal] : FTerminals) {
+        terminal->end();
         if (const qsizetype unwritten = terminal->unwritten(); unwritten > 0) {
             FLost += unwritten;
             FLog.always(
@@ -117,6 +118,27 @@ QStringList TClubPlant::lampsInUse(const TClubPlan& plan)
         }
     }
     why.removeAll(QString());
+    return why;
+}
+
+/// Why scales and terminals cannot be taken away, or become others, now: what they wait for would be lost.
+QStringList TClubPlant::countersInUse(const TClubPlan& plan) const
+{
+    QStringList why;
+    const auto look = [&why](const auto& units, const auto& plans) {
+        for (const auto& [name, unit] : units) {
+            const auto* const now = find(plans, name);
+            if (now == nullptr || !(*now == unit->plan())) {
+                why << unit->inUse();
+            }
+        }
+    };
+    look(FScales, plan.scales);
+    look(FTerminals, plan.terminals);
+    why.removeAll(QString());
+    for (QString& each : why) {
+        each += QStringLiteral("; change it later");
+    }
     return why;
 }
 
@@ -346,7 +368,7 @@ QString TClubPlant::reload()
     }
     if (wrong.isEmpty()) {
         try {
-            wrong = lampsInUse(file.plan);
+            wrong = lampsInUse(file.plan) + countersInUse(file.plan);
             if (wrong.isEmpty()) {
                 enterIntoBooks(file.plan);
             }
@@ -394,7 +416,9 @@ QString TClubPlant::cancelSale(const QString& device)
     if (const auto scale = FScales.find(device); scale != FScales.end()) {
         scale->second->cancel();
     } else if (const auto terminal = FTerminals.find(device); terminal != FTerminals.end()) {
-        terminal->second->cancel();
+        const QString left = terminal->second->cancel();
+        changed();
+        return left;
     } else {
         return QStringLiteral("there is no scale or terminal \"%1\"").arg(device);
     }

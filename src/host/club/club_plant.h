@@ -59,10 +59,12 @@ public:
 private:
     void beginBooks(int patienceMs);
     void closeAbandoned(int patienceMs);
+    bool anotherHostLives();
     void enterIntoBooks(const TClubPlan& plan);
     void enterLamps();
     void tellOfLostLamps();
     QStringList lampsInUse(const TClubPlan& plan);
+    QStringList countersInUse(const TClubPlan& plan) const;
     void apply(const TClubPlan& plan);
     void dropWhatIsGone(const TClubPlan& plan);
     void addWhatIsNew(const TClubPlan& plan);
@@ -93,6 +95,8 @@ private:
     QString FBooksTrouble;              // what a start must write is not written yet
     std::optional<qint64> FLastPayment; // in the books when the host began
     bool FAbandonedClosed = false;
+    bool FOtherHost = false; // when this one began
+    bool FLampsWait = false; // for their books
     qint64 FStartedMs = 0;
     qint64 FLost = 0; // payments
     bool FRunning = false;

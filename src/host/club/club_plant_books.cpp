@@ -1,5 +1,6 @@
 // What a running club writes into its books by its file, at its start and when the file is read again.
 
+#include "tnv5/host/books/host_locks.h"
 #include "tnv5/host/club/club_plant.h"
 #include "tnv5/host/club/equipment_books.h"
 #include "tnv5/host/local/local_events.h"
@@ -36,6 +37,8 @@ void TClubPlant::beginBooks(int patienceMs)
         FLog.info({}, QStringLiteral("the books are written now"));
         enterLamps();
         changed();
+    } else if (FLampsWait) {
+        enterLamps();
     }
 }
 
@@ -44,6 +47,7 @@ void TClubPlant::closeAbandoned(int patienceMs)
     if (FAbandonedClosed) {
         return;
     }
+    FOtherHost = anotherHostLives(); // before this one is among those who live
     if (const int abandoned = FDatabase.closeAbandoned(patienceMs); abandoned > 0) {
         FLog.warning({}, QStringLiteral(
                              "%1 passes were left open by a host that was killed; they have ended as \"%2\"")
@@ -51,6 +55,15 @@ void TClubPlant::closeAbandoned(int patienceMs)
                              .arg(toText(TEnding::Abandoned)));
     }
     FAbandonedClosed = true;
+}
+
+bool TClubPlant::anotherHostLives()
+{
+    THostLocks locks(FDatabase.fileName());
+    const QList<qint64> hosts = TStatement(FDatabase.connection(), QStringLiteral("SELECT id FROM host"))
+                                    .run()
+                                    .all([](const TRows& row) { return row.value(0).toLongLong(); });
+    return std::any_of(hosts.begin(), hosts.end(), [&locks](qint64 host) { return locks.alive(host); });
 }
 
 /// The lamps get their hosts, which follow the books: one that the books do not have as the file says waits
@@ -65,8 +78,15 @@ void TClubPlant::enterLamps()
         for (const auto& [name, bus] : FBuses) {
             bus->setLamps(lamps);
         }
+        if (std::exchange(FLampsWait, false)) {
+            FLog.info({}, QStringLiteral("the books of the lamps are read now"));
+        }
     } catch (const EDatabase& error) {
-        FLog.error({}, QStringLiteral("the books of the lamps cannot be read: ") + error.message());
+        if (!std::exchange(FLampsWait, true)) {
+            FLog.error({}, QStringLiteral("the books of the lamps cannot be read, it will be tried again: ") +
+                               error.message());
+        }
+        FBeginBooks.SetEnabled(true);
     }
 }
 
@@ -89,9 +109,12 @@ void TClubPlant::enterIntoBooks(const TClubPlan& plan)
 }
 
 /// Times on lamps that the file does not have any more, because it was changed while no host ran: nobody
-/// switches them off.
+/// switches them off. When another host runs on the same books they may be its lamps, and are its business.
 void TClubPlant::tellOfLostLamps()
 {
+    if (FOtherHost) {
+        return;
+    }
     TLampBooks books(FDatabase);
     for (TLampTime& time : books.open()) {
         const bool known = std::any_of(FPlan.lamps.begin(), FPlan.lamps.end(),
