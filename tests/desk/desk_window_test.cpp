@@ -481,7 +481,7 @@ TEST_F(DeskWindow, TheLogFollowsAlsoWithLessRoom)
     for (const int lost : {150, 40, -90, 60}) { // the banner comes and goes, the window is made smaller
         window->resize(window->width(), window->height() - lost);
         tell(1);
-        EXPECT_TRUE(eventually(last, std::chrono::seconds(5))) << lost;
+        EXPECT_TRUE(eventually(last)) << lost;
     }
     bar->setValue(bar->maximum() / 2);
     const int where = bar->value();
