@@ -192,8 +192,9 @@ int status(const THostOptions& options)
               .arg(state.value(u"club").toString(), state.value(u"version").toString())
               .arg(state.value(u"pid").toInteger())
               .arg(state.value(u"started").toString()));
+    const QJsonValue inside = state.value(u"inside");
     print(QStringLiteral("%1 inside, %2 entries wait for the journal")
-              .arg(state.value(u"inside").toInteger())
+              .arg(inside.isNull() ? QStringLiteral("?") : QString::number(inside.toInteger()))
               .arg(state.value(u"journalWaiting").toInteger()));
     printLines(state);
     printGates(state);

@@ -301,12 +301,12 @@ QJsonObject TClubPlant::state()
             {"troubles", QJsonArray::fromStringList(troubles())}};
 }
 
-qint64 TClubPlant::inside()
+QJsonValue TClubPlant::inside()
 {
     try {
         return FInside.run().number();
     } catch (const EDatabase&) { // the journal tells of it
-        return 0;
+        return QJsonValue::Null;
     }
 }
 

@@ -74,7 +74,7 @@ private:
     QList<TClubGates*> allGates() const;
     std::optional<TGate> gateAt(const QString& address) const;
     QStringList troubles() const;
-    qint64 inside();
+    QJsonValue inside();
     void tell(const QJsonObject& event);
     void changed();
 
