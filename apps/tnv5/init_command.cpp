@@ -12,6 +12,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTextStream>
+#include <QThread>
 #include <memory>
 #include <unistd.h>
 
@@ -20,6 +21,7 @@ namespace tnv5::cli {
 namespace {
 
 constexpr int kPruneAtOnce = 2'000; // rows: a host that runs waits this long at most
+constexpr int kPruneRestMs = 20;    // and writes what it has in between
 
 struct TInitOptions
 {
@@ -118,6 +120,7 @@ int prune(const TPruneOptions& options)
     }
     for (const host::TPruned table : tables) {
         while (host::prune(club, table, before, kPruneAtOnce) > 0) {
+            QThread::msleep(kPruneRestMs);
         }
     }
     print(QStringLiteral("Removed. The file keeps its size; the room in it is used again."));

@@ -17,7 +17,7 @@ public:
     /// All that can be shown of the club at this moment (docs/local-socket.md describes the members).
     virtual QJsonObject state() = 0;
 
-    /// Opens a gate by hand; `gate` is its address as in the club's file ("01", "12345/3"). Returns "" when
+    /// Opens a gate by hand; `gate` is its address as in the club's file ("01A", "101T"). Returns "" when
     /// the command was given to the controller, or one plain sentence why not. It is journalled with who did
     /// it and why.
     virtual QString open(const QString& gate, const QString& who, const QString& reason) = 0;
