@@ -137,7 +137,8 @@ TEST(DeskEquipment, OfAClub)
               "Sun 1=its board does not answer – 1:00 – Felix\nSun 1=off – 1:00 – Felix\n"
               "Boards:\n101T=answers\nLines:\ngates=open");
     QList<TMood> moods;
-    for (const TEquipmentRow& row : equipmentOf(state, 5'000).at(2).rows) {
+    const TEquipmentSection lamps = equipmentOf(state, 5'000).at(2);
+    for (const TEquipmentRow& row : lamps.rows) {
         moods << row.mood;
     }
     EXPECT_EQ(moods, QList<TMood>({TMood::Good, TMood::Good, TMood::Warning, TMood::Faint, TMood::Bad,
