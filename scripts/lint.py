@@ -1,14 +1,17 @@
 #!/usr/bin/env python3
 """clang-tidy over the project's sources; scripts/lint.sh calls it.
 
-Two kinds of jobs, and together they check what clang-tidy would check file by file:
+Files are put together to one, and there are two kinds of jobs:
 
-- The static analyzer looks at each file alone: what it finds depends on which functions it sees together. It is called
-  by the compiler, with the checks that clang-tidy's configuration names, because it then takes the headers of Qt from a
-  precompiled one; clang-tidy would walk through all of them.
-- All other checks look at the files of a target put together to one: most of their time goes into the headers of
-  Qt, which are then read once and not once a file. A name that a file has in common with another one gets
-  a number there; files that cannot stand together all the same go into units of their own.
+- The static analyzer looks at a room, the files of a folder: it follows calls from one file into the next, and does not
+  look again by itself at a function that it has followed there. It is called by the compiler, with the checks that
+  clang-tidy's configuration names, because it then takes the headers of Qt from a precompiled one; clang-tidy would walk
+  through all of them.
+- All other checks look at a target: most of their time goes into the headers of Qt, which are then read once and not
+  once a file.
+
+A name that a file has in common with another one gets a number there; files that cannot stand together all the same go
+into units of their own. That each file compiles alone is seen by the optimised build.
 
 A job that passed is not done again until its files, a header they really include, the configuration or a tool
 changes.
@@ -136,11 +139,12 @@ class Precompiled:
 class Job:
     """Some checks of a file, or of several put together to one."""
 
-    def __init__(self, files, what, checks, precompiled=None):
+    def __init__(self, files, what, checks, precompiled, tool):
         self.files = files
         self.what = what
         self.checks = checks
-        self.precompiled = precompiled  # of an analyzer's job
+        self.precompiled = precompiled
+        self.tool = tool  # told a path, says whether it is clean and what it says otherwise
 
     def name(self):
         return self.files[0] if len(self.files) == 1 else f"{len(self.files)} files of {self.folder()}"
@@ -163,10 +167,10 @@ def grouped(files, key):
 class Unit:
     """Files put together to one; knows which line is whose."""
 
-    def __init__(self, files, flags):
+    def __init__(self, job, files, flags):
         self.files = files
-        self.flags = flags
-        self.path = BUILD / "units" / (digest(*files) + ".cpp")
+        self.flags = flags  # with those of precompiled headers
+        self.path = BUILD / "units" / (digest(job.what, *files) + ".cpp")
         self.starts = []
         self.renamed = {file: set() for file in files}
 
@@ -223,49 +227,50 @@ class Lint:
         analyzer = "clang-analyzer-"
         checks = ",".join(check[len(analyzer):] for check in output("clang-tidy", "--list-checks").split()
                           if check.startswith(analyzer))
-        for together in grouped(files, self.flags.of):
-            yield Job(together, "all other checks", f"-{analyzer}*")
-            precompiled = Precompiled(together, self.flags.of(together[0]), self.tools)
-            for file in together:
-                yield Job([file], "analyzer", checks, precompiled)
+        for target in grouped(files, self.flags.of):
+            precompiled = Precompiled(target, self.flags.of(target[0]), self.tools)
+            yield Job(target, "all other checks", f"-{analyzer}*", precompiled, self.tidy)
+            for room in grouped(target, os.path.dirname):
+                yield Job(room, "analyzer", checks, precompiled, self.analyze)
 
     def mark(self, job):
         """The file that says that a job passed with the files as they are."""
         return CACHE / digest(self.tools, job.checks, *self.flags.of(job.files[0]), *job.files,
                               *(f"{path} {self.sources.digest(path)}" for path in self.sources.included(job.files)))
 
-    def tidy(self, files, checks, path):
-        done = subprocess.run(["clang-tidy", "--quiet", f"--checks={checks}", str(path), "--",
-                               *self.flags.of(files[0])],
-                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True, check=False, cwd=ROOT)
+    @staticmethod
+    def called(*command, complaints):
+        """Whether a tool is content, and what it says."""
+        done = subprocess.run(command, stdout=subprocess.PIPE, stderr=complaints, text=True, check=False, cwd=ROOT)
         return done.returncode == 0, done.stdout
 
-    def analyze(self, job):
-        file = job.files[0]
-        done = subprocess.run(["clang++", *self.flags.of(file), *job.precompiled.options(), "--analyze",
-                               "--analyzer-no-default-checks", "-Xclang", f"-analyzer-checker={job.checks}",
-                               "-Xclang", "-analyzer-output=text", "-Xclang", "-analyzer-werror", str(ROOT / file)],
-                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False, cwd=ROOT)
-        return done.returncode == 0, done.stdout
+    def tidy(self, job, path):
+        return self.called("clang-tidy", "--quiet", f"--checks={job.checks}", str(path), "--",
+                           *self.flags.of(job.files[0]), complaints=subprocess.DEVNULL)
 
-    def check(self, files, checks):
-        """Whether these files are clean, and what clang-tidy says otherwise."""
+    def analyze(self, job, path):
+        return self.called("clang++", *self.flags.of(job.files[0]), *job.precompiled.options(), "--analyze",
+                           "--analyzer-no-default-checks", "-Xclang", f"-analyzer-checker={job.checks}",
+                           "-Xclang", "-analyzer-output=text", "-Xclang", "-analyzer-werror", str(path), complaints=subprocess.STDOUT)
+
+    def check(self, job, files):
+        """Whether these files of a job are clean, and what its tool says otherwise."""
         if len(files) == 1:
-            return self.tidy(files, checks, ROOT / files[0])
-        unit = Unit(files, self.flags.of(files[0]))
+            return job.tool(job, ROOT / files[0])
+        unit = Unit(job, files, [*self.flags.of(files[0]), *job.precompiled.options()])
         clashing = unit.compile()
         if not clashing:
-            clean, report = self.tidy(files, checks, unit.path)
+            clean, report = job.tool(job, unit.path)
             return clean, unit.told(report)
         rest = [file for file in files if file not in clashing]
         apart = [file for file in files if file in clashing]
         parts = [rest, apart] if rest else [[file] for file in files]
-        results = [self.check(part, checks) for part in parts]
+        results = [self.check(job, part) for part in parts]
         return all(clean for clean, _ in results), "".join(report for _, report in results)
 
     def run(self, job):
         began = time.monotonic()
-        clean, report = self.analyze(job) if job.precompiled else self.check(job.files, job.checks)
+        clean, report = self.check(job, job.files)
         if clean:
             self.mark(job).touch()
         with self.lock:
