@@ -23,7 +23,7 @@ function(tnv5_flags target)
 endfunction()
 
 # Headers of Qt and the library that many files include, compiled once: tnv5_headers(name LIBS ... HEADERS ...) makes
-# them, tnv5_use_headers(target name) uses them. A file includes what it uses all the same; lint sees to it.
+# them, tnv5_use_headers(target name) uses them. A file includes what it uses all the same.
 function(tnv5_headers name)
   if(NOT TNV5_PRECOMPILE)
     return()
@@ -68,6 +68,26 @@ function(tnv5_unit name sources)
   add_custom_command(OUTPUT ${unit} DEPENDS ${together} ${PROJECT_SOURCE_DIR}/cmake/unit.awk VERBATIM
     COMMAND awk -f ${PROJECT_SOURCE_DIR}/cmake/unit.awk ${together} > ${unit})
   set(${sources} ${alone} ${unit} PARENT_SCOPE)
+endfunction()
+
+# Compiles the files of a room at once, where that is asked for: a third less to do from nothing. What the unnamed
+# namespaces of a room name must be unique in it then; files for which it is not are named behind APART, by an expression.
+function(tnv5_rooms target)
+  if(NOT TNV5_UNITY_ROOMS)
+    return()
+  endif()
+  cmake_parse_arguments(ARG "" "APART" "" ${ARGN})
+  get_target_property(sources ${target} SOURCES)
+  foreach(source IN LISTS sources)
+    if(NOT source MATCHES "\\.cpp$" OR (ARG_APART AND source MATCHES "/(${ARG_APART})\\.cpp$"))
+      continue()
+    endif()
+    cmake_path(ABSOLUTE_PATH source OUTPUT_VARIABLE path)
+    cmake_path(GET path PARENT_PATH room)
+    cmake_path(GET room FILENAME room)
+    set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${room})
+  endforeach()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
 endfunction()
 
 # A test program: tnv5_test(NAME name [SOURCES a.cpp ...] [LIBS lib ...]); without SOURCES, all of the folder.

@@ -31,11 +31,6 @@ enum TResponse { rMessage = 301, rIdentifier, rConfirm, rDecline, rTimeout, rBre
 
 constexpr int kCurrency = 980;
 
-std::u16string wide(const QString& text)
-{
-    return text.toStdU16String();
-}
-
 const std::pair<const char*, int> kConstants[] = {{"POS_SOFT_VER", pSoftVer},
                                                   {"POS_AMOUNT", pAmount},
                                                   {"POS_CURRENCY", pCurrency},

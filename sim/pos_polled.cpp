@@ -8,11 +8,6 @@ namespace tnv5::sim {
 
 namespace {
 
-std::u16string wide(const QString& text)
-{
-    return text.toStdU16String();
-}
-
 class TPolledPos final : public TSimulatedPos
 {
 public:

@@ -13,6 +13,12 @@
 /// written from what the libraries are asked alone.
 namespace tnv5::sim {
 
+/// A text as an automation object takes it.
+inline std::u16string wide(const QString& text)
+{
+    return text.toStdU16String();
+}
+
 /// How a payment at a simulated terminal ends.
 enum class TPosEnd {
     Approve,

@@ -9,11 +9,6 @@ namespace {
 using TKind = TPosMachine::TKind;
 using platform::automation::TValue;
 
-std::u16string wide(const QString& text)
-{
-    return text.toStdU16String();
-}
-
 /// An operation with a card, and when its answer comes; the machine is at its end then.
 TPosReply withCard(TPosMachine& machine, TKind kind, qint64 amount)
 {

@@ -2,6 +2,7 @@
 
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
+#include "tnv5/host/harmless.h"
 #include "tnv5/platform/errors.h"
 
 #include <CLI/CLI.hpp>
@@ -55,7 +56,7 @@ std::function<void(const QString&)> tableOutput(host::TTableFormat format)
 {
     const bool forPeople = format == host::TTableFormat::Aligned;
     return [forPeople, faint = forPeople && coloured()](const QString& line) mutable {
-        QString text = forPeople ? harmless(line) : line;
+        QString text = forPeople ? host::harmless(line) : line;
         if (std::exchange(faint, false)) {
             text = QStringLiteral("\033[2m%1\033[0m").arg(text);
         }

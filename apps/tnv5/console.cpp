@@ -1,5 +1,6 @@
 #include "apps/tnv5/console.h"
 
+#include "tnv5/host/harmless.h"
 #include "tnv5/host/now_output.h"
 
 #include <algorithm>
@@ -50,7 +51,7 @@ void writeLine(std::FILE* file, const QString& rawLine, TColour colour = TColour
     if (listener()) {
         listener()(rawLine, file == stderr);
     }
-    const QString line = inColour(harmless(rawLine), colour);
+    const QString line = inColour(host::harmless(rawLine), colour);
     if (progress().isEmpty()) {
         write(file, line + u'\n');
         return;
@@ -84,7 +85,7 @@ void writeLineNow(bool complaint, const QString& rawLine)
     }
     auto& [output, error] = nowStreams();
     TNowStream& stream = complaint ? error : output;
-    QString text = harmless(rawLine) + u'\n';
+    QString text = host::harmless(rawLine) + u'\n';
     if (stream.leftOut > 0) {
         text.prepend(QStringLiteral("(%1 lines were left out: nobody took them)\n").arg(stream.leftOut));
     }
@@ -99,20 +100,6 @@ void writeLineNow(bool complaint, const QString& rawLine)
 }
 
 } // namespace
-
-// What came from a wire or a file must not command a terminal.
-QString harmless(const QString& line)
-{
-    QString text;
-    for (const QChar character : line) {
-        if (character.category() == QChar::Other_Control) {
-            text += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QChar(u'0'));
-        } else {
-            text += character;
-        }
-    }
-    return text;
-}
 
 void print(const QString& line)
 {

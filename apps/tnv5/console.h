@@ -11,9 +11,6 @@ void print(const QString& line);
 /// Writes one line to standard error.
 void complain(const QString& line);
 
-/// A line as it may go to a terminal: control characters as "\x1b".
-QString harmless(const QString& line);
-
 enum class TColour { Usual, Red, Green, Yellow, Faint };
 
 /// Writes one line in a colour to standard output, where `coloured` says so.

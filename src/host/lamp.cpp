@@ -10,7 +10,7 @@ namespace tnv5::host {
 
 namespace {
 
-constexpr std::array<std::pair<TLampEnding, QStringView>, 5> kEndings = {{
+constexpr std::array<std::pair<TLampEnding, QStringView>, 5> kLampEndings = {{
     {TLampEnding::None, u""},
     {TLampEnding::Over, u"over"},
     {TLampEnding::Stopped, u"stopped"},
@@ -44,7 +44,7 @@ bool TLampTime::running(platform::TDateTime now) const
 
 QString toText(TLampEnding ending)
 {
-    for (const auto& [value, word] : kEndings) {
+    for (const auto& [value, word] : kLampEndings) {
         if (value == ending) {
             return word.toString();
         }
@@ -54,7 +54,7 @@ QString toText(TLampEnding ending)
 
 std::optional<TLampEnding> toLampEnding(QStringView text)
 {
-    for (const auto& [value, word] : kEndings) {
+    for (const auto& [value, word] : kLampEndings) {
         if (word == text) {
             return value;
         }

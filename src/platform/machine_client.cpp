@@ -10,12 +10,6 @@
 
 namespace tnv5::platform {
 
-namespace {
-
-constexpr int kMaxPort = 65'535;
-
-} // namespace
-
 TMachineClient::~TMachineClient()
 {
     dropSocket();

@@ -1,6 +1,7 @@
 #include "tnv5/platform/machine_server.h"
 
 #include "tnv5/platform/server_worker.h"
+#include "tnv5/platform/socket_failure.h"
 #include "tnv5/platform/tls.h"
 
 #include <QCoreApplication>
@@ -13,7 +14,6 @@ namespace tnv5::platform {
 
 namespace {
 
-constexpr int kMaxPort = 65'535;
 // Events on their way to the main thread, beyond which nobody new is let in.
 constexpr int kMaxUntold = 4'096;
 

@@ -7,6 +7,8 @@
 
 namespace tnv5::platform {
 
+inline constexpr int kMaxPort = 65'535;
+
 /// What a socket says, with the operating system's number.
 TSocketFailure socketFailure(QAbstractSocket::SocketError error, const QString& text);
 

@@ -10,7 +10,7 @@ namespace {
 
 const QString kOnlyWatches = QStringLiteral("it only watches and tried to send lines");
 
-TNetwork* installed = nullptr;
+TNetwork* installedNetwork = nullptr;
 
 // Runs a handler from the event loop; it may have destroyed whoever called it.
 template <class Event, class... Args>
@@ -140,12 +140,12 @@ void TClientSocket::fireError(TSocketFailure failure)
 TNetwork& TNetwork::current()
 {
     static TMachineNetwork own;
-    return installed != nullptr ? *installed : own;
+    return installedNetwork != nullptr ? *installedNetwork : own;
 }
 
 TNetwork* TNetwork::install(TNetwork* network)
 {
-    return std::exchange(installed, network);
+    return std::exchange(installedNetwork, network);
 }
 
 } // namespace tnv5::platform

@@ -13,11 +13,6 @@ namespace {
 constexpr qsizetype kLongestName = 200;
 constexpr qsizetype kLongestCard = 64;
 
-QString quoted(const QString& text)
-{
-    return u'"' + text + u'"';
-}
-
 QString nameOf(qint64 member, const QString& name)
 {
     return QStringLiteral("%1 (%2)").arg(name).arg(member);

@@ -8,11 +8,6 @@ namespace {
 
 constexpr qint64 kMostCentsPerKg = 1'000'000'000;
 
-QString quoted(const QString& text)
-{
-    return u'"' + text + u'"';
-}
-
 // Lists of zones are written with semicolons, gates with colons.
 QString readZone(const QString& text)
 {

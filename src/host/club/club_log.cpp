@@ -1,5 +1,6 @@
 #include "tnv5/host/club/club_log.h"
 
+#include "tnv5/host/harmless.h"
 #include "tnv5/host/local/local_events.h"
 #include "tnv5/platform/errors.h"
 
@@ -25,20 +26,6 @@ bool outputIsJournal()
     const QByteArray named = qgetenv("JOURNAL_STREAM");
     return !named.isEmpty() && fstat(STDOUT_FILENO, &info) == 0 &&
            named == QByteArray::number(quint64(info.st_dev)) + ':' + QByteArray::number(quint64(info.st_ino));
-}
-
-/// What came from a wire or a file must not command a terminal or begin a line of its own.
-QString harmless(const QString& line)
-{
-    QString text;
-    for (const QChar character : line) {
-        if (character.category() == QChar::Other_Control) {
-            text += QStringLiteral("\\x%1").arg(character.unicode(), 2, 16, QChar(u'0'));
-        } else {
-            text += character;
-        }
-    }
-    return text;
 }
 
 } // namespace

@@ -6,17 +6,8 @@
 
 namespace tnv5::host {
 
-namespace {
-
-qint64 nowMs()
-{
-    return platform::TClock::current().nowMs();
-}
-
-} // namespace
-
 TClubPort::TClubPort(TClubSite& site, const QString& name, const QString& port, int baud)
-    : FSite(site), FName(name), FKeeper(FPort), FSinceMs(nowMs())
+    : FSite(site), FName(name), FKeeper(FPort), FSinceMs(platform::TClock::current().nowMs())
 {
     FPort.SetPort(port);
     FPort.SetBaudRate(baud);
@@ -53,7 +44,7 @@ QJsonObject TClubPort::state() const
 void TClubPort::opened()
 {
     FWhy.clear();
-    FSinceMs = nowMs();
+    FSinceMs = platform::TClock::current().nowMs();
     FSite.log.info(FName, FPort.Port() + QStringLiteral(" is open"));
     FSite.desk.lineBack(FName);
     if (OnOpened) {
@@ -64,7 +55,7 @@ void TClubPort::opened()
 void TClubPort::lost(const QString& why)
 {
     FWhy = why;
-    FSinceMs = nowMs();
+    FSinceMs = platform::TClock::current().nowMs();
     FSite.log.error(
         FName,
         QStringLiteral("%1 went away (%2); it will be opened again when it is back").arg(FPort.Port(), why));
