@@ -2,7 +2,7 @@
 
 #include "apps/tnv5/commands.h"
 #include "apps/tnv5/console.h"
-#include "tnv5/host/harmless.h"
+#include "tnv5/host/shown_text.h"
 #include "tnv5/platform/errors.h"
 
 #include <CLI/CLI.hpp>

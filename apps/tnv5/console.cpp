@@ -1,7 +1,7 @@
 #include "apps/tnv5/console.h"
 
-#include "tnv5/host/harmless.h"
 #include "tnv5/host/now_output.h"
+#include "tnv5/host/shown_text.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,7 @@
 #include "tnv5/host/books/books.h"
 
 #include "tnv5/host/books/books_query.h"
+#include "tnv5/host/shown_text.h"
 
 #include <QRegularExpression>
 #include <algorithm>

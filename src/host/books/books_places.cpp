@@ -1,6 +1,7 @@
 // The part of the books that is about zones, gates, goods, and who is inside.
 
 #include "tnv5/host/books/books_query.h"
+#include "tnv5/host/shown_text.h"
 
 namespace tnv5::host {
 

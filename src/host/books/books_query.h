@@ -6,11 +6,6 @@
 
 namespace tnv5::host {
 
-inline QString quoted(const QString& text)
-{
-    return u'"' + text + u'"';
-}
-
 /// One run of a statement that is not worth keeping.
 class TBooks::TQuery
 {

@@ -2,6 +2,7 @@
 
 #include "tnv5/bank/terminal_version.h"
 #include "tnv5/host/club/toml_section.h"
+#include "tnv5/host/shown_text.h"
 #include "tnv5/platform/errors.h"
 #include "tnv5/scales/families.h"
 

@@ -1,7 +1,7 @@
 #include "tnv5/host/club/club_log.h"
 
-#include "tnv5/host/harmless.h"
 #include "tnv5/host/local/local_events.h"
+#include "tnv5/host/shown_text.h"
 #include "tnv5/platform/errors.h"
 
 #include <sys/stat.h>

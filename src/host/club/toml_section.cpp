@@ -1,4 +1,5 @@
 #include "tnv5/host/club/toml_section.h"
+#include "tnv5/host/shown_text.h"
 
 #include <algorithm>
 
@@ -58,11 +59,6 @@ int distance(const QString& from, const QString& to)
 }
 
 } // namespace
-
-QString quoted(const QString& text)
-{
-    return u'"' + text + u'"';
-}
 
 QString nearest(const QString& word, const QStringList& words)
 {

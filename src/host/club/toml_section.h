@@ -46,6 +46,5 @@ private:
 
 /// Line of a node of the file.
 TFileLine lineOf(const toml::node& node);
-QString quoted(const QString& text);
 
 } // namespace tnv5::host

@@ -8,4 +8,7 @@ namespace tnv5::host {
 /// wire or a file neither commands the one nor begins a line of its own in the other.
 QString harmless(const QString& line);
 
+/// A text in double quotes.
+QString quoted(const QString& text);
+
 } // namespace tnv5::host

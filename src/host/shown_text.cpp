@@ -1,4 +1,4 @@
-#include "tnv5/host/harmless.h"
+#include "tnv5/host/shown_text.h"
 
 namespace tnv5::host {
 
@@ -13,6 +13,11 @@ QString harmless(const QString& line)
         }
     }
     return text;
+}
+
+QString quoted(const QString& text)
+{
+    return u'"' + text + u'"';
 }
 
 } // namespace tnv5::host
