@@ -5,13 +5,14 @@ Files are put together to one, and there are two kinds of jobs:
 
 - The static analyzer looks at a room, the files of a folder: it follows calls from one file into the next, and does not
   look again by itself at a function that it has followed there. It is called by the compiler, with the checks that
-  clang-tidy's configuration names, because it then takes the headers of Qt from a precompiled one; clang-tidy would walk
-  through all of them.
-- All other checks look at a target: most of their time goes into the headers of Qt, which are then read once and not
-  once a file.
+  clang-tidy's configuration names, because it then takes the headers of Qt from a precompiled one; clang-tidy would
+  walk through all of them.
+- All other checks look at a part of the project: most of their time goes into the headers of Qt, which are then read
+  once and not once a file.
 
 A name that a file has in common with another one gets a number there; files that cannot stand together all the same go
-into units of their own. That each file compiles alone is seen by the optimised build.
+into units of their own. All are compiled with the flags of all targets. That each file compiles alone is seen by the
+optimised build.
 
 A job that passed is not done again until its files, a header they really include, the configuration or a tool
 changes.
@@ -36,6 +37,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = ROOT / "build" / "lint"
 CACHE = BUILD / "passed"
 FOLDERS = ("src", "sim", "apps", "examples")
+PARTS = ("apps/tnv5/", "src/host/", "src/", "")  # a file belongs to the first that it begins with
 VERSIONED = ("clang-tidy-14", "qt6-base-dev", "qt6-serialport-dev", "libcli11-dev", "libstdc++-12-dev")
 
 
@@ -89,30 +91,21 @@ class Sources:
         return sorted(found)
 
 
-class Flags:
-    """How the compiler is called for a file, or for most files of its folder."""
-
-    def __init__(self):
-        self.by_file = {}
-        self.by_folder = {}
-        for entry in json.loads((BUILD / "compile_commands.json").read_text(encoding="utf-8")):
-            words = shlex.split(entry["command"])
-            compiler = next(i for i, word in enumerate(words) if word.endswith("clang++"))
-            file = os.path.relpath(entry["file"], ROOT)
-            self.by_file[file] = tuple(words[compiler + 1:words.index("-o")])
-            self.by_folder.setdefault(os.path.dirname(file), self.by_file[file])
-
-    def of(self, file):
-        if file in self.by_file:
-            return self.by_file[file]
-        folder = os.path.dirname(file)
-        if folder not in self.by_folder:
-            sys.exit(f"lint: no build target compiles {folder}")
-        return self.by_folder[folder]
+def flags_of_all():
+    """How the compiler is called, for the files of any target."""
+    found = {}  # in order
+    for entry in json.loads((BUILD / "compile_commands.json").read_text(encoding="utf-8")):
+        if pathlib.Path(entry["file"]).is_relative_to(BUILD):
+            continue  # made, not written
+        words = shlex.split(entry["command"])
+        compiler = next(i for i, word in enumerate(words) if word.endswith("clang++"))
+        words = iter(words[compiler + 1:words.index("-o")])
+        found.update(((word, next(words)) if word == "-isystem" else (word,), None) for word in words)
+    return [word for flag in found for word in flag if word not in ("-fPIE", "-fPIC")]
 
 
 class Precompiled:
-    """The headers of others that several files of a target include, compiled once for all of them."""
+    """The headers of others that several files include, compiled once for all of them."""
 
     INCLUDE = re.compile(r"^#include (<[^>]+>)", re.MULTILINE)
     FILES = 3  # so many must include a header
@@ -139,11 +132,10 @@ class Precompiled:
 class Job:
     """Some checks of a file, or of several put together to one."""
 
-    def __init__(self, files, what, checks, precompiled, tool):
+    def __init__(self, files, what, checks, tool):
         self.files = files
         self.what = what
         self.checks = checks
-        self.precompiled = precompiled
         self.tool = tool  # told a path, says whether it is clean and what it says otherwise
 
     def name(self):
@@ -167,12 +159,12 @@ def grouped(files, key):
 class Unit:
     """Files put together to one; knows which line is whose."""
 
-    def __init__(self, job, files, flags):
+    def __init__(self, job, files, flags, renamed):
         self.files = files
         self.flags = flags  # with those of precompiled headers
         self.path = BUILD / "units" / (digest(job.what, *files) + ".cpp")
         self.starts = []
-        self.renamed = {file: set() for file in files}
+        self.renamed = {file: set(renamed.get(file, ())) for file in files}
 
     def write(self):
         self.starts, text = [], ""
@@ -214,28 +206,29 @@ class Unit:
 
 
 class Lint:
-    def __init__(self):
+    def __init__(self, files):
+        self.files = files
         self.sources = Sources()
-        self.flags = Flags()
+        self.flags = flags_of_all()
         self.tools = digest(output("dpkg-query", "-W", *VERSIONED), self.sources.digest(".clang-tidy"),
-                            self.sources.digest("scripts/lint.py"))
+                            self.sources.digest("scripts/lint.py"), *self.flags)
+        self.precompiled = Precompiled(files, self.flags, self.tools)
         self.lock = threading.Lock()
         self.done = 0
         self.total = 0
 
-    def jobs(self, files):
+    def jobs(self):
         analyzer = "clang-analyzer-"
         checks = ",".join(check[len(analyzer):] for check in output("clang-tidy", "--list-checks").split()
                           if check.startswith(analyzer))
-        for target in grouped(files, self.flags.of):
-            precompiled = Precompiled(target, self.flags.of(target[0]), self.tools)
-            yield Job(target, "all other checks", f"-{analyzer}*", precompiled, self.tidy)
-            for room in grouped(target, os.path.dirname):
-                yield Job(room, "analyzer", checks, precompiled, self.analyze)
+        for part in grouped(self.files, lambda file: next(part for part in PARTS if file.startswith(part))):
+            yield Job(part, "all other checks", f"-{analyzer}*", self.tidy)
+        for room in grouped(self.files, os.path.dirname):
+            yield Job(room, "analyzer", checks, self.analyze)
 
     def mark(self, job):
         """The file that says that a job passed with the files as they are."""
-        return CACHE / digest(self.tools, job.checks, *self.flags.of(job.files[0]), *job.files,
+        return CACHE / digest(self.tools, job.checks, *job.files,
                               *(f"{path} {self.sources.digest(path)}" for path in self.sources.included(job.files)))
 
     @staticmethod
@@ -246,18 +239,20 @@ class Lint:
 
     def tidy(self, job, path):
         return self.called("clang-tidy", "--quiet", f"--checks={job.checks}", str(path), "--",
-                           *self.flags.of(job.files[0]), complaints=subprocess.DEVNULL)
+                           *self.flags, complaints=subprocess.DEVNULL)
 
     def analyze(self, job, path):
-        return self.called("clang++", *self.flags.of(job.files[0]), *job.precompiled.options(), "--analyze",
+        return self.called("clang++", *self.flags, *self.precompiled.options(), "--analyze",
                            "--analyzer-no-default-checks", "-Xclang", f"-analyzer-checker={job.checks}",
-                           "-Xclang", "-analyzer-output=text", "-Xclang", "-analyzer-werror", str(path), complaints=subprocess.STDOUT)
+                           "-Xclang", "-analyzer-output=text", "-Xclang", "-analyzer-werror", str(path),
+                           complaints=subprocess.STDOUT)
 
-    def check(self, job, files):
-        """Whether these files of a job are clean, and what its tool says otherwise."""
+    def check(self, job, files, renamed):
+        """Whether these files of a job are clean, and what its tool says otherwise.
+        renamed: the names that they are known to have in common."""
         if len(files) == 1:
             return job.tool(job, ROOT / files[0])
-        unit = Unit(job, files, [*self.flags.of(files[0]), *job.precompiled.options()])
+        unit = Unit(job, files, [*self.flags, *self.precompiled.options()], renamed)
         clashing = unit.compile()
         if not clashing:
             clean, report = job.tool(job, unit.path)
@@ -265,12 +260,12 @@ class Lint:
         rest = [file for file in files if file not in clashing]
         apart = [file for file in files if file in clashing]
         parts = [rest, apart] if rest else [[file] for file in files]
-        results = [self.check(job, part) for part in parts]
+        results = [self.check(job, part, unit.renamed) for part in parts]
         return all(clean for clean, _ in results), "".join(report for _, report in results)
 
     def run(self, job):
         began = time.monotonic()
-        clean, report = self.check(job, job.files)
+        clean, report = self.check(job, job.files, {})
         if clean:
             self.mark(job).touch()
         with self.lock:
@@ -279,11 +274,11 @@ class Lint:
                   + ("" if clean else f": FAILED\n{report}"), flush=True)
         return clean
 
-    def run_all(self, files):
+    def run_all(self):
         CACHE.mkdir(parents=True, exist_ok=True)
         (BUILD / "units").mkdir(exist_ok=True)
         (BUILD / "precompiled").mkdir(exist_ok=True)
-        jobs = [job for job in self.jobs(files) if not self.mark(job).exists()]
+        jobs = [job for job in self.jobs() if not self.mark(job).exists()]
         jobs.sort(key=Job.weight, reverse=True)
         self.total = len(jobs)
         with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
@@ -299,7 +294,7 @@ def main():
                        *(f"{folder}/*.cpp" for folder in FOLDERS)).split()
         # What only another system compiles is checked by its compiler's warnings (scripts/test-windows.sh).
         files = [file for file in files if (ROOT / file).exists() and not file.endswith("_windows.cpp")]
-    if not Lint().run_all(files):
+    if not Lint(files).run_all():
         sys.exit("lint: FAILED")
     print(f"lint: {len(files)} files are clean")
 

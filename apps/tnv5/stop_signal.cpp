@@ -114,7 +114,7 @@ void fillStandardStreams()
 {
     for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
         if (fcntl(descriptor, F_GETFD) < 0) {
-            open("/dev/null", O_RDWR); // takes the lowest number that is free: this one
+            ::open("/dev/null", O_RDWR); // takes the lowest number that is free: this one
         }
     }
 }

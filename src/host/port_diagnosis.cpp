@@ -23,7 +23,7 @@ QString groupName(gid_t id)
     return found != nullptr ? QString::fromLocal8Bit(found->gr_name) : QString::number(id);
 }
 
-QString userName(uid_t id)
+QString ownerName(uid_t id)
 {
     const passwd* found = getpwuid(id);
     return found != nullptr ? QString::fromLocal8Bit(found->pw_name) : QString::number(id);
@@ -138,7 +138,7 @@ TPortFacts portFacts(const QString& name, qint64 osError)
 {
     TPortFacts facts;
     facts.name = name;
-    facts.user = userName(geteuid());
+    facts.user = ownerName(geteuid());
     facts.ports = listPorts();
 
     const QByteArray path = QFile::encodeName(name);

@@ -11,14 +11,14 @@ constexpr qint64 kUsPerSecond = 1'000'000;
 constexpr qsizetype kDecimals = 6;
 constexpr qsizetype kMaxSecondsDigits = 5;
 
-bool isDigit(char c)
+bool isDecimal(char c)
 {
     return c >= '0' && c <= '9';
 }
 
 std::optional<int> hexDigit(char c)
 {
-    if (isDigit(c)) {
+    if (isDecimal(c)) {
         return c - '0';
     }
     const char lower = static_cast<char>(c | 0x20);
@@ -70,7 +70,7 @@ private:
 
     QByteArrayView digits()
     {
-        const auto* const end = std::find_if_not(FRest.begin(), FRest.end(), isDigit);
+        const auto* const end = std::find_if_not(FRest.begin(), FRest.end(), isDecimal);
         const QByteArrayView found = FRest.first(end - FRest.begin());
         FRest = FRest.sliced(found.size());
         return found;
