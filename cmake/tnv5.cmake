@@ -70,7 +70,7 @@ function(tnv5_unit name sources)
   set(${sources} ${alone} ${unit} PARENT_SCOPE)
 endfunction()
 
-# Compiles the files of a room at once, where that is asked for: a third less to do from nothing. What the unnamed
+# Compiles the files of a room at once, where that is asked for: less to do from nothing. What the unnamed
 # namespaces of a room name must be unique in it then; files for which it is not are named behind APART, by an expression.
 function(tnv5_rooms target)
   if(NOT TNV5_UNITY_ROOMS)

@@ -7,6 +7,7 @@
 
 namespace tnv5::platform {
 
+/// The highest port there is.
 inline constexpr int kMaxPort = 65'535;
 
 /// What a socket says, with the operating system's number.

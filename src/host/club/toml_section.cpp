@@ -1,5 +1,4 @@
 #include "tnv5/host/club/toml_section.h"
-#include "tnv5/host/shown_text.h"
 
 #include <algorithm>
 
