@@ -14,8 +14,8 @@ A name that a file has in common with another one gets a number there; files tha
 into units of their own. All are compiled with the flags of all targets. That each file compiles alone is seen by the
 optimised build.
 
-A job that passed is not done again until its files, a header they really include, the configuration or a tool
-changes.
+A job that passed is not done again until its files, a header they really include, the configuration or an installed
+package changes.
 """
 
 import argparse
@@ -38,7 +38,6 @@ BUILD = ROOT / "build" / "lint"
 CACHE = BUILD / "passed"
 FOLDERS = ("src", "sim", "apps", "examples")
 PARTS = ("apps/tnv5/", "src/host/", "src/", "")  # a file belongs to the first that it begins with
-VERSIONED = ("clang-tidy-14", "qt6-base-dev", "qt6-serialport-dev", "libcli11-dev", "libstdc++-12-dev")
 
 
 def output(*command):
@@ -116,7 +115,7 @@ class Precompiled:
         counted = collections.Counter(header for file in files
                                       for header in self.INCLUDE.findall((ROOT / file).read_text(encoding="utf-8")))
         self.text = "".join(f"#include {header}\n" for header in sorted(counted) if counted[header] >= self.FILES)
-        self.path = BUILD / "precompiled" / (digest(tools, *flags, self.text) + ".h")
+        self.path = BUILD / "precompiled" / (digest(tools, self.text) + ".h")
 
     def options(self):
         """What makes the compiler take them from there. A header that cannot be precompiled is read by each file."""
@@ -142,7 +141,8 @@ class Job:
         return self.files[0] if len(self.files) == 1 else f"{len(self.files)} files of {self.folder()}"
 
     def folder(self):
-        return os.path.commonpath([os.path.dirname(file) for file in self.files])
+        folders = {os.path.dirname(file) for file in self.files}
+        return os.path.commonpath(folders) or ", ".join(sorted({folder.split("/")[0] for folder in folders}))
 
     def weight(self):
         """Long jobs go first, so that none is left over at the end."""
@@ -210,7 +210,7 @@ class Lint:
         self.files = files
         self.sources = Sources()
         self.flags = flags_of_all()
-        self.tools = digest(output("dpkg-query", "-W", *VERSIONED), self.sources.digest(".clang-tidy"),
+        self.tools = digest(output("dpkg-query", "-W"), self.sources.digest(".clang-tidy"),
                             self.sources.digest("scripts/lint.py"), *self.flags)
         self.precompiled = Precompiled(files, self.flags, self.tools)
         self.lock = threading.Lock()
