@@ -120,8 +120,7 @@ void setUp(platform::TSerialPort& port, const TWatchOptions& options)
 {
     const scales::TFamily* family = scales::familyOf(options.scalesType);
     if (family != nullptr && family->settings) {
-        port.SetBaudRate(family->settings->baudRate);
-        port.SetParity(family->settings->parity);
+        port.SetLine(*family->settings);
     }
     if (options.baudRate) {
         port.SetBaudRate(*options.baudRate);

@@ -98,15 +98,12 @@ void TBankPos::GetPosList(QStringList& AValue) const
 
 void TBankPos::SetUpComport()
 {
-    const QPointer<platform::TComPort> port = FComport;
-    if (!port || versionOf(FPosType) == nullptr) {
+    if (!FComport || versionOf(FPosType) == nullptr) {
         return;
     }
-    port->SetBaudRate(9600);
-    port->SetDataBits(8);
-    port->SetParity(platform::TParity::None);
-    port->SetStopBits(platform::TStopBits::One);
-    port->SetReadGap(0);
+    FComport->SetReadGap(0);
+    FComport->SetLine(
+        {9600, 8, platform::TParity::None, platform::TStopBits::One}); // a handler may destroy the port
 }
 
 void TBankPos::CustomStart(const QByteArray& buffer, qsizetype& position) const

@@ -10,25 +10,31 @@ TComPort::~TComPort() = default;
 
 void TComPort::SetBaudRate(int Value)
 {
-    FBaudRate = Value;
+    FLine.baudRate = Value;
     applySettings();
 }
 
 void TComPort::SetDataBits(int Value)
 {
-    FDataBits = Value;
+    FLine.dataBits = Value;
     applySettings();
 }
 
 void TComPort::SetParity(TParity Value)
 {
-    FParity = Value;
+    FLine.parity = Value;
     applySettings();
 }
 
 void TComPort::SetStopBits(TStopBits Value)
 {
-    FStopBits = Value;
+    FLine.stopBits = Value;
+    applySettings();
+}
+
+void TComPort::SetLine(const TLineSettings& Value)
+{
+    FLine = Value;
     applySettings();
 }
 

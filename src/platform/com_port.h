@@ -16,6 +16,15 @@ class TComDataPacket;
 enum class TParity : int { None, Odd, Even, Mark, Space };
 enum class TStopBits : int { One, OneAndHalf, Two };
 
+/// How bytes go over the line.
+struct TLineSettings
+{
+    int baudRate = 9600;
+    int dataBits = 8;
+    TParity parity = TParity::None;
+    TStopBits stopBits = TStopBits::One;
+};
+
 /// What failed when the operating system reported an error; `Resource`: the device is gone.
 enum class TComExceptionKind { Open, Write, Resource, Unknown };
 
@@ -49,14 +58,18 @@ public:
     QString Port() const { return FPort; }
     void SetPort(const QString& Value) { FPort = Value; }
 
-    int BaudRate() const { return FBaudRate; }
+    // What the system refuses on an open port is told of through `OnException`, whose handler may destroy the
+    // port.
+    int BaudRate() const { return FLine.baudRate; }
     void SetBaudRate(int Value);
-    int DataBits() const { return FDataBits; }
+    int DataBits() const { return FLine.dataBits; }
     void SetDataBits(int Value);
-    TParity Parity() const { return FParity; }
+    TParity Parity() const { return FLine.parity; }
     void SetParity(TParity Value);
-    TStopBits StopBits() const { return FStopBits; }
+    TStopBits StopBits() const { return FLine.stopBits; }
     void SetStopBits(TStopBits Value);
+    /// The four of them at once.
+    void SetLine(const TLineSettings& Value);
 
     /// Quiet time in milliseconds after which a real port hands over what came; 0: at once. For equipment
     /// whose answers are told apart by silence.
@@ -89,7 +102,8 @@ protected:
     virtual void doOpen() = 0;
     virtual void doClose() = 0;
     virtual void doWrite(const QByteArray& bytes) = 0;
-    /// The settings of an open port changed.
+    /// The settings changed, perhaps of an open port. The last thing that is done: the port may be destroyed
+    /// by it.
     virtual void applySettings() {}
 
     /// Hands one read to the splitters. What their handlers raise goes to the exception handler.
@@ -110,10 +124,7 @@ private:
     };
 
     QString FPort;
-    int FBaudRate = 9600;
-    int FDataBits = 8;
-    TParity FParity = TParity::None;
-    TStopBits FStopBits = TStopBits::One;
+    TLineSettings FLine;
     int FReadGap = 0;
     qint64 FBytesRead = 0;
     QList<QPointer<TComDataPacket>> FPackets;

@@ -181,14 +181,20 @@ void TSerialPort::doWrite(const QByteArray& bytes)
     }
 }
 
+// What is refused is told of once, when all are set: a handler may close or destroy the port.
 void TSerialPort::applySettings()
 {
-    if (FSerial != nullptr) {
-        FSerial->setBaudRate(BaudRate());
-        FSerial->setDataBits(toQtDataBits(DataBits()));
-        FSerial->setParity(toQt(Parity()));
-        FSerial->setStopBits(toQt(StopBits()));
+    if (FSerial == nullptr) {
+        return;
     }
+    FCalling = true;
+    FSerial->clearError();
+    FSerial->setBaudRate(BaudRate());
+    FSerial->setDataBits(toQtDataBits(DataBits()));
+    FSerial->setParity(toQt(Parity()));
+    FSerial->setStopBits(toQt(StopBits()));
+    FCalling = false;
+    onError();
 }
 
 void TSerialPort::onReadyRead()

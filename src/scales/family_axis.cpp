@@ -28,7 +28,7 @@ TFamily familyAxis()
 {
     TFamily family;
     family.name = QStringLiteral("«Axis»");
-    family.settings = TPortSettings{9600, platform::TParity::None};
+    family.settings = platform::TLineSettings{.baudRate = 9600};
     family.start = "\x02";
     family.stop = "\r\n";
     family.findStart = byStrings;

@@ -30,7 +30,7 @@ TFamily familyBa()
 {
     TFamily family;
     family.name = QStringLiteral("ВА-xx, ВЕ-xx, ПВ-xx, ПВм-xx, ВТА-60, ICSxxNT, TigerE");
-    family.settings = TPortSettings{4800, platform::TParity::Even};
+    family.settings = platform::TLineSettings{.baudRate = 4800, .parity = platform::TParity::Even};
     family.readGapMs = 10;
     family.request = QByteArray("\x00\x00\x03", 3);
     family.findStart = fromFirstByte;

@@ -21,7 +21,7 @@ TFamily familyBh600()
 {
     TFamily family;
     family.name = QStringLiteral("ВH-600 Промприлад"); // a Cyrillic В beside a Latin H; intended
-    family.settings = TPortSettings{9600, platform::TParity::None};
+    family.settings = platform::TLineSettings{.baudRate = 9600};
     family.request = QByteArray("<\x00!>", 4);
     family.start = "<";
     family.stop = ">";

@@ -67,7 +67,7 @@ TFamily familyCas()
 {
     TFamily family;
     family.name = QStringLiteral("«CAS» АР, AD, DB, ER, EM");
-    family.settings = TPortSettings{9600, platform::TParity::None};
+    family.settings = platform::TLineSettings{.baudRate = 9600};
     family.readGapMs = 10;
     family.request = "\x05";
     family.findStart = findStart;

@@ -32,7 +32,7 @@ TFamily familyDigi()
 {
     TFamily family;
     family.name = QStringLiteral("«DIGI» DS-788");
-    family.settings = TPortSettings{9600, platform::TParity::None};
+    family.settings = platform::TLineSettings{.baudRate = 9600};
     family.request = "\x05\r";
     family.findStart = findStart;
     family.findStop = findStop;

@@ -45,7 +45,7 @@ TFamily familyMassaK()
 {
     TFamily family;
     family.name = QStringLiteral("«МАССА-К» МК_ТВ, МК_ТН");
-    family.settings = TPortSettings{4800, platform::TParity::Even};
+    family.settings = platform::TLineSettings{.baudRate = 4800, .parity = platform::TParity::Even};
     family.readGapMs = 10;
     family.request = "D";
     family.requestAfterReset = true; // unlike all others; intended

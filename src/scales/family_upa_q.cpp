@@ -26,7 +26,7 @@ TFamily familyUpaQ()
 {
     TFamily family;
     family.name = QStringLiteral("«UPA-Q» continuous mode (made in China)");
-    family.settings = TPortSettings{9600, platform::TParity::None};
+    family.settings = platform::TLineSettings{.baudRate = 9600};
     family.start = "W";
     family.stop = "kg";
     family.findStart = byStrings;

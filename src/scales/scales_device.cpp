@@ -115,17 +115,16 @@ void TScalesDevice::GetScalesList(QStringList& AValue) const
 
 void TScalesDevice::SetUpComport()
 {
-    const TFamily* family = familyOf(FScalesType);
-    if (FComport && family != nullptr) {
-        if (family->settings) {
-            FComport->SetBaudRate(family->settings->baudRate);
-            FComport->SetDataBits(8);
-            FComport->SetParity(family->settings->parity);
-            FComport->SetStopBits(platform::TStopBits::One);
+    Operation([this] {
+        const TFamily* family = familyOf(FScalesType);
+        if (FComport && family != nullptr) {
+            FComport->SetReadGap(family->readGapMs);
+            if (family->settings) {
+                CallOut([&] { FComport->SetLine(*family->settings); });
+            }
         }
-        FComport->SetReadGap(family->readGapMs);
-    }
-    bind();
+        bind();
+    });
 }
 
 int TScalesDevice::GetWeight(bool Safe)

@@ -12,13 +12,6 @@ namespace tnv5::scales {
 /// Step of the dialogue with a scale: a handshake is expected, or a weight.
 enum class TStep { Hey, Ask };
 
-/// Settings that a family needs of its port.
-struct TPortSettings
-{
-    int baudRate;
-    platform::TParity parity; // always 8 data bits, 1 stop bit
-};
-
 /// What to do about one packet.
 struct TDecision
 {
@@ -43,12 +36,12 @@ using TDecode = TDecision (*)(TStep step, const QByteArray& packet, int lastWeig
 /// One protocol family: everything that sets it apart from the others.
 struct TFamily
 {
-    QString name;                          ///< text in the list of families
-    std::optional<TPortSettings> settings; ///< none: the host's settings stay
-    int readGapMs = 0;                     ///< quiet time after which a read is handed over
-    QByteArray request;                    ///< first request; empty: the scale talks by itself
-    bool requestAfterReset = false;        ///< where the request stands when a scale has not answered
-    QByteArray start;                      ///< start and stop string; both empty: those set before stay
+    QString name;                                    ///< text in the list of families
+    std::optional<platform::TLineSettings> settings; ///< none: the host's settings stay
+    int readGapMs = 0;                               ///< quiet time after which a read is handed over
+    QByteArray request;                              ///< first request; empty: the scale talks by itself
+    bool requestAfterReset = false; ///< where the request stands when a scale has not answered
+    QByteArray start;               ///< start and stop string; both empty: those set before stay
     QByteArray stop;
     TFind findStart = nullptr;
     TFind findStop = nullptr;

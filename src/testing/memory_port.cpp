@@ -53,6 +53,13 @@ void TMemoryPort::doClose()
     FOpen = false;
 }
 
+void TMemoryPort::applySettings()
+{
+    if (const auto handler = OnSettings) {
+        platform::guarded(handler);
+    }
+}
+
 void TMemoryPort::doWrite(const QByteArray& bytes)
 {
     failIfOrdered(OnWriting, WriteFailure);

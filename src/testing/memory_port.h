@@ -45,6 +45,10 @@ public:
     std::function<void()> OnClosing;
     std::function<void()> OnWriting;
 
+    /// Called when settings have changed; what it raises goes to the exception handler. It may destroy the
+    /// port.
+    std::function<void()> OnSettings;
+
     /// Called after each successful write, for example to answer it.
     std::function<void(const QByteArray& bytes)> OnWritten;
 
@@ -67,6 +71,7 @@ protected:
     void doOpen() override;
     void doClose() override;
     void doWrite(const QByteArray& bytes) override;
+    void applySettings() override;
 
 private:
     void failIfOrdered(const std::function<void()>& before, const std::optional<QString>& failure);

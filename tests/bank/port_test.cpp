@@ -201,6 +201,25 @@ TEST_F(Port, MayGoWhileItIsOpened)
     EXPECT_FALSE(pos->IsConnected());
 }
 
+TEST_F(Port, MayGoWhileItIsSetUp)
+{
+    int settings = 0;
+    port->OnSettings = [&] {
+        ++settings;
+        port.reset();
+    };
+    pos->SetConnection(true);
+    EXPECT_EQ(settings, 1);
+    EXPECT_FALSE(pos->IsConnected());
+}
+
+TEST_F(Port, ATerminalMayGoWhileItsPortIsSetUp)
+{
+    port->OnSettings = [&] { pos.reset(); };
+    EXPECT_FALSE(pos->SetConnection(true));
+    trace.expect({});
+}
+
 TEST_F(Port, IsNotOwned)
 {
     pos.reset();

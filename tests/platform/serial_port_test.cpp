@@ -191,6 +191,41 @@ TEST_F(SerialPortTest, APortThatGoesAwayClosesAndReports)
     EXPECT_THROW(port.Write("x"), EComPort);
 }
 
+TEST_F(SerialPortTest, SettingsFindOutThatAPortHasGoneAway)
+{
+    port.Open();
+    int reports = 0;
+    port.OnException = [&](TComponent*, TComExceptionKind kind, const QString&, qint64 number,
+                           const QString&) {
+        ++reports;
+        EXPECT_EQ(kind, TComExceptionKind::Resource);
+        EXPECT_EQ(number, EIO);
+        EXPECT_FALSE(port.Connected());
+    };
+    unplug();
+    port.SetLine({4800, 7, TParity::Even, TStopBits::Two});
+    EXPECT_EQ(reports, 1) << "at once, and once for all of them";
+    EXPECT_FALSE(port.Connected());
+    EXPECT_EQ(port.BaudRate(), 4800);
+    EXPECT_EQ(port.DataBits(), 7);
+    EXPECT_EQ(port.Parity(), TParity::Even);
+    EXPECT_EQ(port.StopBits(), TStopBits::Two);
+    port.SetBaudRate(9600);
+    EXPECT_EQ(reports, 1);
+}
+
+TEST_F(SerialPortTest, APortMayBeDestroyedBecauseOfItsSettings)
+{
+    auto* doomed = new TSerialPort;
+    doomed->SetPort(port.Port());
+    doomed->OnException = [&](auto&&...) { delete std::exchange(doomed, nullptr); };
+    doomed->Open();
+    unplug();
+    doomed->SetParity(TParity::Odd);
+    EXPECT_EQ(doomed, nullptr);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
 TEST_F(SerialPortTest, ALineThatIsNotReadDoesNotGrowMemory)
 {
     port.Open();

@@ -241,4 +241,27 @@ TEST_F(Port, FailedWriteLeavesTheComponentAndIsNotLogged)
     trace.expect(sent("\x00\x00\x03"_b));
 }
 
+TEST_F(Port, MayGoWhileItIsSetUp)
+{
+    scales->SetScalesType(1);
+    int settings = 0;
+    port->OnSettings = [&] {
+        ++settings;
+        port.reset();
+    };
+    scales->SetUpComport();
+    EXPECT_EQ(settings, 1);
+    EXPECT_FALSE(scales->IsConnected());
+    trace.expect({});
+}
+
+TEST_F(Port, ScalesMayGoWhileTheirPortIsSetUp)
+{
+    scales->SetScalesType(1);
+    port->OnSettings = [&] { scales.reset(); };
+    scales->SetUpComport();
+    EXPECT_EQ(scales, nullptr);
+    trace.expect({});
+}
+
 } // namespace
