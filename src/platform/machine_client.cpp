@@ -79,7 +79,13 @@ void TMachineClient::Send(const QByteArray& bytes)
         FSocket->abort(); // tells that it is disconnected
         throw ESocketError(QStringLiteral("The server does not read"));
     }
-    FSocket->write(bytes);
+    const QPointer<QSslSocket> socket(FSocket);
+    socket->write(bytes);
+    // each line leaves at once and by itself: the server takes what it reads as one line
+    socket->flush(); // may find the link broken, and tell
+    if (!socket || socket->state() != QAbstractSocket::ConnectedState) {
+        throw ESocketError(QStringLiteral("The connection has ended"));
+    }
 }
 
 void TMachineClient::onConnected()

@@ -145,10 +145,10 @@ void TMachineServer::doClose()
     }
 }
 
-void TMachineServer::SendToAll(const QByteArray& bytes, bool /*newestFirst*/)
+void TMachineServer::SendToAll(const QByteArray& bytes, bool newestFirst)
 {
     if (FWorker != nullptr && !FLinks.isEmpty()) {
-        FWorker->post(bytes);
+        FWorker->post(bytes, newestFirst);
     }
 }
 

@@ -102,6 +102,7 @@ void TServerWorker::enter(QTcpSocket* socket)
 {
     const auto link = std::make_shared<TServerLink>(peerAddress(*socket));
     FLinks.insert(socket, link);
+    FInOrder.append(socket);
     FEvents.joined(link);
     connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(socket); });
     if (socket->bytesAvailable() > 0) {
@@ -151,6 +152,7 @@ void TServerWorker::onDisconnected(QTcpSocket* socket)
 void TServerWorker::drop(QTcpSocket* socket)
 {
     FLinks.remove(socket);
+    FInOrder.removeOne(socket);
     --FSockets;
     socket->disconnect(this);
     socket->abort();
@@ -164,14 +166,16 @@ void TServerWorker::refuse(QTcpSocket* socket, const QString& reason)
     FEvents.refused(address, reason);
 }
 
-void TServerWorker::post(const QByteArray& bytes)
+void TServerWorker::post(const QByteArray& bytes, bool newestFirst)
 {
     const QMutexLocker locked(&FLock);
     const bool first = FPosted.isEmpty();
-    if (FPosted.size() + bytes.size() > kMaxPosted) {
+    const qsizetype size = bytes.size() + kTextOverhead;
+    if (FPostedSize + size > kMaxPosted) {
         FTooMuchPosted = true;
     } else {
-        FPosted += bytes;
+        FPosted.append({bytes, newestFirst});
+        FPostedSize += size;
     }
     if (first) {
         QMetaObject::invokeMethod(this, &TServerWorker::sendPosted, Qt::QueuedConnection);
@@ -180,22 +184,29 @@ void TServerWorker::post(const QByteArray& bytes)
 
 void TServerWorker::sendPosted()
 {
-    QByteArray bytes;
+    QList<TText> posted;
     bool tooMuch = false;
     {
         const QMutexLocker locked(&FLock);
-        bytes = std::exchange(FPosted, {});
+        posted = std::exchange(FPosted, {});
+        FPostedSize = 0;
         tooMuch = std::exchange(FTooMuchPosted, false);
     }
-    const QList<QTcpSocket*> sockets = FLinks.keys();
-    for (QTcpSocket* const socket : sockets) {
-        if (!FLinks.contains(socket)) {
-            continue; // it left while others were served
-        }
-        if (tooMuch) {
-            dropUnsent(socket);
-        } else {
-            send(socket, bytes);
+    while (tooMuch && !FInOrder.isEmpty()) {
+        dropUnsent(FInOrder.first());
+    }
+    for (const TText& text : std::as_const(posted)) {
+        sendToAll(text);
+    }
+}
+
+void TServerWorker::sendToAll(const TText& text)
+{
+    const QList<QTcpSocket*> sockets = FInOrder;
+    for (qsizetype i = 0; i < sockets.size(); ++i) {
+        QTcpSocket* const socket = sockets[text.newestFirst ? sockets.size() - 1 - i : i];
+        if (FLinks.contains(socket)) { // else it left while others were served
+            send(socket, text.bytes);
         }
     }
 }

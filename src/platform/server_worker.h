@@ -39,8 +39,9 @@ public:
     TServerWorker(TEvents events, TServerAccess access, std::optional<QSslConfiguration> tls);
     ~TServerWorker() override;
 
-    /// From any thread: sends to all that are in.
-    void post(const QByteArray& bytes);
+    /// From any thread: sends a text to all that are in, by itself: clients of the controllers tell texts
+    /// apart best that come one at a time.
+    void post(const QByteArray& bytes, bool newestFirst);
     /// While it holds, nobody new is let in: the main thread has not heard of those that came before.
     void setHeld(bool held);
 
@@ -48,8 +49,16 @@ protected:
     void incomingConnection(qintptr descriptor) override;
 
 private:
+    struct TText
+    {
+        QByteArray bytes;
+        bool newestFirst;
+    };
+
     /// Bytes that may wait for the thread to take them, once for all clients.
     static constexpr qsizetype kMaxPosted = 8 * kMaxSocketQueue;
+    /// What a waiting text takes beside its bytes.
+    static constexpr qsizetype kTextOverhead = 64;
 
     void startTls(QSslSocket* socket);
     void enter(QTcpSocket* socket);
@@ -57,6 +66,7 @@ private:
     void onError(QTcpSocket* socket, QAbstractSocket::SocketError error);
     void onDisconnected(QTcpSocket* socket);
     void sendPosted();
+    void sendToAll(const TText& text);
     void send(QTcpSocket* socket, const QByteArray& bytes);
     void dropUnsent(QTcpSocket* socket);
     /// Ends a link; what is told of it comes after.
@@ -67,9 +77,11 @@ private:
     const TServerAccess FAccess;
     const std::optional<QSslConfiguration> FTls;
     QHash<QTcpSocket*, PServerLink> FLinks; // that are in
+    QList<QTcpSocket*> FInOrder;            // the same, the newest last
     int FSockets = 0;                       // these and those that are about to come in
     QMutex FLock;
-    QByteArray FPosted;
+    QList<TText> FPosted;
+    qsizetype FPostedSize = 0;
     bool FTooMuchPosted = false;
     bool FHeld = false;
 };

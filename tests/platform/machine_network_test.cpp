@@ -1,13 +1,18 @@
 // The machine's own sockets, on loopback and on ports that the system chooses.
 
 #include "support/wait.h"
+#include "tnv5/platform/server_worker.h"
 #include "tnv5/platform/sockets.h"
 
 #include <QElapsedTimer>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <algorithm>
 #include <cerrno>
 #include <gtest/gtest.h>
+#include <linux/tcp.h>
+#include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 
 namespace tnv5::tests {
@@ -129,6 +134,145 @@ TEST_F(MachineNetwork, WhatIsSentBeforeClosingArrives)
     client.socket->Send("last words");
     client.socket->Close();
     EXPECT_TRUE(eventually([&] { return server.read == "last words"; }));
+}
+
+// What a peer can read by now; nothing is done for the sockets of this thread meanwhile.
+QByteArray arrived(const QTcpSocket& peer)
+{
+    constexpr int kLongMs = 60'000; // passes only when nothing comes
+    const int descriptor = static_cast<int>(peer.socketDescriptor());
+    pollfd entry{descriptor, POLLIN, 0};
+    char bytes[256];
+    const auto size = ::poll(&entry, 1, kLongMs) == 1 ? ::recv(descriptor, bytes, sizeof bytes, 0) : 0;
+    return {bytes, std::max(static_cast<qsizetype>(size), qsizetype(0))};
+}
+
+TEST_F(MachineNetwork, EachLineOfAClientLeavesAtOnce)
+{
+    QTcpServer listener;
+    ASSERT_TRUE(listener.listen(QHostAddress::LocalHost));
+    TClient client(listener.serverPort());
+    ASSERT_TRUE(client.connects() && eventually([&] { return listener.hasPendingConnections(); }));
+    const std::unique_ptr<QTcpSocket> peer(listener.nextPendingConnection());
+    client.socket->Send("$01AR111");
+    EXPECT_EQ(arrived(*peer), "$01AR111");
+    client.socket->Send("$02AR222");
+    EXPECT_EQ(arrived(*peer), "$02AR222");
+}
+
+// The peer has gone, and the loop has not told yet.
+TEST_F(MachineNetwork, ALineForNobodyIsNotTakenForSent)
+{
+    QTcpServer listener;
+    ASSERT_TRUE(listener.listen(QHostAddress::LocalHost));
+    TClient client(listener.serverPort());
+    ASSERT_TRUE(client.connects() && eventually([&] { return listener.hasPendingConnections(); }));
+    std::unique_ptr<QTcpSocket> peer(listener.nextPendingConnection());
+    const linger atOnce{1, 0};
+    ASSERT_EQ(::setsockopt(static_cast<int>(peer->socketDescriptor()), SOL_SOCKET, SO_LINGER, &atOnce,
+                           sizeof atOnce),
+              0);
+    peer.reset();
+    QElapsedTimer since;
+    since.start();
+    QString told;
+    while (told.isEmpty() && since.elapsed() < 60'000) {
+        try {
+            client.socket->Send("$01AR111");
+        } catch (const ESocketError& error) {
+            told = error.message();
+        }
+    }
+    EXPECT_EQ(told, "The connection has ended");
+    EXPECT_FALSE(client.socket->Active());
+    EXPECT_EQ(client.events, (QStringList{"+", "-"}));
+    EXPECT_THROW(client.socket->Send("x"), ESocketError);
+}
+
+TEST_F(MachineNetwork, AClientMayBeDestroyedWhenItsLinkIsFoundBroken)
+{
+    QTcpServer listener;
+    ASSERT_TRUE(listener.listen(QHostAddress::LocalHost));
+    TClient client(listener.serverPort());
+    ASSERT_TRUE(client.connects() && eventually([&] { return listener.hasPendingConnections(); }));
+    std::unique_ptr<QTcpSocket> peer(listener.nextPendingConnection());
+    client.socket->OnDisconnect = [&] { client.socket.reset(); };
+    peer->abort();
+    while (client.socket) {
+        try {
+            client.socket->Send("$01AR111");
+        } catch (const ESocketError&) {
+            EXPECT_EQ(client.socket, nullptr);
+        }
+    }
+}
+
+TEST_F(MachineNetwork, LongTextsArriveWhole)
+{
+    server.socket->Open();
+    TClient client(server.port());
+    ASSERT_TRUE(joined() && client.connects());
+    QByteArray text(kMaxSocketQueue - 1, ' ');
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        text[i] = static_cast<char>(i % 251);
+    }
+    client.socket->Send(text);
+    EXPECT_TRUE(eventually([&] { return server.read == text; }));
+    server.socket->SendToAll(text, false);
+    EXPECT_TRUE(eventually([&] { return client.read == text; }));
+}
+
+// Clients that do not read, each with an address of its own, are dropped in the order in which they are
+// served.
+TEST_F(MachineNetwork, ServesInTheOrderAskedFor)
+{
+    const QByteArray text(7 * kMaxSocketQueue, 'x'); // more than the system takes at once
+    for (const bool newestFirst : {false, true}) {
+        QStringList served;
+        server.socket->OnSendFailure = [&](TServerConnection& client, const QString&) {
+            served << client.RemoteAddress();
+        };
+        server.socket->Open();
+        QTcpSocket deaf[5];
+        QStringList expected;
+        for (int i = 0; i < 5; ++i) {
+            const QString address = QStringLiteral("127.0.0.%1").arg(10 + i);
+            ASSERT_TRUE(deaf[i].bind(QHostAddress(address)));
+            deaf[i].setReadBufferSize(1);
+            deaf[i].connectToHost(QHostAddress::LocalHost, static_cast<quint16>(server.port()));
+            ASSERT_TRUE(joined(i + 1));
+            expected.insert(newestFirst ? 0 : i, address);
+        }
+        server.socket->SendToAll(text, newestFirst);
+        EXPECT_TRUE(joined(0));
+        EXPECT_EQ(served, expected);
+        server.socket->Close();
+    }
+}
+
+// Two texts that wait for the sockets' thread do not leave as one.
+TEST(ServerWorker, SendsEachTextByItself)
+{
+    platform::PServerLink link;
+    platform::TServerWorker::TEvents events{.joined = [&](const auto& joined) { link = joined; },
+                                            .hasRead = [](auto&&...) {},
+                                            .failed = [](auto&&...) {},
+                                            .notSent = [](auto&&...) {},
+                                            .left = [](auto&&...) {},
+                                            .refused = [](auto&&...) {}};
+    platform::TServerWorker worker(events, {}, {});
+    ASSERT_TRUE(worker.listen(QHostAddress::LocalHost));
+    QTcpSocket client;
+    client.connectToHost(QHostAddress::LocalHost, worker.serverPort());
+    ASSERT_TRUE(eventually([&] { return link && client.state() == QAbstractSocket::ConnectedState; }));
+    worker.post("STATUS!COME!01A!123!NEW!NEW&", false);
+    worker.post("LOG!Come in&", false);
+    EXPECT_TRUE(eventually([&] { return client.peek(100) == "STATUS!COME!01A!123!NEW!NEW&LOG!Come in&"; }));
+    tcp_info info{};
+    socklen_t size = sizeof info;
+    ASSERT_EQ(::getsockopt(static_cast<int>(client.socketDescriptor()), IPPROTO_TCP, TCP_INFO, &info, &size),
+              0);
+    EXPECT_GE(info.tcpi_data_segs_in, 2U);
 }
 
 TEST_F(MachineNetwork, ServerOpensAgain)
