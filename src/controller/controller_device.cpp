@@ -214,12 +214,13 @@ bool TControllerDevice::ready()
     }
 }
 
-// The mode is asked for again when the server is not ready: a handler may have changed it meanwhile.
+// The mode is asked for again: a handler may have changed it meanwhile.
 void TControllerDevice::sendToMonitor(const QByteArray& text)
 {
     if (role() == podServer && ready()) {
         CallOut([&] { DeviceServer->SendToAll(text, FFamily.newestFirst); });
-    } else if (role() == PodClient && FFamily.clientSendsTexts) {
+    }
+    if (role() == PodClient && FFamily.clientSendsTexts) {
         sendToServer(text);
     }
 }

@@ -88,7 +88,8 @@ void TModelController::toMonitor(const QByteArray& text)
 {
     if (mode() == Server && ready()) {
         sendToAll(text);
-    } else if (mode() == Client && FManners.clientSends) {
+    }
+    if (mode() == Client && FManners.clientSends) {
         toServer(text);
     }
 }
