@@ -25,4 +25,16 @@ int VariantToInteger(const QVariant& value)
     return static_cast<int>(rounded);
 }
 
+QString VariantToText(const QVariant& value)
+{
+    constexpr double kExact = 9'007'199'254'740'992; // beyond it not every whole number has a double
+    if (value.typeId() == QMetaType::Double || value.typeId() == QMetaType::Float) {
+        const double number = value.toDouble();
+        if (std::abs(number) <= kExact && number == std::floor(number)) {
+            return QString::number(static_cast<qint64>(number));
+        }
+    }
+    return value.toString();
+}
+
 } // namespace tnv5::common

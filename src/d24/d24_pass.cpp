@@ -219,7 +219,7 @@ int TTurnStylerDeviceD24::askHost(const PRFidInfo& pass, int mode, int withoutHa
     const QVariant answer = ask(FCheckSQL, withoutHandler, -1, pass->IP, pass->Device, pass->DeviceType,
                                 pass->CardNumber, pass->Status, pass->Img, mode, mess);
     if (mode == cmOpen) {
-        pass->InfoMess = mess.toString();
+        pass->InfoMess = common::VariantToText(mess);
     }
     return common::VariantToInteger(answer);
 }

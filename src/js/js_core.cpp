@@ -5,6 +5,7 @@
 #include "tnv5/js/prelude.h"
 #include "tnv5/platform/automation/automation.h"
 #include "tnv5/platform/code_page.h"
+#include "tnv5/script/convert.h"
 
 #include <QImage>
 #include <QMetaProperty>
@@ -309,7 +310,7 @@ QJSValue TCore::kindsOf(const script::TScriptParams& params)
 
 QJSValue TCore::toScript(const QVariant& given)
 {
-    const QVariant value = withoutDates(given);
+    const QVariant value = script::withoutDates(given);
     const QMetaType type = value.metaType();
     if (type.flags().testFlag(QMetaType::PointerToQObject)) {
         return wrapperOf(qvariant_cast<QObject*>(value));

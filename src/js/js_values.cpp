@@ -4,7 +4,6 @@
 #include "tnv5/platform/errors.h"
 #include "tnv5/script/convert.h"
 
-#include <QDateTime>
 #include <QMetaEnum>
 #include <cmath>
 
@@ -14,14 +13,6 @@ using platform::EConvertError;
 namespace automation = platform::automation;
 
 namespace {
-
-const QDate kDayZero(1899, 12, 30);
-constexpr double kMsPerDay = 86'400'000;
-
-double days(QDate date, QTime time)
-{
-    return double(kDayZero.daysTo(date)) + time.msecsSinceStartOfDay() / kMsPerDay;
-}
 
 /// The enumeration of a type, if the system knows it.
 QMetaEnum enumerationOf(QMetaType type)
@@ -85,22 +76,6 @@ QVariant toProperty(const QVariant& value, QMetaType type)
     default:
         throw EConvertError(QStringLiteral("Scripts have no values of the type ") +
                             QString::fromLatin1(type.name()));
-    }
-}
-
-QVariant withoutDates(const QVariant& value)
-{
-    switch (value.typeId()) {
-    case QMetaType::QDateTime: {
-        const QDateTime time = value.toDateTime();
-        return days(time.date(), time.time());
-    }
-    case QMetaType::QDate:
-        return days(value.toDate(), QTime(0, 0));
-    case QMetaType::QTime:
-        return days(kDayZero, value.toTime());
-    default:
-        return value;
     }
 }
 

@@ -12,9 +12,6 @@ namespace tnv5::js {
 /// @throws platform::EConvertError
 QVariant toProperty(const QVariant& value, QMetaType type);
 
-/// Date-times as numbers: days since 1899-12-30. Other values stay as they are.
-QVariant withoutDates(const QVariant& value);
-
 /// @throws platform::EConvertError for a value that automation does not have
 platform::automation::TValue toAutomation(const QVariant& value);
 QVariant fromAutomation(const platform::automation::TValue& value);

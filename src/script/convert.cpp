@@ -4,6 +4,7 @@
 #include "tnv5/platform/code_page.h"
 #include "tnv5/platform/errors.h"
 
+#include <QDateTime>
 #include <QStringList>
 
 namespace tnv5::script {
@@ -11,6 +12,14 @@ namespace tnv5::script {
 using platform::EConvertError;
 
 namespace {
+
+const QDate kDayZero(1899, 12, 30);
+constexpr double kMsPerDay = 86'400'000;
+
+double days(QDate date, QTime time)
+{
+    return double(kDayZero.daysTo(date)) + time.msecsSinceStartOfDay() / kMsPerDay;
+}
 
 [[noreturn]] void refuse(const QVariant& value, QStringView wanted)
 {
@@ -66,8 +75,9 @@ int ToInteger(const QVariant& value)
     return common::VariantToInteger(value);
 }
 
-double ToDouble(const QVariant& value)
+double ToDouble(const QVariant& given)
 {
+    const QVariant value = withoutDates(given);
     bool ok = isNumber(value) || isText(value);
     const double number = ok ? value.toDouble(&ok) : 0;
     if (!ok) {
@@ -81,7 +91,7 @@ QString ToText(const QVariant& value)
     if (!isNumber(value) && !isText(value)) {
         refuse(value, u"a text");
     }
-    return value.toString();
+    return common::VariantToText(value);
 }
 
 QStringList ToTextList(const QVariant& value)
@@ -129,6 +139,22 @@ QImage ToImage(const QVariant& value)
         throw EConvertError("'" + file + "' is not a file with a picture");
     }
     return image;
+}
+
+QVariant withoutDates(const QVariant& value)
+{
+    switch (value.typeId()) {
+    case QMetaType::QDateTime: {
+        const QDateTime time = value.toDateTime();
+        return days(time.date(), time.time());
+    }
+    case QMetaType::QDate:
+        return days(value.toDate(), QTime(0, 0));
+    case QMetaType::QTime:
+        return days(kDayZero, value.toTime());
+    default:
+        return value;
+    }
 }
 
 QByteArray TScriptValue<QByteArray>::from(const QVariant& value)

@@ -14,13 +14,18 @@ namespace tnv5::script {
 // (null).
 bool ToBoolean(const QVariant& value);
 int ToInteger(const QVariant& value);
+/// Date-times count as the days since 1899-12-30.
 double ToDouble(const QVariant& value);
+/// Whole numbers have all their digits, as those of cards do.
 QString ToText(const QVariant& value);
 QStringList ToTextList(const QVariant& value);
 /// The object, none for null.
 QObject* ToObject(const QVariant& value, const QMetaObject& type);
 /// A picture, or the file of one; an empty picture for null.
 QImage ToImage(const QVariant& value);
+
+/// Date-times as numbers: days since 1899-12-30. Other values stay as they are.
+QVariant withoutDates(const QVariant& value);
 
 template <class T>
 concept CObject =

@@ -79,7 +79,7 @@ void TSwitchDevice::askWantedState(const PRFidInfo& job)
 {
     QVariant wanted = kOff;
     Fire(FOnNewItem, job->Device, job->Relay, job->Status, job->StatusDevice, wanted);
-    job->Status = wanted.toString();
+    job->Status = common::VariantToText(wanted);
 }
 
 void TSwitchDevice::switchOn(const PRFidInfo& job)

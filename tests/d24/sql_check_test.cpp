@@ -130,6 +130,9 @@ TEST_F(SqlCheck, TheMessageIsReadAsText)
     answer(2, 15);
     gate->p_hw_SQLCheck(0, 0);
     EXPECT_EQ(pass->InfoMess, "15");
+    answer(2, 3e9); // with all its digits
+    gate->p_hw_SQLCheck(0, 0);
+    EXPECT_EQ(pass->InfoMess, "3000000000");
     answer(2, QVariant());
     gate->p_hw_SQLCheck(0, 0);
     EXPECT_EQ(pass->InfoMess, "");

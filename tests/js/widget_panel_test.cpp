@@ -3,7 +3,11 @@
 #include "script_fixture.h"
 #include "tnv5/panel/turn_styler.h"
 
+#include <QCoreApplication>
+#include <QEvent>
+#include <QLabel>
 #include <QPushButton>
+#include <QTemporaryDir>
 
 namespace {
 
@@ -60,6 +64,46 @@ TEST_F(ScriptPanel, ClicksReachTheScript)
     const QStringList lines = trace.take();
     ASSERT_EQ(lines.size(), 1);
     EXPECT_TRUE(lines[0].endsWith(" true")) << qPrintable(lines[0]);
+}
+
+TEST_F(ScriptPanel, ListsAreSavedAndLoaded)
+{
+    const QTemporaryDir folder;
+    run("panel.IniFile = '" + folder.filePath("club.ini") +
+        "'; panel.IniSection = 'Gates';"
+        "Add(panel.TurnStylerList).GateA = '01A'; var item = Add(panel.TurnStylerList);"
+        "item.GateB = '02B'; item.EntryB = 7; panel.save();"
+        "var other = new TTurnStyler(); other.IniFile = panel.IniFile; other.IniSection = 'Gates'; "
+        "other.load()");
+    EXPECT_EQ(
+        run("[other.TurnStylerList.Count, other.FindItemByGate('02B'), other.FindItemByGateEntry('02B')]")
+            .toList(),
+        (QVariantList{2, 1, 7}));
+}
+
+TEST_F(ScriptPanel, ControlsAreBuiltShowStatesAndGo)
+{
+    QScrollArea box;
+    panel::TImageList states;
+    engine->RegisterObject("box", &box);
+    engine->RegisterObject("states", &states);
+    const auto captions = [&] {
+        QString texts;
+        for (const QLabel* const label : box.findChildren<QLabel*>()) {
+            texts += label->text();
+        }
+        return texts;
+    };
+    run("panel.ScrollBox = box; panel.Images = states; var item = Add(panel.TurnStylerList);"
+        "item.Caption = 'Hall'; item.GateA = '01A'; panel.SetUpItems()");
+    EXPECT_FALSE(box.findChildren<QPushButton*>().isEmpty());
+    EXPECT_FALSE(captions().contains("came in"));
+    run("panel.Setitemstate('01A', 0, 'came in')");
+    EXPECT_TRUE(captions().contains("came in")) << qPrintable(captions());
+    run("panel.ClearItems()");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(box.findChildren<QPushButton*>().isEmpty());
+    endEngine(); // the panel goes before its box
 }
 
 TEST_F(ScriptPanel, TheExampleShowsItsGates)

@@ -17,6 +17,8 @@
 #include "tnv5/testing/memory_port.h"
 #include "tnv5/turnstile/turnstile_device.h"
 
+#include <QDateTime>
+#include <QSet>
 #include <gtest/gtest.h>
 
 namespace {
@@ -282,6 +284,82 @@ TEST_F(Calls, CashAdvanceHasNoMerchant)
     EXPECT_THROW(engine.call("TBankPOS.CashAdvance", &pos, {100, 7, 5}), EConvertError);
 }
 
+/// What an operation of a terminal tells and calls.
+template <class Operation>
+QStringList doneBy(bank::TBankPOS& pos, const Operation& operation)
+{
+    TLibrary::calls.clear();
+    QStringList told;
+    pos.SetOnLog([&](auto*, const QString& text) { told << text; });
+    const bool result = operation();
+    pos.SetOnLog({});
+    return told + TLibrary::calls + QStringList{result ? "true" : "false"};
+}
+
+TEST_F(Calls, EveryOperationOfATerminalIsItself)
+{
+    bank::TBankPOS pos;
+    const platform::automation::TRegisteredClass ours(u"ECRCommX.BPOS1Lib",
+                                                      [] { return std::make_shared<TLibrary>(); });
+    pos.SetPosType(1);
+    ASSERT_TRUE(pos.Init());
+    struct TOperation
+    {
+        const char* name;
+        QVariantList args;
+        std::function<bool()> direct;
+    };
+    const std::vector<TOperation> operations{
+        {"IsInit", {}, [&] { return pos.IsInit(); }},
+        {"Connect", {}, [&] { return pos.Connect(); }},
+        {"Disconnect", {}, [&] { return pos.Disconnect(); }},
+        {"DeviceInfo", {}, [&] { return pos.DeviceInfo(); }},
+        {"Test", {}, [&] { return pos.Test(); }},
+        {"Purchase", {100, 7, 5}, [&] { return pos.Purchase(100, 7, 5); }},
+        {"PurchaseReturn", {100, "RRN", "ID", 5}, [&] { return pos.PurchaseReturn(100, "RRN", "ID", 5); }},
+        {"XReport", {5}, [&] { return pos.XReport(5); }},
+        {"ZReport", {5}, [&] { return pos.ZReport(5); }},
+    };
+    QSet<QStringList> all;
+    for (const TOperation& operation : operations) {
+        const QStringList direct = doneBy(pos, operation.direct);
+        EXPECT_EQ(
+            doneBy(pos,
+                   [&] {
+                       QVariantList args = operation.args;
+                       return engine.call(QStringLiteral("TBankPOS.") + operation.name, &pos, args).toBool();
+                   }),
+            direct)
+            << operation.name;
+        EXPECT_FALSE(all.contains(direct)) << operation.name << " cannot be told from another one";
+        all.insert(direct);
+    }
+}
+
+TEST_F(Calls, CommandsForOneAddress)
+{
+    connector::TDeviceConnector connector;
+    testkit::TMemoryPort port;
+    connector.SetComport(&port);
+    connector.SetConnectorType(connector::podComPort);
+    port.Open();
+    connector.SendDirectCommand("000A", "RL2");
+    const QByteArray written = port.takeWritten();
+    EXPECT_FALSE(written.isEmpty());
+    engine.call("TDeviceConnector.SendDirectCommand", &connector, {"000A", "RL2"});
+    EXPECT_EQ(port.takeWritten(), written);
+}
+
+TEST_F(Calls, AScaleSetsUpItsPort)
+{
+    scales::TScalesDevice scale;
+    testkit::TMemoryPort port;
+    scale.SetComport(&port);
+    scale.SetScalesType(1);
+    engine.call("TScalesDevice.SetUpComport", &scale);
+    EXPECT_EQ(port.BaudRate(), 4800);
+}
+
 TEST(Record, AWrapperHoldsACopy)
 {
     d24::TRFidInfo record;
@@ -363,6 +441,13 @@ TEST(Convert, Table)
         {true, true, 1.0, "true"},
         {0, false, 0.0, "0"},
         {2.5, true, 2.5, "2.5"},
+        {3e9, true, 3e9, "3000000000"},
+        {1e6F, true, 1e6, "1000000"},
+        {-9007199254740992.0, true, -9007199254740992.0, "-9007199254740992"},
+        {1e21, true, 1e21, "1e+21"},
+        {QDateTime(QDate(1970, 1, 1), QTime(12, 0)), none, 25569.5, none},
+        {QDate(1899, 12, 29), none, -1.0, none},
+        {QTime(6, 0), none, 0.25, none},
         {"True", true, none, "True"},
         {"false", false, none, "false"},
         {" 1 ", true, 1.0, " 1 "},

@@ -124,7 +124,7 @@ TEST_F(Sweep, ANewJobWithoutAnAnswerIsOff)
 TEST_F(Sweep, TheWantedStateIsTakenAsText)
 {
     for (const auto& [answer, state] : std::initializer_list<std::pair<QVariant, QString>>{
-             {7, "7"}, {QString("on"), "on"}, {QString(), ""}, {true, "true"}}) {
+             {7, "7"}, {3e9, "3000000000"}, {QString("on"), "on"}, {QString(), ""}, {true, "true"}}) {
         makeJob("000A!1!NONE!OFF");
         NewStatus = answer;
         sweep();
