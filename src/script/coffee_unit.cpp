@@ -1,6 +1,7 @@
 #include "tnv5/coffee/qr_block.h"
 #include "tnv5/coffee/qr_text.h"
 #include "tnv5/script/binding.h"
+#include "tnv5/script/convert.h"
 #include "tnv5/script/units.h"
 
 #include <QDateTime>
@@ -14,7 +15,6 @@ constexpr int kSecPerMin = 60;
 constexpr int kSecPerHour = 3'600;
 constexpr int kSecPerDay = 86'400;
 constexpr double kMinDayFraction = 1.0 / 1'440; // a minute
-const QDate kDayZero(1899, 12, 30);
 
 } // namespace
 

@@ -1,6 +1,7 @@
 #include "tnv5/script/convert.h"
 
 #include "tnv5/common/variants.h"
+#include "tnv5/platform/clock.h"
 #include "tnv5/platform/code_page.h"
 #include "tnv5/platform/errors.h"
 
@@ -13,12 +14,9 @@ using platform::EConvertError;
 
 namespace {
 
-const QDate kDayZero(1899, 12, 30);
-constexpr double kMsPerDay = 86'400'000;
-
 double days(QDate date, QTime time)
 {
-    return double(kDayZero.daysTo(date)) + time.msecsSinceStartOfDay() / kMsPerDay;
+    return double(kDayZero.daysTo(date)) + double(time.msecsSinceStartOfDay()) / platform::kMsPerDay;
 }
 
 [[noreturn]] void refuse(const QVariant& value, QStringView wanted)

@@ -2,6 +2,7 @@
 
 #include "tnv5/script/script_engine.h"
 
+#include <QDate>
 #include <QImage>
 #include <concepts>
 #include <type_traits>
@@ -24,6 +25,8 @@ QObject* ToObject(const QVariant& value, const QMetaObject& type);
 /// A picture, or the file of one; an empty picture for null.
 QImage ToImage(const QVariant& value);
 
+/// Day 0 of date-times.
+inline const QDate kDayZero(1899, 12, 30);
 /// Date-times as numbers: days since 1899-12-30. Other values stay as they are.
 QVariant withoutDates(const QVariant& value);
 
