@@ -68,6 +68,7 @@ std::optional<Enum> valueOf(const Words& words, QStringView text)
 const QDate kFirstDay(1899, 12, 30);
 const QString kDayFormat = QStringLiteral("yyyy-MM-dd");
 const QString kTimeFormat = QStringLiteral("HH:mm:ss.zzz");
+const QString kWholeSeconds = QStringLiteral("HH:mm:ss"); // as other programs write them
 
 qint64 toMs(platform::TDateTime time)
 {
@@ -168,7 +169,9 @@ QString toText(platform::TDateTime time)
 platform::TDateTime toDateTime(const QString& text)
 {
     const QDate day = QDate::fromString(text.left(10), kDayFormat);
-    const QTime time = QTime::fromString(text.mid(11), kTimeFormat);
+    const QString hours = text.mid(11);
+    const QTime time =
+        QTime::fromString(hours, hours.size() > kWholeSeconds.size() ? kTimeFormat : kWholeSeconds);
     if (!day.isValid() || !time.isValid()) {
         return 0;
     }

@@ -16,12 +16,12 @@ const QString kEnded = QStringLiteral("the program ended meanwhile");
 
 QList<TPayment> recoverPayments(TDatabase& database, qint64 last)
 {
-    QList<TPayment> payments = database.paymentsUnderWay();
-    payments.removeIf([last](const TPayment& payment) { return payment.id > last; });
-    if (payments.isEmpty()) {
+    if (database.paymentsUnderWay().isEmpty()) {
         return {};
     }
     TWriteTransaction transaction(database.connection());
+    QList<TPayment> payments = database.paymentsUnderWay(); // one may have ended before the lock was ours
+    payments.removeIf([last](const TPayment& payment) { return payment.id > last; });
     for (TPayment& payment : payments) {
         payment.outcome = TOutcome::Unknown;
         payment.ended = platform::Now();
@@ -102,11 +102,16 @@ void TPaymentCounter::end()
     if (underWay() || FReversing) {
         settle(TOutcome::Unknown, kEnded);
     }
+    retry();
     tellOutcome();
 }
 
 void TPaymentCounter::onAmount(int& amount, int& discount, bool& apply)
 {
+    if (std::exchange(FReversing, false)) { // nobody has heard that what the bank said was taken back
+        settle(TOutcome::Unknown, QStringLiteral("the terminal began anew"));
+        tellOutcome();
+    }
     apply = FOrder ? beginPayment() : sendsAgain();
     if (apply) {
         amount = static_cast<int>(FPayment->cents);

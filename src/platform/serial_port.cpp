@@ -218,8 +218,12 @@ void TSerialPort::onQuiet()
     FQuiet.SetEnabled(false);
     if (moreHasCome()) { // the event loop was busy, not the line quiet
         onReadyRead();
-    } else {
-        deliver(std::exchange(FWaiting, {}));
+        return;
+    }
+    const QPointer<TSerialPort> self(this);
+    deliver(std::exchange(FWaiting, {}));
+    if (self && Connected() && kindOf(FSerial->error()) == TComExceptionKind::Resource) {
+        onError(); // the device has gone, and the library tells it only once: when it was asked just now
     }
 }
 

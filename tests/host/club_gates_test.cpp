@@ -312,6 +312,34 @@ TEST_F(TClubBusTest, WhoEntersAtAGateThatTellsNothingIsInside)
     EXPECT_EQ(journal()[1].refusal, TRefusal::AlreadyInside);
 }
 
+// What somebody switches at a pair of boards that the club does not know stays as it is, whether the club has
+// lamps elsewhere, had some, or has none.
+TEST_F(TClubBusTest, RelaysThatAreNoLampsAreLeftAlone)
+{
+    constexpr int kLongMs = 60'000;
+    QStringList switched;
+    boards.OnRelay = [&](const QString& address, int relay, bool on) {
+        switched << QStringLiteral("%1 %2 %3").arg(address).arg(relay).arg(on);
+    };
+    boards.addPair(QStringLiteral("201"));
+    boards.addPair(QStringLiteral("202"));
+    boards.switchRelay(QStringLiteral("201A"), 1, true);
+    clock.advance(kLongMs);
+    TLampPlan sun;
+    sun.bus = QStringLiteral("hall");
+    sun.lamp = {QStringLiteral("Sun"), QStringLiteral("202A"), QStringLiteral("1"), 50};
+    TLampBooks(club).setLamp(sun.lamp);
+    bus.setLamps({sun});
+    clock.advance(kLongMs);
+    EXPECT_TRUE(answers(QStringLiteral("202A")));
+    bus.setLamps({});
+    boards.switchRelay(QStringLiteral("201B"), 2, true);
+    clock.advance(kLongMs);
+    boards.switchRelay(QStringLiteral("201A"), 1, false);
+    clock.advance(kLongMs);
+    EXPECT_EQ(switched.join(u' '), "201A 1 1 201B 2 1 201A 1 0");
+}
+
 TEST_F(TClubBusTest, LampsWhoseBooksCannotBeReadAreTriedAgain)
 {
     TLampPlan sun;

@@ -37,6 +37,10 @@ TEST(ClubTimes, ReadBackToTheMillisecond)
 TEST(ClubTimes, NoTimeIsAnEmptyText)
 {
     EXPECT_EQ(toText(platform::TDateTime{0}), QString());
+    EXPECT_EQ(toText(toDateTime(QStringLiteral("2026-01-05 12:10:07"))), "2026-01-05 12:10:07.000")
+        << "as other programs write it";
+    EXPECT_EQ(toText(toDateTime(QStringLiteral("2026-01-05T12:10:07"))), "2026-01-05 12:10:07.000");
+    EXPECT_EQ(toDateTime(QStringLiteral("2026-01-05 12:10")), 0);
     EXPECT_EQ(toDateTime(QString()), 0);
     EXPECT_EQ(toDateTime(QStringLiteral("2026-13-05 12:00:00.000")), 0);
 }

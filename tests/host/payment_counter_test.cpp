@@ -282,6 +282,37 @@ TEST_F(TPaymentTest, ARefusalMayBeLostWithTheLine)
     EXPECT_EQ(outcomes.join(u' '), "cancelled unknown cancelled");
 }
 
+TEST_F(TPaymentTest, ARefusalIsNotTrustedWhenTheTerminalBeginsAnew)
+{
+    for (const bool ordered : {true, false}) {
+        outcomes.clear();
+        acceptCard();
+        const qint64 paid = rows().last().id;
+        whileLocked([&] { EXPECT_EQ(says(answer("00")), "!"); });
+        if (ordered) {
+            EXPECT_TRUE(counter.order(99))
+                << "it counts as cancelled until the terminal does not do its part";
+        }
+        EXPECT_EQ(says(kRequest),
+                  ordered ? QByteArray("\x06" + framed("05=000000000099")) : QByteArray("\x06!"));
+        EXPECT_EQ(outcomes.join(u' '), "cancelled unknown");
+        EXPECT_EQ(last.id, paid);
+        EXPECT_EQ(last.reason, "the terminal began anew");
+        EXPECT_EQ(club.paymentsAfter(paid - 1, 1).first().outcome, TOutcome::Unknown);
+        says(kEnd);
+    }
+}
+
+TEST_F(TPaymentTest, WhatIsNotWrittenIsTriedOnceMoreAtTheEnd)
+{
+    acceptCard();
+    whileLocked([&] { counter.lineLost(QStringLiteral("gone")); });
+    EXPECT_EQ(counter.unwritten(), 1);
+    counter.end();
+    EXPECT_EQ(counter.unwritten(), 0);
+    EXPECT_EQ(outcome(), "unknown");
+}
+
 TEST_F(TPaymentTest, EndedAtTheTerminal)
 {
     sendAmount();

@@ -3,6 +3,7 @@
 #include "support/text_printers.h"
 #include "support/wait.h"
 #include "tnv5/platform/com_data_packet.h"
+#include "tnv5/testing/manual_clock.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -268,6 +269,34 @@ TEST_F(SerialPortTest, AReadGapGathersWhatComesInOneBurst)
     }
     EXPECT_TRUE(eventually([&] { return !packets.isEmpty(); }));
     EXPECT_EQ(packets, QByteArrayList({"abcdef"}));
+}
+
+// The device goes between the last byte and the question whether more has come, which is when the library
+// tells of it, and not again.
+TEST_F(SerialPortTest, APortThatGoesAwayWhileItWaitsForQuietReportsIt)
+{
+    tnv5::testkit::TManualClock clock; // FQuiet ends when it says so
+    TSerialPort quiet;
+    quiet.SetPort(port.Port());
+    quiet.SetReadGap(10);
+    packet.SetComPort(&quiet);
+    packet.OnCustomStart = [](TComDataPacket*, const QByteArray&, qsizetype& pos) { pos = 1; };
+    packet.OnCustomStop = [](TComDataPacket*, const QByteArray& buffer, qsizetype& pos) {
+        pos = buffer.size();
+    };
+    int reports = 0;
+    quiet.OnException = [&](TComponent*, TComExceptionKind kind, const QString&, qint64, const QString&) {
+        ++reports;
+        EXPECT_EQ(kind, TComExceptionKind::Resource);
+    };
+    quiet.Open();
+    send("abc");
+    ASSERT_TRUE(eventually([&] { return clock.untilNextTick().has_value(); }));
+    unplug();
+    clock.advance(10);
+    EXPECT_EQ(packets, QByteArrayList({"abc"}));
+    EXPECT_EQ(reports, 1) << "at once: the loop may hear nothing of it any more";
+    EXPECT_FALSE(quiet.Connected());
 }
 
 TEST_F(SerialPortTest, AHandlerMayCloseOrDestroyThePort)

@@ -22,6 +22,7 @@ class TDatabase
 public:
     static constexpr int kBusyMs = 50;
     static constexpr int kStartMs = 2'000; ///< the same when a host starts: no gate waits yet
+    static constexpr int kCloseMs = 3'000; ///< and when it ends: none waits any more
 
     /// @param file path of the file; ":memory:" keeps everything in memory
     /// @param opening whether a file that is not there is made. @throws EDatabase
@@ -103,6 +104,9 @@ public:
     /// Copies the database as this program still has it beside its place, "club.sqlite.rescued", for a
     /// misplaced one. @return name of the copy, which was not there before @throws EDatabase
     QString rescue();
+
+    /// Number of this program among the hosts of the database; 0: it is none yet.
+    qint64 host() const;
 
     /// How long a write waits for another program, in milliseconds.
     void setBusyTimeout(int ms);

@@ -89,6 +89,11 @@ void TDatabase::becomeHost()
     platform::guarded([this] { markFile(); }); // else only a deleted or replaced file is noticed
 }
 
+qint64 TDatabase::host() const
+{
+    return F->host;
+}
+
 int TDatabase::closeAbandoned(int patienceMs)
 {
     setBusyTimeout(patienceMs);

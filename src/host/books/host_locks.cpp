@@ -80,6 +80,11 @@ void THostLocks::open()
     if (FDescriptor < 0) {
         fail();
     }
+    struct stat own = {};
+    if (known && fstat(FDescriptor, &own) == 0 && own.st_uid == geteuid() && (own.st_mode & 0777U) != mode) {
+        fchmod(FDescriptor,
+               mode); // the mask of who makes the file must not keep out a group that has the database
+    }
     if (known && geteuid() == 0 && fchown(FDescriptor, database.st_uid, database.st_gid) != 0) {
         fail();
     }

@@ -7,7 +7,6 @@ namespace tnv5::host {
 
 namespace {
 
-constexpr int kCloseBusyMs = 3'000;
 constexpr qsizetype kPiece = 500; // passes written in one transaction, some milliseconds
 
 } // namespace
@@ -95,7 +94,7 @@ bool TJournal::writePiece()
 
 void TJournal::close()
 {
-    platform::guarded([this] { FDatabase.setBusyTimeout(kCloseBusyMs); });
+    platform::guarded([this] { FDatabase.setBusyTimeout(TDatabase::kCloseMs); });
     if (!flush()) {
         FQueued.clear();
         for (const PPass& pass : std::exchange(FWaiting, {})) {

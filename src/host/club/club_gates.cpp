@@ -179,6 +179,7 @@ TClubBus::TClubBus(TClubSite& site, const TLinePlan& plan) : TClubGates(site, pl
         [this](platform::TComponent*, const QString& text) { FSite.log.warning(FPlan.name, text); });
     FDevice.SetConnector(&FConnector);
     FRelays.SetConnector(&FConnector);
+    FNoLamps.emplace(FRelays);
     FPort.OnOpened = [this] { listenAnew(); };
     attach();
     changeMonitor(FDevice, plan.monitor);
@@ -275,6 +276,7 @@ void TClubBus::setLamps(const QList<TLampPlan>& lamps)
         return;
     }
     FLampHost.reset(); // two at the same relays would take the questions from each other
+    FNoLamps.emplace(FRelays);
     FLamps.clear();
     FLampNames = names;
     if (!mine.isEmpty()) {

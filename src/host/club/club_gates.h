@@ -1,11 +1,13 @@
 #pragma once
 
+#include "tnv5/answers/relay_answers.h"
 #include "tnv5/connector/device_connector.h"
 #include "tnv5/host/club/club_port.h"
 #include "tnv5/host/d24_host.h"
 #include "tnv5/host/switch_host.h"
 
 #include <QJsonArray>
+#include <optional>
 
 namespace tnv5::host {
 
@@ -129,7 +131,8 @@ private:
     d24::TTurnStylerDeviceD24 FDevice;
     TD24Host FHost;
     switching::TSwitchDevice FRelays;
-    std::unique_ptr<TSwitchHost> FLampHost; // none while the books of its lamps cannot be read
+    std::optional<answers::TRelayAnswers> FNoLamps; // answers while FLampHost does not: nothing is commanded
+    std::unique_ptr<TSwitchHost> FLampHost;         // none while the books of its lamps cannot be read
     QList<TLampPlan> FLamps;
     QStringList FLampNames;
     QString FLampTold;             // by the host of the lamps, while it is asked to sell

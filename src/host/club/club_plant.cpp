@@ -83,6 +83,7 @@ qint64 TClubPlant::close()
     FRunning = false;
     FLook.SetEnabled(false);
     FBeginBooks.SetEnabled(false);
+    platform::guarded([this] { FDatabase.setBusyTimeout(TDatabase::kCloseMs); }); // no gate waits any more
     for (const auto& [name, terminal] : FTerminals) {
         terminal->end();
         if (const qsizetype unwritten = terminal->unwritten(); unwritten > 0) {

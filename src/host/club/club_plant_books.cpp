@@ -63,7 +63,8 @@ bool TClubPlant::anotherHostLives()
     const QList<qint64> hosts = TStatement(FDatabase.connection(), QStringLiteral("SELECT id FROM host"))
                                     .run()
                                     .all([](const TRows& row) { return row.value(0).toLongLong(); });
-    return std::any_of(hosts.begin(), hosts.end(), [&locks](qint64 host) { return locks.alive(host); });
+    return std::any_of(hosts.begin(), hosts.end(),
+                       [&](qint64 host) { return host != FDatabase.host() && locks.alive(host); });
 }
 
 /// The lamps get their hosts, which follow the books: one that the books do not have as the file says waits
@@ -73,8 +74,16 @@ void TClubPlant::enterLamps()
     QList<TLampPlan> lamps;
     try {
         const QList<TLamp> known = TLampBooks(FDatabase).lamps();
-        std::copy_if(FPlan.lamps.begin(), FPlan.lamps.end(), std::back_inserter(lamps),
-                     [&](const TLampPlan& each) { return known.contains(each.lamp); });
+        for (TLampPlan each : FPlan.lamps) {
+            const auto same = std::find_if(known.begin(), known.end(), [&](const TLamp& lamp) {
+                return lamp.name == each.lamp.name && lamp.board == each.lamp.board &&
+                       lamp.relay == each.lamp.relay;
+            });
+            if (same != known.end()) {
+                each.lamp = *same; // at the old price, until the books have the new one
+                lamps << each;
+            }
+        }
         for (const auto& [name, bus] : FBuses) {
             bus->setLamps(lamps);
         }
