@@ -1,16 +1,15 @@
 #include "apps/tnv5/open_port.h"
 
-#include "apps/tnv5/console.h"
 #include "tnv5/host/port_diagnosis.h"
 
 #include <cerrno>
 
 namespace tnv5::cli {
 
-void explain(const QString& port, qint64 osError)
+void explain(const QString& port, qint64 osError, void (*tell)(const QString& line))
 {
     for (const QString& line : host::explainPort(host::portFacts(port, osError))) {
-        complain(line);
+        tell(line);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "apps/tnv5/console.h"
 #include "tnv5/host/port_keeper.h"
 
 #include <functional>
@@ -8,7 +9,8 @@ namespace tnv5::cli {
 
 /// Tells on standard error what may be wrong with a port that cannot be opened.
 /// @param osError the system's number of the error, 0 if it is not known
-void explain(const QString& port, qint64 osError = 0);
+/// @param tell where gates are at work: `complainNow`
+void explain(const QString& port, qint64 osError = 0, void (*tell)(const QString& line) = complain);
 
 /// Opens a port, and explains why when that fails. @throws platform::EComPort
 void openPort(platform::TComPort& port);

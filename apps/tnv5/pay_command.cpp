@@ -93,7 +93,7 @@ public:
             FCounter.OnLine = [](const QString& text) { print(QStringLiteral("  ") + text); };
         }
         FEnd.SetInterval(kEndMs);
-        FEnd.OnTimer = [](platform::TTimer*) { QCoreApplication::quit(); };
+        FEnd.OnTimer = [this](platform::TTimer*) { endWhenWritten(); };
     }
 
     /// @throws platform::EComPort, host::EDatabase
@@ -124,6 +124,7 @@ public:
 
 private:
     static constexpr int kEndMs = 1'000; // for the end of the dialogue, or an answer repeated
+    static constexpr int kMostWaits = 10;
 
     void onOutcome(const host::TPayment& payment)
     {
@@ -136,6 +137,20 @@ private:
             FResult = exitCode(payment.outcome);
             FEnd.SetEnabled(true);
         }
+    }
+
+    /// The counter tries again and again what the books do not take.
+    void endWhenWritten()
+    {
+        const bool unwritten = FCounter.unwritten() > 0;
+        if (unwritten && ++FWaited < kMostWaits) {
+            return;
+        }
+        if (unwritten) {
+            complain(notInTheBooks());
+            FResult = kUnwritten;
+        }
+        QCoreApplication::quit();
     }
 
     void lost(const QString& why)
@@ -155,6 +170,7 @@ private:
     host::TPaymentCounter FCounter;
     platform::TTimer FEnd;
     bool FOrdered = false;
+    int FWaited = 0; // for the books
     int FResult = kInterrupted;
 };
 
@@ -177,11 +193,13 @@ int payByLibrary(const TPayOptions& options, qint64 cents, qint64 discount)
     payment.address = QString::fromStdString(options.address);
     payment.stepMs = options.stepMs;
     payment.trace = options.trace;
-    return payAtTerminal(payment);
+    host::TDatabase club(QString::fromStdString(options.database), host::TOpening::Existing);
+    return payAtTerminal(payment, club);
 }
 
 int pay(const TPayOptions& options)
 {
+    failInsteadOfEnding(); // the bank may have agreed when nobody takes any more what is printed
     const qint64 cents = centsOf(options.amount);
     const qint64 discount = options.discount == "0" ? 0 : centsOf(options.discount);
     if (!options.terminal.empty()) {
@@ -192,6 +210,7 @@ int pay(const TPayOptions& options)
     }
     TPaying paying(options);
     const TStopSignal stop([&paying] { paying.stop(); });
+    const THangUp hangUp([&paying] { paying.stop(); });
     paying.start(cents, discount);
     QCoreApplication::exec();
     return paying.result();
@@ -248,7 +267,8 @@ void addPayCommand(CLI::App& app, TCommand& chosen)
     command->footer(
         "\nThe customer begins at the terminal. Ends with 0: approved, 3: declined, 4: cancelled,\n"
         "5: unknown (look at the terminal before you try again), 1: nothing was sent because the\n"
-        "port, the database or the amount is wrong, 130: Ctrl-C before the amount was sent.");
+        "port, the database or the amount is wrong, 130: Ctrl-C before the amount was sent, 6: as it\n"
+        "was told, but the books have not taken it.");
     command->callback([&chosen, options] { chosen = [options] { return pay(*options); }; });
 }
 

@@ -58,7 +58,55 @@ int resultOf(const bank::TBankPOS& pos, const TTerminalPayment& payment, bool pa
     return kUnknown;
 }
 
-int pay(const TTerminalPayment& payment)
+/// The payment in the books: the wish before anything is sent, the outcome afterwards.
+class TWrittenPayment
+{
+public:
+    TWrittenPayment(host::TDatabase& club, const TTerminalPayment& payment) : FClub(club)
+    {
+        FClub.setBusyTimeout(host::TDatabase::kCloseMs); // no gate waits for this program
+        FPayment.began = platform::Now();
+        FPayment.cents = payment.cents;
+        FPayment.discount = payment.discount;
+        FClub.writePayment(FPayment);
+    }
+
+    /// @return false, which has been told, when the books do not take it
+    bool end(host::TOutcome outcome, const QString& reason)
+    {
+        FPayment.ended = platform::Now();
+        FPayment.outcome = outcome;
+        FPayment.reason = reason;
+        try {
+            FClub.writePayment(FPayment);
+        } catch (const host::EDatabase& error) {
+            complain(QStringLiteral("%1: %2").arg(notInTheBooks(), error.message()));
+            return false;
+        }
+        return true;
+    }
+
+private:
+    host::TDatabase& FClub;
+    host::TPayment FPayment;
+};
+
+host::TOutcome outcomeOf(int result)
+{
+    return result == kDone       ? host::TOutcome::Approved
+           : result == kDeclined ? host::TOutcome::Declined
+                                 : host::TOutcome::Unknown;
+}
+
+QString reasonOf(const bank::TBankPOS& pos, int result)
+{
+    if (result == kDone) {
+        return QStringLiteral("reference %1, transaction %2").arg(pos.RRN(), pos.TransactionID());
+    }
+    return QString(pos.LastErrorMsg()).replace(QStringLiteral("\r\n"), QStringLiteral(" "));
+}
+
+int pay(const TTerminalPayment& payment, host::TDatabase& club)
 {
     bank::TBankPOS pos;
     pos.SetPosType(payment.terminal.type);
@@ -80,13 +128,15 @@ int pay(const TTerminalPayment& payment)
         });
     }
     bool sent = false;
-    const TStopSignal stop([&sent] { // a library that has the amount cannot be told to stop
+    const auto tellOfStop = [&sent] { // a library that has the amount cannot be told to stop
         if (sent) {
             complain(
                 QStringLiteral("The terminal has the payment, and ends it. Ctrl-C again leaves this program "
                                "without its outcome."));
         }
-    });
+    };
+    const TStopSignal stop(tellOfStop);
+    const THangUp hangUp(tellOfStop);
     if (!pos.Init() || !pos.Connect()) {
         return kFailed;
     }
@@ -95,14 +145,16 @@ int pay(const TTerminalPayment& payment)
         print(QStringLiteral("Stopped, nothing was sent."));
         return kInterrupted;
     }
+    TWrittenPayment written(club, payment);
     sent = true;
     print(QStringLiteral("%1 goes to the terminal").arg(host::amountText(payment.cents)));
     const bool paid = pos.Purchase(payment.cents, payment.discount, payment.merchant);
     const int result = resultOf(pos, payment, paid);
+    const bool inTheBooks = written.end(outcomeOf(result), reasonOf(pos, result));
     if (result != kUnknown) {
         pos.Disconnect();
     }
-    return result;
+    return inTheBooks ? result : kUnwritten;
 }
 
 } // namespace
@@ -125,12 +177,12 @@ std::optional<TTerminalName> terminalNameOf(const QString& text)
     return good ? std::optional(name) : std::nullopt;
 }
 
-int payAtTerminal(const TTerminalPayment& payment)
+int payAtTerminal(const TTerminalPayment& payment, host::TDatabase& club)
 {
     const auto simulation = payment.terminal.simulated
                                 ? std::make_unique<TTerminalSimulation>(payment.terminal, payment.stepMs)
                                 : nullptr;
-    return pay(payment);
+    return pay(payment, club);
 }
 
 } // namespace tnv5::cli

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tnv5/host/books/database.h"
+
 #include <QString>
 #include <optional>
 
@@ -32,7 +34,14 @@ struct TTerminalPayment
     bool trace = false;
 };
 
-/// Takes one payment; gives the exit code.
-int payAtTerminal(const TTerminalPayment& payment);
+/// Takes one payment, which is in the books from before it goes to the terminal; gives the exit code.
+/// @throws host::EDatabase when it cannot be written down: nothing is sent then
+int payAtTerminal(const TTerminalPayment& payment, host::TDatabase& club);
+
+/// What is said of an outcome that the books have not taken.
+inline QString notInTheBooks()
+{
+    return QStringLiteral("NOT IN THE BOOKS: the outcome of this payment");
+}
 
 } // namespace tnv5::cli

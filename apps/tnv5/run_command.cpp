@@ -29,6 +29,7 @@ struct TRunOptions
 void setGates(const QString& database, const std::vector<std::string>& gates)
 {
     host::TDatabase club(database, host::TOpening::Existing);
+    club.setBusyTimeout(host::TDatabase::kStartMs); // no gate waits yet
     for (const std::string& each : gates) {
         const QString text = QString::fromStdString(each);
         const auto gate = host::toGate(text);
@@ -37,7 +38,9 @@ void setGates(const QString& database, const std::vector<std::string>& gates)
                 QStringLiteral("\"%1\" is no gate; write it as address:zone:direction, such as 01A:hall:in")
                     .arg(text));
         }
-        club.setGate(*gate);
+        if (!club.gates().contains(*gate)) {
+            club.setGate(*gate);
+        }
     }
     if (club.gates().isEmpty()) {
         complain(QStringLiteral("The club has no gate yet, so every card will be refused: see --gates."));
@@ -60,12 +63,16 @@ int runScript(const TRunOptions& options)
     }
     failInsteadOfEnding();
     const THangUp hangUp([] {}); // a closed terminal ends nothing
+    platform::setExceptionHandler(
+        [](const QString& message, const std::exception_ptr&) { complainNow(message); });
     TScriptClub club(QString::fromStdString(options.database), arguments);
     const TStopSignal stop(&QCoreApplication::quit);
     if (!club.start(QString::fromStdString(options.script))) {
         return kFailed;
     }
-    QCoreApplication::exec();
+    if (!stop.received()) { // while the script waited for something
+        QCoreApplication::exec();
+    }
     if (!club.stop()) {
         return kUnwritten;
     }

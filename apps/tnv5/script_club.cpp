@@ -9,6 +9,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QScopeGuard>
 
 namespace tnv5::cli {
 
@@ -64,15 +65,22 @@ void TScriptClub::registerProcs()
         books();
         return FDesk->pictureFor(card);
     }));
-    FEngine->RegisterProc(
-        scriptProc("SetGate", [this](const QString& address, const QString& zone, const QString& way) {
-            const auto direction = host::toDirection(way);
-            if (address.isEmpty() || zone.isEmpty() || !direction) {
-                throw Exception(
-                    QStringLiteral("A gate has an address, a zone, and a direction: in, out or inner"));
-            }
-            books().setGate({address, zone, *direction});
-        }));
+    FEngine->RegisterProc(scriptProc("SetGate", [this](const QString& address, const QString& zone,
+                                                       const QString& way) {
+        const auto direction = host::toDirection(way);
+        if (address.isEmpty() || zone.isEmpty() || !direction) {
+            throw Exception(
+                QStringLiteral("A gate has an address, a zone, and a direction: in, out or inner"));
+        }
+        const host::TGate gate{address, zone, *direction};
+        if (!books().gates().contains(gate)) {
+            FDatabase->setBusyTimeout(host::TDatabase::kStartMs); // a gate that is new: nobody waits there
+            const auto usual = qScopeGuard([this] {
+                platform::guarded([this] { FDatabase->setBusyTimeout(host::TDatabase::kBusyMs); });
+            });
+            FDatabase->setGate(gate);
+        }
+    }));
     FEngine->RegisterProc(scriptProc("Quit", [] { // also before the event loop runs
         QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
     }));
@@ -106,7 +114,7 @@ QObject* TScriptClub::openPort(const QString& name, int baudRate)
         lineLost(name, why);
         complainNow(why);
         if (opened.keeper.openings() == 0) {
-            explain(name, opened.keeper.osError());
+            explain(name, opened.keeper.osError(), complainNow);
         }
     };
     opened.keeper.start(); // a port that is not there yet is waited for

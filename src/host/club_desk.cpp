@@ -253,12 +253,17 @@ QImage TClubDesk::pictureFor(const QString& card)
 
 bool TClubDesk::isNoise(const TPass& pass)
 {
-    if (pass.refusal != TRefusal::UnknownCard) {
+    QString kind;
+    if (pass.refusal == TRefusal::UnknownCard) {
+        kind = QStringLiteral("unknown cards at ") + pass.gate;
+    } else if (pass.refusal == TRefusal::UnknownGate) { // noise invents addresses, too: they count together
+        kind = QStringLiteral("cards at gates that the club does not have");
+    } else {
         return false;
     }
     const qint64 now = platform::TClock::current().nowMs();
     tellNoise(FNoise.over(now));
-    return !FNoise.admits(pass.gate, now);
+    return !FNoise.admits(kind, now);
 }
 
 void TClubDesk::tellNoise(const QStringList& lines)

@@ -5,12 +5,12 @@
 
 namespace tnv5::host {
 
-bool TNoiseLimit::admits(const QString& gate, qint64 nowMs)
+bool TNoiseLimit::admits(const QString& kind, qint64 nowMs)
 {
-    if (!FGates.contains(gate)) {
-        FGates.insert(gate, {nowMs});
+    if (!FKinds.contains(kind)) {
+        FKinds.insert(kind, {nowMs});
     }
-    TMinute& minute = FGates[gate];
+    TMinute& minute = FKinds[kind];
     if (minute.kept < kPerMinute) {
         ++minute.kept;
         return true;
@@ -22,19 +22,19 @@ bool TNoiseLimit::admits(const QString& gate, qint64 nowMs)
 QStringList TNoiseLimit::over(qint64 nowMs)
 {
     QStringList lines;
-    for (auto gate = FGates.begin(); gate != FGates.end();) {
-        const qint64 sinceMs = nowMs - gate->beganMs;
+    for (auto kind = FKinds.begin(); kind != FKinds.end();) {
+        const qint64 sinceMs = nowMs - kind->beganMs;
         if (sinceMs >= 0 && sinceMs < kMinuteMs) { // the clock may have been put back
-            ++gate;
+            ++kind;
             continue;
         }
-        if (gate->leftOut > 0) {
-            lines.append(QStringLiteral("%1 more unknown cards at %2 within a minute are not in the journal: "
-                                        "noise on the line?")
-                             .arg(gate->leftOut)
-                             .arg(gate.key()));
+        if (kind->leftOut > 0) {
+            lines.append(
+                QStringLiteral("%1 more %2 within a minute are not in the journal: noise on the line?")
+                    .arg(kind->leftOut)
+                    .arg(kind.key()));
         }
-        gate = FGates.erase(gate);
+        kind = FKinds.erase(kind);
     }
     std::sort(lines.begin(), lines.end());
     return lines;

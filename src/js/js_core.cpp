@@ -560,7 +560,14 @@ QVariant TCore::evaluate(const QString& text, const QString& file)
         }
         fail(failureAt(result.toString(), stack));
     }
-    return result.isObject() && !result.isArray() ? QVariant() : fromScript(result);
+    if (result.isObject() && !result.isArray()) {
+        return {};
+    }
+    try {
+        return fromScript(result);
+    } catch (const Exception&) { // a list of what only scripts have; the script itself has done its work
+        return {};
+    }
 }
 
 void TCore::failInterrupted(TWatchdog::TEnd why, const QString& where)

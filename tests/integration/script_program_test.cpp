@@ -93,6 +93,18 @@ TEST(ScriptProgram, ASwitch)
     run.endsWell();
 }
 
+TEST(ScriptProgram, ASwitchGoesOffWhenItsTimeIsOver)
+{
+    sim::TPty pty("bus");
+    sim::TBoardBus bus(pty);
+    bus.addBoard("000A");
+    bus.setPingInterval(200);
+    TRun run({example("switch.js"), pty.path(), "000A", "0.1"}); // six seconds
+    EXPECT_TRUE(run.says("relay 1 of 000A: OFF is wanted, it is OFF")) << qPrintable(run.complaints());
+    EXPECT_TRUE(eventually([&] { return !bus.relayOn("000A", 1); }));
+    run.endsWell();
+}
+
 TEST(ScriptProgram, AD24)
 {
     sim::TPty pty("bus");

@@ -2,7 +2,9 @@
 
 #include "integration/program_run.h"
 #include "support/text_printers.h"
+#include "tnv5/host/books/database.h"
 
+#include <QTemporaryDir>
 #include <algorithm>
 #include <gtest/gtest.h>
 
@@ -69,6 +71,36 @@ TEST(TerminalProgram, ASignalDoesNotLeaveAPaymentAlone)
     EXPECT_TRUE(left.says("Ctrl-C again leaves this program"));
     left.stop();
     EXPECT_EQ(left.exitCode(), -1) << "ended by the signal";
+}
+
+TEST(TerminalProgram, APaymentIsInTheBooksFromBeforeItIsSent)
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("club.sqlite"));
+    host::TDatabase club{file};
+    const auto row = [&] { return club.paymentsAfter(0, 100).last(); };
+    const QStringList books{"--db", file};
+    EXPECT_EQ(TProgramRun(TNV5_PROGRAM, pay("sim:1", books)).exitCode(), 0);
+    EXPECT_EQ(row().outcome, host::TOutcome::Approved);
+    EXPECT_EQ(row().cents, 1'250);
+    EXPECT_EQ(row().reason, "reference 100001, transaction 1");
+    EXPECT_EQ(TProgramRun(TNV5_PROGRAM, pay("sim:1:decline", books)).exitCode(), 3);
+    EXPECT_EQ(row().outcome, host::TOutcome::Declined);
+    EXPECT_EQ(TProgramRun(TNV5_PROGRAM, pay("sim:1:crash", books)).exitCode(), 5);
+    EXPECT_EQ(row().outcome, host::TOutcome::Unknown);
+    EXPECT_EQ(club.paymentsAfter(0, 100).size(), 3);
+    TProgramRun left(TNV5_PROGRAM,
+                     {"pay", "--terminal", "sim:1", "--amount", "9", "--step", "60000", "--db", file});
+    EXPECT_TRUE(left.says("terminal: Insert or tap the card"));
+    EXPECT_EQ(row().cents, 900);
+    EXPECT_EQ(row().outcome, host::TOutcome::UnderWay);
+    left.stop();
+    EXPECT_TRUE(left.says("Ctrl-C again leaves this program"));
+    left.stop();
+    EXPECT_EQ(left.exitCode(), -1);
+    TProgramRun nowhere(TNV5_PROGRAM, pay("sim:1", {"--db", folder.filePath("none.sqlite")}));
+    EXPECT_EQ(nowhere.exitCode(), 1);
+    EXPECT_FALSE(nowhere.output().contains("goes to the terminal"));
 }
 
 TEST(TerminalProgram, SaysWhatCannotBeDone)

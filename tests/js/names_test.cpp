@@ -116,6 +116,13 @@ TEST_F(ScriptNames, NothingThatWaitsOrRunsLaterIsThere)
               (QVariantList{"undefined", "undefined", "undefined"}));
 }
 
+TEST_F(ScriptNames, AListOfWhatOnlyScriptsHaveIsNoResultAndNoFailure)
+{
+    EXPECT_FALSE(run("[{id: 4711, name: 'Anna'}].sort()").isValid());
+    EXPECT_EQ(run("[1, 'a']").toList(), (QVariantList{1, "a"}));
+    EXPECT_EQ(failures, QStringList());
+}
+
 TEST_F(ScriptNames, PrintAndTheConsoleGoToTheHost)
 {
     run("print('a', 1, null, [1, 2]); console.log('b'); console.error('c'); print(new TScalesDevice())");

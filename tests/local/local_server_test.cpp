@@ -8,9 +8,12 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLocalServer>
+#include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 using namespace tnv5;
 using namespace tnv5::tests;
@@ -264,6 +267,27 @@ TEST_F(LocalServer, WhatAKilledHostLeftIsReplaced)
     server = std::make_unique<host::TLocalServer>(club, path());
     TRawPeer peer(path());
     EXPECT_EQ(text(peer.ask(R"({"do":"reload","id":1})")), R"({"id":1,"ok":true})");
+}
+
+TEST_F(LocalServer, ListensAgainAfterTheDescriptorsRanOut)
+{
+    TRawPeer waiting(path()); // nobody has let it in yet
+    rlimit usual{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &usual), 0);
+    const rlimit few{128, usual.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    std::vector<int> taken;
+    for (int descriptor = 0; (descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;) {
+        taken.push_back(descriptor);
+    }
+    const bool ended = eventually([&] { return !QFileInfo::exists(path()); });
+    for (const int descriptor : taken) {
+        ::close(descriptor);
+    }
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &usual), 0);
+    EXPECT_TRUE(ended);
+    EXPECT_TRUE(eventually([&] { return QFileInfo::exists(path()); }));
+    EXPECT_EQ(TRawPeer(path()).ask(R"({"do":"reload"})").value(u"ok"), true);
 }
 
 TEST_F(LocalServer, AFileThatIsNoSocketIsLeftAlone)

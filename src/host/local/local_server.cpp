@@ -50,6 +50,7 @@ public:
 
 private:
     void listen();
+    void listenAgain();
     void welcome();
     void onLine(TLocalPeer& peer, const QByteArray& line);
     QJsonObject answer(const TLocalPeer& peer, const QJsonObject& request);
@@ -73,7 +74,10 @@ TLocalServer::TParts::TParts(IClubControl& club, const QString& path)
     QObject::connect(&FStateTimer, &QTimer::timeout, &FServer,
                      [this] { platform::guarded([this] { tellState(); }); });
     FLookTimer.setInterval(kLookMs);
-    QObject::connect(&FLookTimer, &QTimer::timeout, &FServer, [this] { stateChanged(); });
+    QObject::connect(&FLookTimer, &QTimer::timeout, &FServer, [this] {
+        listenAgain();
+        stateChanged();
+    });
     QObject::connect(&FServer, &QLocalServer::newConnection, &FServer, [this] { welcome(); });
     listen();
     FLookTimer.start();
@@ -104,6 +108,17 @@ void TLocalServer::TParts::listen()
         throw platform::Exception(local_texts::kCannotListen.arg(Path, FServer.errorString()));
     }
     ::chmod(QFile::encodeName(Path).constData(), kSocketMode); // without the right to execute
+}
+
+// A machine that has run out of descriptors ends the listening, and nobody would ever be let in again.
+void TLocalServer::TParts::listenAgain()
+{
+    try {
+        if (!FServer.isListening()) {
+            listen();
+        }
+    } catch (const platform::Exception&) { // the next look tries again
+    }
 }
 
 QList<TLocalPeer*> TLocalServer::TParts::peers() const
