@@ -5,6 +5,7 @@
 #include "tnv5/js/js_engine.h"
 #include "tnv5/platform/serial_port.h"
 
+#include <map>
 #include <optional>
 
 namespace tnv5::cli {
@@ -37,11 +38,13 @@ private:
     void registerProcs();
     QObject* openPort(const QString& name, int baudRate);
     int decide(const QString& gate, const QString& card, int mode);
+    int decideNew(const QString& gate, const QString& card);
     void lineLost(const QString& name, const QString& why);
     host::TDatabase& books();
 
     std::optional<host::TDatabase> FDatabase;
     std::optional<host::TClubDesk> FDesk;
+    std::map<std::pair<QString, QString>, qint64> FOpened; // when, by gate and card: passes under way
     std::vector<std::unique_ptr<TPort>> FPorts;
     std::unique_ptr<js::TJsEngine> FEngine;
 };

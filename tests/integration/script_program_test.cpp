@@ -229,6 +229,36 @@ TEST(ScriptProgram, AHandlerThatFailsLeavesTheOthersAtWork)
     EXPECT_EQ(run.exitCode(), 0);
 }
 
+// The component asks again at every sweep; the person has come once.
+TEST(ScriptProgram, AHandlerThatFailsBehindItsDecisionWritesOnePass)
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath("club.sqlite");
+    host::TDatabase books(file);
+    books.setGate({"01A", "hall", host::TDirection::In});
+    const qint64 anna = books.addMember("Anna Berg");
+    books.addCard("77", anna);
+    books.addMembership(anna, {QDate::currentDate().addDays(-1), QDate::currentDate().addDays(1), {"hall"}});
+    const TOwnScript script("const gate = new TTurnStylerDevice();\n"
+                            "let asked = 0;\n"
+                            "gate.OnCheckSQL = (sender, device, card, status, img, mode, result) => {\n"
+                            "    result.value = Decide(device, card, mode);\n"
+                            "    throw 'asked ' + (++asked);\n"
+                            "};\n"
+                            "gate.ComPort = OpenPort(Arguments[0], 9600);\n");
+    sim::TPty pty("gates");
+    sim::TClassicLine gates(pty);
+    gates.addController("01A");
+    gates.Delays.AnswerLimitMs = kForever;
+    TRun run({script.path, "--db", file, pty.path()});
+    ASSERT_TRUE(run.says(" is open.")) << qPrintable(run.complaints());
+    gates.readCard("01A", "77");
+    EXPECT_TRUE(run.says("asked 3"));
+    run.stop();
+    EXPECT_EQ(run.exitCode(), 0);
+    EXPECT_EQ(books.passesAfter(0, 10).size(), 1);
+}
+
 TEST(ScriptProgram, KeepsTheJournalAsAClubDoes)
 {
     const QTemporaryDir folder;
