@@ -103,6 +103,19 @@ TEST(TerminalProgram, APaymentIsInTheBooksFromBeforeItIsSent)
     EXPECT_FALSE(nowhere.output().contains("goes to the terminal"));
 }
 
+TEST(TerminalProgram, AClosedOutputDoesNotEndAPayment)
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("club.sqlite"));
+    host::TDatabase club{file};
+    TProgramRun run("/bin/sh",
+                    {"-c", "\"$0\" pay --terminal sim:1 --amount 12.50 --step 20 --db \"$1\" | head -1",
+                     TNV5_PROGRAM, file});
+    EXPECT_EQ(run.exitCode(), 0);
+    EXPECT_EQ(run.output(), "12.50 goes to the terminal\n");
+    EXPECT_EQ(club.paymentsAfter(0, 100).last().outcome, host::TOutcome::Approved);
+}
+
 TEST(TerminalProgram, SaysWhatCannotBeDone)
 {
     for (const char* name : {"5", "sim", "sim:", "sim:7", "sim:1:fly", "1:decline", "x", "sim:1:decline:2"}) {
