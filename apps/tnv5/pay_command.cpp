@@ -112,8 +112,10 @@ public:
     {
         const bool nothingHappened = FCounter.waiting();
         FCounter.cancel();
-        if (nothingHappened || !FCounter.underWay()) {
+        if (nothingHappened || (!FCounter.underWay() && FCounter.unwritten() == 0)) {
             QCoreApplication::quit();
+        } else if (!FCounter.underWay()) {
+            complain(QStringLiteral("the outcome waits for the books; Ctrl-C again leaves it out of them"));
         } else {
             print(QStringLiteral("the next step of the terminal will be refused; Ctrl-C again leaves the "
                                  "payment unknown"));

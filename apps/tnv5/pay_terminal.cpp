@@ -41,21 +41,27 @@ bool isNotTaken(const bank::TBankPOS& pos)
            (code != 0 && code != kOwnError && text != bank::texts::kTimedOut);
 }
 
-int resultOf(const bank::TBankPOS& pos, const TTerminalPayment& payment, bool paid)
+int resultOf(const bank::TBankPOS& pos, bool paid)
+{
+    if (paid) {
+        return kDone;
+    }
+    return isNotTaken(pos) ? kDeclined : kUnknown;
+}
+
+void tell(const bank::TBankPOS& pos, const TTerminalPayment& payment, int result)
 {
     const QString amount = host::amountText(payment.cents);
-    if (paid) {
+    if (result == kDone) {
         print(QStringLiteral("%1 approved, reference %2, transaction %3")
                   .arg(amount, pos.RRN(), pos.TransactionID()),
               TColour::Green);
-        return kDone;
-    }
-    if (isNotTaken(pos)) {
+    } else if (result == kDeclined) {
         print(QStringLiteral("%1 not paid").arg(amount), TColour::Red);
-        return kDeclined;
+    } else {
+        complain(
+            QStringLiteral("Nobody knows whether it was paid: look at the terminal before you try again."));
     }
-    complain(QStringLiteral("Nobody knows whether it was paid: look at the terminal before you try again."));
-    return kUnknown;
 }
 
 /// The payment in the books: the wish before anything is sent, the outcome afterwards.
@@ -145,12 +151,20 @@ int pay(const TTerminalPayment& payment, host::TDatabase& club)
         print(QStringLiteral("Stopped, nothing was sent."));
         return kInterrupted;
     }
-    TWrittenPayment written(club, payment);
+    std::optional<TWrittenPayment> written;
+    try {
+        written.emplace(club, payment);
+    } catch (const host::EDatabase&) { // nothing is sent
+        pos.Disconnect();
+        throw;
+    }
     sent = true;
     print(QStringLiteral("%1 goes to the terminal").arg(host::amountText(payment.cents)));
     const bool paid = pos.Purchase(payment.cents, payment.discount, payment.merchant);
-    const int result = resultOf(pos, payment, paid);
-    const bool inTheBooks = written.end(outcomeOf(result), reasonOf(pos, result));
+    const int result = resultOf(pos, paid);
+    const bool inTheBooks =
+        written->end(outcomeOf(result), reasonOf(pos, result)); // before anybody takes a line
+    tell(pos, payment, result);
     if (result != kUnknown) {
         pos.Disconnect();
     }

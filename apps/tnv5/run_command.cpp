@@ -70,7 +70,7 @@ int runScript(const TRunOptions& options)
     if (!club.start(QString::fromStdString(options.script))) {
         return kFailed;
     }
-    if (!stop.received()) { // while the script waited for something
+    if (!stop.received() && !club.quitting()) { // while the script waited for something
         QCoreApplication::exec();
     }
     if (!club.stop()) {

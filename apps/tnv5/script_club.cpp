@@ -20,7 +20,10 @@ using platform::Exception;
 namespace {
 
 constexpr int kEndMs = 3'000;
-constexpr qint64 kSamePassMs = 60'000; // longer than any controller waits for a person
+constexpr qint64 kSameQuestionMs =
+    1'000; // a component's sweeps are nearer to each other, a person's cards are not
+constexpr qint64 kSamePassMs = 60'000; // the same, of a pass that has not ended
+constexpr std::size_t kMostAnswers = 1'000;
 
 } // namespace
 
@@ -84,7 +87,8 @@ void TScriptClub::registerProcs()
             FDatabase->setGate(gate);
         }
     }));
-    FEngine->RegisterProc(scriptProc("Quit", [] { // also before the event loop runs
+    FEngine->RegisterProc(scriptProc("Quit", [this] { // also before the event loop runs
+        FQuitting = true;
         QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
     }));
 }
@@ -132,35 +136,38 @@ void TScriptClub::lineLost(const QString& name, const QString& why)
     }
 }
 
+// A component asks again at its next sweep when a handler has failed behind the answer. That is no other
+// card: it gets the same answer, and nothing is written.
 int TScriptClub::decide(const QString& gate, const QString& card, int mode)
 {
     books();
+    const qint64 now = platform::TClock::current().nowMs();
+    const auto isSame = [&](const TAnswer& last) {
+        const bool underWay = mode == turnstile::cmOpen && last.answer == 1 && FDesk->hasPass(gate, card);
+        return last.mode == mode && std::abs(now - last.askedMs) < (underWay ? kSamePassMs : kSameQuestionMs);
+    };
+    if (FAnswers.size() >= kMostAnswers) {
+        std::erase_if(FAnswers,
+                      [&](const auto& each) { return std::abs(now - each.second.askedMs) >= kSamePassMs; });
+    }
+    TAnswer& last = FAnswers.try_emplace({gate, card}, TAnswer{-1, 0, now}).first->second;
+    if (!isSame(last)) {
+        last = {mode, askBooks(gate, card, mode), now};
+    }
+    last.askedMs = now;
+    return last.answer;
+}
+
+int TScriptClub::askBooks(const QString& gate, const QString& card, int mode)
+{
     if (mode == turnstile::cmOpen) {
-        return decideNew(gate, card);
+        return int(FDesk->decideNew(gate, card).opened());
     }
     if (const auto ending = host::endingOf(mode)) {
-        FOpened.erase({gate, card});
         FDesk->endPass(gate, card, *ending);
         return 1;
     }
     return 0;
-}
-
-// A component asks again at its next sweep when a handler has failed behind the answer: that is the same
-// pass.
-int TScriptClub::decideNew(const QString& gate, const QString& card)
-{
-    const qint64 now = platform::TClock::current().nowMs();
-    const auto before = FOpened.find({gate, card});
-    if (before != FOpened.end() && std::abs(now - before->second) < kSamePassMs &&
-        FDesk->hasPass(gate, card)) {
-        return 1;
-    }
-    const bool opened = FDesk->decideNew(gate, card).opened();
-    if (opened) {
-        FOpened[{gate, card}] = now;
-    }
-    return int(opened);
 }
 
 bool TScriptClub::start(const QString& file)

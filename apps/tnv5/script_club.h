@@ -27,6 +27,8 @@ public:
     bool start(const QString& file);
     /// Ends the books and the components. @return whether everything is in the books, or else that is told
     bool stop();
+    /// Whether the script has said so, perhaps before the event loop runs.
+    bool quitting() const { return FQuitting; }
 
 private:
     struct TPort
@@ -35,16 +37,24 @@ private:
         host::TPortKeeper keeper{port};
     };
 
+    struct TAnswer
+    {
+        int mode;
+        int answer;
+        qint64 askedMs;
+    };
+
     void registerProcs();
     QObject* openPort(const QString& name, int baudRate);
     int decide(const QString& gate, const QString& card, int mode);
-    int decideNew(const QString& gate, const QString& card);
+    int askBooks(const QString& gate, const QString& card, int mode);
     void lineLost(const QString& name, const QString& why);
     host::TDatabase& books();
 
     std::optional<host::TDatabase> FDatabase;
     std::optional<host::TClubDesk> FDesk;
-    std::map<std::pair<QString, QString>, qint64> FOpened; // when, by gate and card: passes under way
+    std::map<std::pair<QString, QString>, TAnswer> FAnswers; // the last ones, by gate and card
+    bool FQuitting = false;
     std::vector<std::unique_ptr<TPort>> FPorts;
     std::unique_ptr<js::TJsEngine> FEngine;
 };

@@ -2,10 +2,11 @@
 // the boards report.
 // tnv5 run switch.js /dev/ttyUSB0 000A 30
 const board = Arguments[1];
-const ends = Date.now() + Number(Arguments[2] || 30) * SecPerMin * 1000;
-// The component's own end of a job moves on by a minute again and again where its answer to mode 2 is no: the time is
+const paid = Number(Arguments[2] || 30) * SecPerMin * 1000;
+let ends = 0; // known once the relay is on
+// The component's own end of a job moves on by a minute again and again where the answer to mode 2 is no: the time is
 // watched here. A day more, so that it is not over in any time zone.
-const until = UnixStartDate + ends / (1000 * SecPerDay) + 1;
+const until = UnixStartDate + (Date.now() + paid) / (1000 * SecPerDay) + 1;
 
 const connector = new TDeviceConnector();
 connector.ConnectorType = podComPort;
@@ -19,7 +20,11 @@ lamps.OnCheckStatus = (sender, name, device, relay, wanted, now) => { // every f
         return;
     }
     print(`relay ${relay} of ${device}: ${wanted} is wanted, it is ${now}`);
-    if (device === board && relay === '1' && wanted === 'ON' && Date.now() >= ends) {
+    if (device !== board || relay !== '1' || wanted !== 'ON' || now !== 'ON') {
+        return;
+    }
+    ends = ends || Date.now() + paid;
+    if (Date.now() >= ends) {
         lamps.p_hw_CheckStatus('0.0.0.0', board, '1', 'OFF', until);
     }
 };

@@ -99,10 +99,10 @@ void TPaymentCounter::lineLost(const QString& why)
 void TPaymentCounter::end()
 {
     FOrder.reset();
+    retry();
     if (underWay() || FReversing) {
         settle(TOutcome::Unknown, kEnded);
     }
-    retry();
     tellOutcome();
 }
 

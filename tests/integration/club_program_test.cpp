@@ -335,11 +335,13 @@ TEST_F(TClubProgram, AFileThatIsReadAgainTouchesOnlyWhatHasChanged)
     writeText(QByteArray(before).replace("[[bus]]", "baud = 19200\n[[bus]]"));
     EXPECT_EQ(command({QStringLiteral("reload"), QStringLiteral("--club"), socket}), 0)
         << qUtf8Printable(said);
-    EXPECT_TRUE(eventually([&] { return lineClosed == 1 && linePty.opened(); }));
-    const auto passes = journal(4);
-    EXPECT_TRUE(std::any_of(passes.begin(), passes.end(), [](const host::TPass& pass) {
-        return pass.card == u"M4" && pass.ending == TEnding::Interrupted;
+    EXPECT_TRUE(eventually([&] { // on a busy machine nobody may notice that the line was closed for a moment
+        const auto passes = journal(4);
+        return std::any_of(passes.begin(), passes.end(), [](const host::TPass& pass) {
+            return pass.card == u"M4" && pass.ending == TEnding::Interrupted;
+        });
     }));
+    EXPECT_TRUE(eventually([&] { return linePty.opened(); }));
     writeText(QByteArray(before).replace("\"riverside\"", "\"lakeside\""));
     EXPECT_EQ(command({QStringLiteral("reload"), QStringLiteral("--club"), socket}), 1);
     EXPECT_TRUE(said.contains(QStringLiteral("needs a new start"))) << qUtf8Printable(said);

@@ -88,10 +88,13 @@ qint64 TClubPlant::close()
         terminal->end();
         if (const qsizetype unwritten = terminal->unwritten(); unwritten > 0) {
             FLost += unwritten;
+            platform::guarded(
+                [this] { FDatabase.setBusyTimeout(TDatabase::kBusyMs); }); // they have had their time
             FLog.always(
                 QStringLiteral("%1: NOT IN THE BOOKS: the outcome of %2 payments").arg(name).arg(unwritten));
         }
     }
+    platform::guarded([this] { FDatabase.setBusyTimeout(TDatabase::kBusyMs); });
     FTerminals.clear();
     FScales.clear();
     FBuses.clear();
