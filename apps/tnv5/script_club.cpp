@@ -20,9 +20,8 @@ using platform::Exception;
 namespace {
 
 constexpr int kEndMs = 3'000;
-constexpr qint64 kSameQuestionMs =
-    1'000; // a component's sweeps are nearer to each other, a person's cards are not
-constexpr qint64 kSamePassMs = 60'000; // the same, of a pass that has not ended
+constexpr qint64 kSameQuestionMs = 1'000; // sweeps are nearer to each other, a person's cards are not
+constexpr qint64 kSamePassMs = 60'000;    // the same, of a pass that has not ended
 constexpr std::size_t kMostAnswers = 1'000;
 
 } // namespace

@@ -41,6 +41,16 @@ TEST(Roles, OrderOfServing)
     EXPECT_EQ(order<TRelays>(), (QList<int>{0, 1, 2}));
 }
 
+// A handler makes a client of the server while a text goes out: the same text goes to its server, too.
+TEST(Roles, TheModeIsAskedForAgainBehindTheClients)
+{
+    TServing<TD24> gates;
+    gates.server().failSends(1, QStringLiteral("broken"));
+    gates.device->SetOnError([&](auto&&...) { gates.device->SetRemoutDevice(PodClient); });
+    gates.device->SendToMonitor("LOG!a&");
+    EXPECT_EQ(gates.network.client(0).takeSent(), QByteArrayList{"LOG!a&"});
+}
+
 // Visitors are in the server's log, not in the stream.
 TEST(Roles, VisitorsAreNotRepeated)
 {

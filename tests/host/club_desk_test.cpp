@@ -143,6 +143,22 @@ TEST_F(TClubDeskTest, NoiseDoesNotFillTheJournal)
     EXPECT_EQ(journal().size(), TNoiseLimit::kPerMinute + 3) << "a new minute";
 }
 
+// Noise invents addresses, too, each another one.
+TEST_F(TClubDeskTest, CardsAtUnknownGatesAreNoiseTogether)
+{
+    QStringList troubles;
+    desk.OnTrouble = [&](const QString& text) { troubles.append(text); };
+    for (int count = 0; count < 100; ++count) {
+        EXPECT_EQ(desk.decideNew(QStringLiteral("%1X").arg(count), QStringLiteral("7")).refusal,
+                  TRefusal::UnknownGate);
+    }
+    desk.close();
+    EXPECT_EQ(journal().size(), TNoiseLimit::kPerMinute);
+    EXPECT_EQ(troubles,
+              QStringList({QStringLiteral("40 more cards at gates that the club does not have within a "
+                                          "minute are not in the journal: noise on the line?")}));
+}
+
 TEST_F(TClubDeskTest, NoiseIsToldAtTheEnd)
 {
     QStringList troubles;
