@@ -38,6 +38,9 @@ BUILD = ROOT / "build" / "lint"
 CACHE = BUILD / "passed"
 FOLDERS = ("src", "sim", "apps", "examples")
 PARTS = ("apps/tnv5/", "src/host/", "src/", "")  # a file belongs to the first that it begins with
+# The analyzer leaves a function after so many states. With three times as many, as it would by itself, it takes twice
+# the time and reaches the same blocks (97.2 % both times, told by its checker debug.Stats).
+ANALYZER_STATES = 75_000
 
 
 def output(*command):
@@ -244,6 +247,7 @@ class Lint:
     def analyze(self, job, path):
         return self.called("clang++", *self.flags, *self.precompiled.options(), "--analyze",
                            "--analyzer-no-default-checks", "-Xclang", f"-analyzer-checker={job.checks}",
+                           "-Xclang", "-analyzer-config", "-Xclang", f"max-nodes={ANALYZER_STATES}",
                            "-Xclang", "-analyzer-output=text", "-Xclang", "-analyzer-werror", str(path),
                            complaints=subprocess.STDOUT)
 
