@@ -1,5 +1,6 @@
 #include "apps/tnv5/key_file.h"
 
+#include "tnv5/common/read_up_to.h"
 #include "tnv5/common/text.h"
 #include "tnv5/platform/errors.h"
 
@@ -19,14 +20,7 @@ constexpr qsizetype kLongest = 4'096; // bytes; more is no key, and a device may
 
 QByteArray contents(QFile& file, const QString& name)
 {
-    QByteArray bytes;
-    while (bytes.size() <= kLongest) {
-        const QByteArray piece = file.read(kLongest + 1 - bytes.size()); // a pipe gives what it has
-        if (piece.isEmpty()) {
-            break;
-        }
-        bytes += piece;
-    }
+    QByteArray bytes = common::ReadUpTo(file, kLongest + 1);
     if (file.error() != QFileDevice::NoError) {
         refuse(name, file.errorString());
     }

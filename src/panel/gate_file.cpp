@@ -1,3 +1,4 @@
+#include "tnv5/common/read_up_to.h"
 #include "tnv5/panel/gate_ini.h"
 
 #include <QFileInfo>
@@ -21,7 +22,7 @@ QByteArray readAll(const QString& fileName)
     if (!file.open(QIODevice::ReadOnly)) {
         fail(what, fileName, file.errorString());
     }
-    const QByteArray content = file.read(kMostIniBytes + 1);
+    const QByteArray content = common::ReadUpTo(file, kMostIniBytes + 1);
     if (file.error() != QFileDevice::NoError) {
         fail(what, fileName, file.errorString());
     }

@@ -1,5 +1,6 @@
 #include "tnv5/tools/certificates.h"
 
+#include "tnv5/common/read_up_to.h"
 #include "tnv5/tools/x509.h"
 
 #include <QDir>
@@ -61,7 +62,7 @@ QByteArray contents(const QString& path)
     if (!file.open(QIODevice::ReadOnly)) {
         throw ECertificate(path + QStringLiteral(": ") + file.errorString());
     }
-    return file.read(kLongestFile);
+    return common::ReadUpTo(file, kLongestFile);
 }
 
 /// Writes a file that is not there yet, whole or not at all.

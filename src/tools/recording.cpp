@@ -1,5 +1,7 @@
 #include "tnv5/tools/recording.h"
 
+#include "tnv5/common/read_up_to.h"
+
 #include <algorithm>
 #include <optional>
 
@@ -330,7 +332,9 @@ bool TRecordingReader::openNext()
 QByteArray TRecordingReader::takeLine()
 {
     ++FLine;
-    QByteArray line = FFile->readLine(kMaxLine);
+    FBuffer.resize(kMaxLine + 1); // once: a device makes a buffer of the longest line for each one otherwise
+    QByteArray line(FBuffer.constData(),
+                    std::max(FFile->readLine(FBuffer.data(), FBuffer.size()), qint64{0}));
     if (line.isEmpty() && FFile->error() != QFileDevice::NoError) {
         throw ERecording(QStringLiteral("%1: %2").arg(FFile->fileName(), FFile->errorString()));
     }
@@ -349,7 +353,7 @@ QList<TEntry> readRecording(const QString& fileName)
         throw ERecording(QStringLiteral("%1: %2").arg(fileName, file.errorString()));
     }
     try {
-        return parseRecording(file.read(kMaxRecording + 1));
+        return parseRecording(common::ReadUpTo(file, kMaxRecording + 1));
     } catch (const ERecording& error) {
         throw ERecording(QStringLiteral("%1: %2").arg(fileName, error.message()));
     }

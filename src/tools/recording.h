@@ -99,6 +99,7 @@ private:
 
     QStringList FFiles; // not opened yet
     std::unique_ptr<QFile> FFile;
+    QByteArray FBuffer;
     qsizetype FLine = 0;
 };
 

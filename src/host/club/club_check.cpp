@@ -1,5 +1,6 @@
 #include "tnv5/host/club/club_check.h"
 
+#include "tnv5/common/read_up_to.h"
 #include "tnv5/host/books/statement.h"
 #include "tnv5/platform/tls.h"
 
@@ -116,7 +117,7 @@ TClubFile checkClub(const QString& path)
     if (!file.open(QIODevice::ReadOnly)) {
         return {{}, {{0, file.errorString()}}};
     }
-    const QByteArray text = file.read(kMaxFile + 1);
+    const QByteArray text = common::ReadUpTo(file, kMaxFile + 1);
     if (text.size() > kMaxFile) {
         return {{}, {{0, QStringLiteral("is larger than 4 MiB")}}};
     }
