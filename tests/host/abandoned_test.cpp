@@ -1,7 +1,9 @@
 #include "club_fixture.h"
+#include "tnv5/host/books/host_locks.h"
 #include "tnv5/testing/manual_clock.h"
 
 #include <csignal>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -114,6 +116,26 @@ TEST(AbandonedInMemory, NoFileBesideIsMade)
     club.writePasses({openPass("1")});
     EXPECT_EQ(club.closeAbandoned(), 0);
     EXPECT_FALSE(QFile::exists(QStringLiteral(":memory:-hosts")));
+}
+
+TEST(HostLocks, TheFileHasTheRightsOfTheDatabase)
+{
+    const QTemporaryDir folder;
+    const QString database = folder.filePath(QStringLiteral("club.sqlite"));
+    QFile file(database);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(chmod(qPrintable(database), 0664), 0);
+    const mode_t before = umask(0077);
+    THostLocks locks(database);
+    locks.take(5);
+    umask(before);
+    struct stat hosts = {};
+    ASSERT_EQ(stat(qPrintable(database + QStringLiteral("-hosts")), &hosts), 0);
+    EXPECT_EQ(hosts.st_mode & 0777U, 0664U) << "whatever the mask of who was first";
+    THostLocks other(database);
+    EXPECT_TRUE(other.alive(5));
+    EXPECT_FALSE(other.alive(6));
+    EXPECT_FALSE(locks.alive(5)) << "its own";
 }
 
 TEST_F(TAbandonedTest, OutagesAreWrittenAndEnded)

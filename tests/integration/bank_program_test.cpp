@@ -8,6 +8,7 @@
 
 #include <QProcess>
 #include <QTemporaryDir>
+#include <csignal>
 #include <gtest/gtest.h>
 
 namespace tnv5::integration {
@@ -44,6 +45,11 @@ public:
         return FOutput;
     }
     void stop() { FProgram.terminate(); }
+    void hangUp()
+    {
+        ASSERT_GT(FProgram.processId(), 0) << "it has ended"; // 0 would be the test itself
+        EXPECT_EQ(kill(pid_t(FProgram.processId()), SIGHUP), 0);
+    }
 
 private:
     QProcess FProgram;
@@ -171,6 +177,34 @@ TEST_F(BankProgram, CtrlCAfterTheAmountRefusesTheCard)
     run.stop();
     EXPECT_EQ(run.exitCode(), 4) << run.output().toStdString();
     EXPECT_EQ(outcome(), "cancelled");
+}
+
+TEST_F(BankProgram, AClosedTerminalIsACtrlC)
+{
+    {
+        TRun run(pay());
+        EXPECT_TRUE(run.says("waiting until"));
+        run.hangUp();
+        EXPECT_EQ(run.exitCode(), 130);
+        EXPECT_EQ(outcome(), "none");
+    }
+    terminal.CardMs = 1'500;
+    TRun run(pay());
+    sendAmount(run);
+    run.hangUp();
+    EXPECT_EQ(run.exitCode(), 4) << run.output().toStdString();
+    EXPECT_EQ(outcome(), "cancelled");
+}
+
+TEST_F(BankProgram, AnOutcomeThatTheBooksDoNotTakeIsTold)
+{
+    host::execute(made.connection(), QStringLiteral("CREATE TRIGGER fail BEFORE UPDATE ON payment"
+                                                    " WHEN new.outcome = 'approved' BEGIN"
+                                                    " SELECT raise(ABORT, 'no payments today'); END"));
+    EXPECT_EQ(play({}), 6) << said.toStdString();
+    EXPECT_TRUE(said.contains("  approved: 00")) << said.toStdString();
+    EXPECT_TRUE(said.contains("no payments today"));
+    EXPECT_EQ(outcome(), "unknown") << "as it was written before the acknowledgement";
 }
 
 TEST_F(BankProgram, APaymentThatAKilledProgramLeftIsUnknown)

@@ -111,14 +111,14 @@ TEST_F(TClubFaults, ALogThatIsRenamedAndAFullDiskForIt)
     const auto run = start();
     goThroughAndBack(1);
     ASSERT_TRUE(QFile::rename(log, log + QStringLiteral(".1")));
-    kill(pid_t(run->pid()), SIGHUP);
+    run->hangUp();
     EXPECT_TRUE(eventually([&] { return QFileInfo(log).size() > 0; }));
     writeFile("log = \"/dev/full\"\n");
-    kill(pid_t(run->pid()), SIGHUP);
+    run->hangUp();
     EXPECT_TRUE(eventually([&] { return state().value(u"troubles").toArray().size() == 1; }));
     goThroughAndBack(1);
     writeFile("log = \"club.log\"\n");
-    kill(pid_t(run->pid()), SIGHUP);
+    run->hangUp();
     EXPECT_TRUE(eventually([&] { return state().value(u"troubles").toArray().isEmpty(); }));
     QFile text(log);
     ASSERT_TRUE(text.open(QIODevice::ReadOnly));

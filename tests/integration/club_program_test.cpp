@@ -321,7 +321,7 @@ TEST_F(TClubProgram, AFileThatIsReadAgainTouchesOnlyWhatHasChanged)
     EXPECT_TRUE(secondPty.opened()) << "a wrong file changes nothing";
 
     writeFile();
-    EXPECT_EQ(kill(pid_t(run->pid()), SIGHUP), 0); // the other way to say it
+    run->hangUp(); // the other way to say it
     EXPECT_TRUE(eventually([&] { return !secondPty.opened(); }));
     EXPECT_EQ(lineClosed, 0);
     EXPECT_EQ(state().value(u"lines").toArray().size(), 3);

@@ -28,9 +28,16 @@ TEST_F(TClubStart, BooksThatAreLocked)
     payment.began = platform::Now();
     payment.cents = 1'250;
     books.writePayment(payment);
-    writeFile(
-        {},
+    writeText(
+        text().replace("cents_per_minute = 50", "cents_per_minute = 60") +
         "[[lamp]]\nname = \"Moon\"\nbus = \"hall\"\nboard = \"201A\"\nrelay = 2\ncents_per_minute = 50\n");
+    const auto prices = [&] {
+        QList<qint64> cents;
+        for (const host::TLamp& lamp : host::TLampBooks(books).lamps()) {
+            cents << lamp.centsPerMinute;
+        }
+        return cents;
+    };
     std::optional<host::TWriteTransaction> lock(books.connection());
 
     const auto run = start();
@@ -39,7 +46,8 @@ TEST_F(TClubStart, BooksThatAreLocked)
     EXPECT_TRUE(getsThrough(QStringLiteral("01A"), QStringLiteral("M1")));
     EXPECT_TRUE(bus.readCard(QStringLiteral("101T"), QStringLiteral("M3")));
     EXPECT_TRUE(eventually([&] { return bus.counts(QStringLiteral("101T")).Passed == 1; }));
-    EXPECT_EQ(state().value(u"lamps").toArray().size(), 1) << "the one that the books have";
+    EXPECT_EQ(state().value(u"lamps").toArray().size(), 1) << "the one that the books have, at the old price";
+    EXPECT_EQ(prices(), QList<qint64>({50}));
     EXPECT_TRUE(state()
                     .value(u"troubles")
                     .toArray()
@@ -56,6 +64,7 @@ TEST_F(TClubStart, BooksThatAreLocked)
     EXPECT_TRUE(run->says(QStringLiteral("card payment  12.50  unknown: the program ended meanwhile")));
     EXPECT_EQ(books.paymentsAfter(0, 9).value(0).outcome, host::TOutcome::Unknown);
     EXPECT_EQ(state().value(u"lamps").toArray().size(), 2);
+    EXPECT_EQ(prices(), QList<qint64>({50, 60}));
     EXPECT_EQ(journal(3).size(), 3);
     EXPECT_TRUE(eventually([&] { return state().value(u"troubles").toArray().isEmpty(); }));
     run->stop();
@@ -73,6 +82,25 @@ TEST_F(TClubStart, ALampThatWasTakenOutWhileNobodyRan)
     EXPECT_TRUE(run->says(QStringLiteral("Mars, which is not in the file any more, was paid for until "
                                          "2026-01-05 12:05:00: look whether it is on")));
     EXPECT_TRUE(host::TLampBooks(books).open().isEmpty());
+}
+
+TEST_F(TClubStart, AHostThatTriesAgainIsNotAnotherOne)
+{
+    host::TDatabase books(database);
+    host::execute(books.connection(), QStringLiteral("INSERT INTO pass (began, card, gate, result)"
+                                                     " VALUES ('x', 'M2', '01A', 'opened')"));
+    host::execute(books.connection(),
+                  QStringLiteral("INSERT INTO lamp_time (ordered, lamp, card, minutes, cents, began, until)"
+                                 " VALUES ('2026-01-05 12:00:00.000', 'Mars', 'M1', 5, 250,"
+                                 " '2026-01-05 12:00:00.000', '2026-01-05 12:05:00.000')"));
+    host::execute(books.connection(), QStringLiteral("CREATE TRIGGER fail BEFORE UPDATE ON pass BEGIN"
+                                                     " SELECT raise(ABORT, 'no passes today'); END"));
+    const auto run = start();
+    EXPECT_TRUE(run->says(QStringLiteral("no passes today")));
+    host::execute(books.connection(), QStringLiteral("DROP TRIGGER fail"));
+    EXPECT_TRUE(run->says(QStringLiteral("the books are written now")));
+    EXPECT_TRUE(run->output().contains(QStringLiteral("Mars, which is not in the file any more")))
+        << "its lamp is not another host's";
 }
 
 TEST_F(TClubStart, ASignalThatComesTooEarly)

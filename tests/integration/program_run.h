@@ -5,6 +5,8 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
+#include <csignal>
+#include <gtest/gtest.h>
 
 namespace tnv5::integration {
 
@@ -42,6 +44,12 @@ public:
     }
 
     void stop() { FProgram.terminate(); }
+    /// Closes its terminal, as it looks to the program.
+    void hangUp()
+    {
+        ASSERT_GT(pid(), 0) << "it has ended"; // 0 would be the test itself
+        EXPECT_EQ(kill(pid_t(pid()), SIGHUP), 0);
+    }
     qint64 pid() const { return FProgram.processId(); }
     bool running() const { return FProgram.state() != QProcess::NotRunning; }
 

@@ -208,6 +208,37 @@ TEST(ScriptProgram, AScriptThatFailsIsExplained)
     EXPECT_EQ(none.complaints(), QStringLiteral("/no/such/club.js: No such file or directory\n"));
 }
 
+TEST(ScriptProgram, QuitsWhileItWaits)
+{
+    const TOwnScript script("const scales = new TScalesDevice();\n"
+                            "scales.ScalesType = 2;\n"
+                            "scales.OnWeight = () => { Quit(); scales.OnWeight = null; };\n"
+                            "scales.ComPort = OpenPort(Arguments[0], 4800);\n"
+                            "scales.GetWeight(false);\n"
+                            "print('waited for ' + scales.GetWeight(false));\n");
+    sim::TPty pty("scale");
+    sim::TSimulatedScale scale(pty, 2);
+    scale.put(1'250);
+    TRun run({script.path, pty.path()});
+    EXPECT_EQ(run.exitCode(), 0) << qPrintable(run.complaints());
+    EXPECT_TRUE(run.output().endsWith("waited for 1250\nStopped.\n")) << qPrintable(run.output());
+}
+
+TEST(ScriptProgram, EndsBySignalWhileItWaits)
+{
+    const TOwnScript script("const scales = new TScalesDevice();\n"
+                            "scales.ScalesType = 2;\n"
+                            "scales.ComPort = OpenPort(Arguments[0], 4800);\n"
+                            "print('waits');\n"
+                            "print('waited for ' + scales.GetWeight(false));\n");
+    const sim::TPty silent("scale");
+    TRun run({script.path, silent.path()});
+    EXPECT_TRUE(run.says("waits\n")) << qPrintable(run.complaints());
+    run.stop();
+    EXPECT_EQ(run.exitCode(), 0) << qPrintable(run.complaints());
+    EXPECT_TRUE(run.output().endsWith("waited for 0\nStopped.\n")) << qPrintable(run.output());
+}
+
 TEST(ScriptProgram, AHandlerThatFailsLeavesTheOthersAtWork)
 {
     const TOwnScript script("const gate = new TTurnStylerDevice();\n"

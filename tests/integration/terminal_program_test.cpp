@@ -73,6 +73,32 @@ TEST(TerminalProgram, ASignalDoesNotLeaveAPaymentAlone)
     EXPECT_EQ(left.exitCode(), -1) << "ended by the signal";
 }
 
+TEST(TerminalProgram, AClosedTerminalDoesNotLeaveAPaymentAlone)
+{
+    TProgramRun run(TNV5_PROGRAM, {"pay", "--terminal", "sim:1", "--amount", "12.50", "--step", "1000"});
+    EXPECT_TRUE(run.says("terminal: Insert or tap the card"));
+    run.hangUp();
+    EXPECT_TRUE(run.says("The terminal has the payment, and ends it."));
+    run.hangUp();
+    EXPECT_EQ(run.exitCode(), 0);
+    EXPECT_TRUE(run.says("12.50 approved"));
+}
+
+TEST(TerminalProgram, AnOutcomeThatTheBooksDoNotTakeIsTold)
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(QStringLiteral("club.sqlite"));
+    host::TDatabase club{file};
+    host::execute(club.connection(), QStringLiteral("CREATE TRIGGER fail BEFORE UPDATE ON payment"
+                                                    " WHEN new.outcome = 'approved' BEGIN"
+                                                    " SELECT raise(ABORT, 'no payments today'); END"));
+    TProgramRun run(TNV5_PROGRAM, pay("sim:1", {"--db", file}));
+    EXPECT_EQ(run.exitCode(), 6);
+    EXPECT_TRUE(run.says("12.50 approved"));
+    EXPECT_TRUE(run.says("no payments today"));
+    EXPECT_EQ(club.paymentsAfter(0, 100).last().outcome, host::TOutcome::UnderWay);
+}
+
 TEST(TerminalProgram, APaymentIsInTheBooksFromBeforeItIsSent)
 {
     const QTemporaryDir folder;
