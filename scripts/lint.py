@@ -10,9 +10,9 @@ Files are put together to one, and there are two kinds of jobs:
 - All other checks look at a part of the project: most of their time goes into the headers of Qt, which are then read
   once and not once a file.
 
-A name that a file has in common with another one gets a number there; files that cannot stand together all the same go
-into units of their own. All are compiled with the flags of all targets. That each file compiles alone is seen by the
-optimised build.
+A name that the unnamed namespaces of several files have in common gets a number there; files that cannot stand together
+all the same go into units of their own. All are compiled with the flags of all targets. That each file compiles alone is
+seen by the optimised build.
 
 A job that passed is not done again until its files, a header they really include, the configuration or an installed
 package changes.
@@ -37,7 +37,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = ROOT / "build" / "lint"
 CACHE = BUILD / "passed"
 FOLDERS = ("src", "sim", "apps", "examples")
-PARTS = ("apps/tnv5/", "src/host/", "src/", "")  # a file belongs to the first that it begins with
+PARTS = ("src/", "")  # a file belongs to the first that it begins with
 # The analyzer leaves a function after so many states. With three times as many, as it would by itself, it takes twice
 # the time and reaches the same blocks (97.2 % both times, told by its checker debug.Stats).
 ANALYZER_STATES = 75_000
@@ -53,13 +53,19 @@ def digest(*parts):
 
 
 class Sources:
-    """The project's files: their digests, and the project's headers they include, each read once."""
+    """The project's files: their digests, the project's headers they include, and the names they keep to themselves;
+    each file is read once."""
 
     INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
+    UNNAMED = re.compile(r"^namespace {$(.*?)^} // namespace$", re.MULTILINE | re.DOTALL)
+    TEMPLATE = re.compile(r"<[^<>\n]*>")
+    DEFINED = re.compile(r"^(?:(?:struct|class|enum(?: class)?) (\w+)|"
+                         r"(?!using namespace|using [\w:]+;)\w[^(=\[{;\n]*?(?<![\w:])(\w+) ?[(=\[{;])", re.MULTILINE)
 
     def __init__(self):
         self.digests = {}
         self.direct = {}
+        self.own = {}
 
     def digest(self, path):
         self.read(path)
@@ -73,8 +79,24 @@ class Sources:
         except OSError:
             content = b""
         self.digests[path] = hashlib.sha256(content).hexdigest()
-        self.direct[path] = [found for name in self.INCLUDE.findall(content.decode())
-                             if (found := self.find(path, name))]
+        text = content.decode()
+        self.direct[path] = [found for name in self.INCLUDE.findall(text) if (found := self.find(path, name))]
+        self.own[path] = {name for part in self.UNNAMED.findall(text) for name in self.defined(part)} | {"main"}
+
+    def defined(self, text):
+        """The names of types, functions and constants that begin in the first column."""
+        while (plain := self.TEMPLATE.sub("", text)) != text:
+            text = plain
+        return {kind or name for kind, name in self.DEFINED.findall(text)} - {"operator"}
+
+    def in_common(self, paths):
+        """For each file, what it has in common with one before it."""
+        known, common = set(), {}
+        for path in paths:
+            self.read(path)
+            common[path] = self.own[path] & known
+            known |= self.own[path]
+        return common
 
     @staticmethod
     def find(path, name):
@@ -162,38 +184,26 @@ def grouped(files, key):
 class Unit:
     """Files put together to one; knows which line is whose."""
 
-    def __init__(self, job, files, flags, renamed):
+    def __init__(self, job, files, in_common):
         self.files = files
-        self.flags = flags  # with those of precompiled headers
         self.path = BUILD / "units" / (digest(job.what, *files) + ".cpp")
         self.starts = []
-        self.renamed = {file: set(renamed.get(file, ())) for file in files}
-
-    def write(self):
-        self.starts, text = [], ""
-        for number, file in enumerate(self.files):
-            self.starts.append(text.count("\n") + 1)
-            content = (ROOT / file).read_text(encoding="utf-8").rstrip("\n") + "\n"
-            for name in self.renamed[file]:
-                content = re.sub(rf"(?<![.>:\w]){name}\b", f"{name}_{number}", content)
+        text = []
+        for number, file in enumerate(files):
+            content = (ROOT / file).read_text(encoding="utf-8").splitlines()
+            if in_common[file]:
+                names = re.compile(rf"(?<![.>:\w])({'|'.join(in_common[file])})\b")
+                content = [names.sub(rf"\1_{number}", line) for line in content]
+            self.starts.append(len(text) + 1)
             text += content
-        self.path.write_text(text, encoding="utf-8")
+        self.path.write_text("\n".join(text) + "\n", encoding="utf-8")
 
-    def compile(self):
-        """Writes the unit; gives the files that cannot stand after those before them. A name that a file has in
-        common with one before it gets another one in this unit."""
-        while True:
-            self.write()
-            errors = subprocess.run(["clang++", *self.flags, "-w", "-fsyntax-only", "-ferror-limit=0", str(self.path)],
-                                    stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False, cwd=ROOT)
-            clashing, known = set(), sum(map(len, self.renamed.values()))
-            for line, text in re.findall(re.escape(str(self.path)) + r":(\d+):\d+: error: (.*)", errors.stdout):
-                file = self.place(int(line))[0]
-                clashing.add(file)
-                if name := re.match(r"(?:redefinition of|conflicting types for) '(\w+)'", text):
-                    self.renamed[file].add(name[1])
-            if sum(map(len, self.renamed.values())) == known:
-                return clashing
+    def clashing(self, flags):
+        """The files that cannot stand after those before them."""
+        errors = subprocess.run(["clang++", *flags, "-w", "-fsyntax-only", "-ferror-limit=0", str(self.path)],
+                                stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False, cwd=ROOT)
+        return {self.place(int(line))[0]
+                for line in re.findall(re.escape(str(self.path)) + r":(\d+):\d+: error: ", errors.stdout)}
 
     def place(self, line):
         """Which file a line comes from, and which line of it it is."""
@@ -251,25 +261,24 @@ class Lint:
                            "-Xclang", "-analyzer-output=text", "-Xclang", "-analyzer-werror", str(path),
                            complaints=subprocess.STDOUT)
 
-    def check(self, job, files, renamed):
-        """Whether these files of a job are clean, and what its tool says otherwise.
-        renamed: the names that they are known to have in common."""
+    def check(self, job, files):
+        """Whether these files of a job are clean, and what its tool says otherwise."""
         if len(files) == 1:
             return job.tool(job, ROOT / files[0])
-        unit = Unit(job, files, [*self.flags, *self.precompiled.options()], renamed)
-        clashing = unit.compile()
+        unit = Unit(job, files, self.sources.in_common(files))
+        clean, report = job.tool(job, unit.path)
+        clashing = set() if clean else unit.clashing([*self.flags, *self.precompiled.options()])
         if not clashing:
-            clean, report = job.tool(job, unit.path)
             return clean, unit.told(report)
         rest = [file for file in files if file not in clashing]
         apart = [file for file in files if file in clashing]
         parts = [rest, apart] if rest else [[file] for file in files]
-        results = [self.check(job, part, unit.renamed) for part in parts]
+        results = [self.check(job, part) for part in parts]
         return all(clean for clean, _ in results), "".join(report for _, report in results)
 
     def run(self, job):
         began = time.monotonic()
-        clean, report = self.check(job, job.files, {})
+        clean, report = self.check(job, job.files)
         if clean:
             self.mark(job).touch()
         with self.lock:
