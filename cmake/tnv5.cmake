@@ -100,6 +100,7 @@ function(tnv5_test)
     tnv5_unit(${ARG_NAME} ARG_SOURCES)
   endif()
   add_executable(${ARG_NAME} ${ARG_SOURCES})
+  set_target_properties(${ARG_NAME} PROPERTIES UNITY_BUILD ${TNV5_UNITY} UNITY_BUILD_BATCH_SIZE 0)
   target_link_libraries(${ARG_NAME} PRIVATE tnv5::testing tnv5_test_support GTest::gtest ${ARG_LIBS})
   target_include_directories(${ARG_NAME} PRIVATE
     ${CMAKE_CURRENT_SOURCE_DIR} ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/tests)

@@ -10,7 +10,6 @@ namespace tnv5::d24::model {
 
 namespace {
 
-const QString kButtonCard = "-2-2-2-2-2";
 const QString kNoPort = "Порт не открыт или не назначен";
 
 } // namespace

@@ -12,6 +12,8 @@ namespace tnv5::d24::model {
 using namespace modelkit;
 using connector::model::TModelConnector;
 
+inline const QString kButtonCard = "-2-2-2-2-2";
+
 struct TPass
 {
     QString IP, DeviceType, CardNumber, Device, Status, StatusHard;

@@ -10,7 +10,6 @@ namespace tnv5::d24::model {
 namespace {
 
 const QString kManualCard = "-1-1-1-1-1";
-const QString kButtonCard = "-2-2-2-2-2";
 
 bool isPseudo(const QString& card)
 {

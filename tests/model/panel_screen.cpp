@@ -19,7 +19,7 @@ QList<QFrame*> panelsOf(QScrollArea& box)
                : box.widget()->findChildren<QFrame*>(QString(), Qt::FindDirectChildrenOnly);
 }
 
-QString shown(const QRect& rect)
+QString drawn(const QRect& rect)
 {
     return QStringLiteral("%1,%2 %3x%4").arg(rect.x()).arg(rect.y()).arg(rect.width()).arg(rect.height());
 }
@@ -44,10 +44,10 @@ struct TParts
     QLabel *caption, *image;
 };
 
-QString shown(const QPushButton* button)
+QString drawn(const QPushButton* button)
 {
     const int glyph = button->icon().isNull() ? 0 : button->iconSize().width();
-    return shown(button->geometry()) + (button->isEnabled() ? " on " : " off ") + QString::number(glyph);
+    return drawn(button->geometry()) + (button->isEnabled() ? " on " : " off ") + QString::number(glyph);
 }
 
 void press(QWidget* widget, QPointF at)
@@ -105,12 +105,12 @@ QStringList screen(QScrollArea& box, int& numbered)
         const TParts parts(panel);
         const bool line =
             panel->frameStyle() == (int(QFrame::Box) | int(QFrame::Plain)) && panel->frameWidth() == 1;
-        lines << QStringLiteral("%1 at %2").arg(panel->objectName(), shown(panel->geometry())) +
+        lines << QStringLiteral("%1 at %2").arg(panel->objectName(), drawn(panel->geometry())) +
                      (line ? " line" : "") + (panel->isVisible() ? "" : " hidden");
-        lines << "  " + shown(parts.left->geometry()) + " with " + shown(parts.a);
-        lines << "  " + shown(parts.right->geometry()) + " with " + shown(parts.b);
-        lines << "  " + shown(parts.centre->geometry()) + " with " + shown(parts.caption->geometry()) +
-                     " and " + shown(parts.image->geometry());
+        lines << "  " + drawn(parts.left->geometry()) + " with " + drawn(parts.a);
+        lines << "  " + drawn(parts.right->geometry()) + " with " + drawn(parts.b);
+        lines << "  " + drawn(parts.centre->geometry()) + " with " + drawn(parts.caption->geometry()) +
+                     " and " + drawn(parts.image->geometry());
         lines << "  " + modelkit::shown(parts.caption->text()) + " and " +
                      QString::number(parts.image->pixmap().width());
     }
@@ -138,17 +138,17 @@ QStringList screen(const TModelBox& box, int& numbered)
         const int centre = width - 2 * side - 2 * line;
         const int caption = quarter(side);
         const auto button = [&](bool enabled, int glyph) {
-            return " with " + shown(QRect(0, 0, extent, extent)) + (enabled ? " on " : " off ") +
+            return " with " + drawn(QRect(0, 0, extent, extent)) + (enabled ? " on " : " off ") +
                    QString::number(glyph);
         };
-        lines << QStringLiteral("%1 at %2").arg(each->number).arg(shown(QRect(0, y, width, height))) +
+        lines << QStringLiteral("%1 at %2").arg(each->number).arg(drawn(QRect(0, y, width, height))) +
                      (each->line ? " line" : "");
-        lines << "  " + shown(QRect(line, line, side, inner)) + button(each->canA, each->glyphA);
-        lines << "  " + shown(QRect(width - line - side, line, side, inner)) +
+        lines << "  " + drawn(QRect(line, line, side, inner)) + button(each->canA, each->glyphA);
+        lines << "  " + drawn(QRect(width - line - side, line, side, inner)) +
                      button(each->canB, each->glyphB);
-        lines << "  " + shown(QRect(line + side, line, centre, inner)) + " with " +
-                     shown(QRect(0, 0, centre, caption)) + " and " +
-                     shown(QRect(0, caption, centre, inner - caption));
+        lines << "  " + drawn(QRect(line + side, line, centre, inner)) + " with " +
+                     drawn(QRect(0, 0, centre, caption)) + " and " +
+                     drawn(QRect(0, caption, centre, inner - caption));
         lines << "  " + modelkit::shown(each->text) + " and " + QString::number(each->picture);
         y += height;
     }

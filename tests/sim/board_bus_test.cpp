@@ -45,8 +45,6 @@ const QString k000A = QStringLiteral("000A");
 const QString k000B = QStringLiteral("000B");
 const QString k001T = QStringLiteral("001T");
 
-} // namespace
-
 TEST(BoardChecksum, KnownValues)
 {
     EXPECT_EQ(boardChecksum("123456789"), "F7");
@@ -359,4 +357,5 @@ TEST(BoardBusLife, HookMayDestroyTheBusAtAButton)
     EXPECT_EQ(bus, nullptr);
 }
 
+} // namespace
 } // namespace tnv5::sim

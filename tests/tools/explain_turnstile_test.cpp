@@ -53,8 +53,6 @@ const TRow kRows[] = {
     {"", '?', kNone, "no line of a classic controller"},
 };
 
-} // namespace
-
 TEST(ExplainTurnstile, EveryKindOfLine)
 {
     for (const TRow& row : kRows) {
@@ -86,4 +84,5 @@ TEST(ExplanationLine, ShowsBytesAsTheyAre)
         QStringLiteral("< -     $01AR%1%2%3%4\\r                   card %1%2%3%4 read at turnstile 01A"));
 }
 
+} // namespace
 } // namespace tnv5::tools
