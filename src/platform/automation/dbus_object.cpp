@@ -88,7 +88,7 @@ void TDBusObject::onSignal(const QDBusMessage& message)
 }
 
 QDBusMessage TDBusObject::send(const QString& interface, std::u16string_view method,
-                               const QVariantList& values, std::chrono::milliseconds limit) const
+                               const QVariantList& values, std::chrono::milliseconds limit)
 {
     QDBusMessage message = QDBusMessage::createMethodCall(FOwner, pathOf(FName), interface, toQt(method));
     message.setArguments(values);
@@ -102,6 +102,8 @@ QDBusMessage TDBusObject::send(const QString& interface, std::u16string_view met
         loop.exec(QEventLoop::ExcludeUserInputEvents);
     }
     watcher.waitForFinished(); // where there is no loop, or the program is about to end
+    // Signals that came before the answer: where the answer was there at once, no loop has handed them on.
+    QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
     return watcher.reply();
 }
 

@@ -8,7 +8,8 @@
 
 namespace tnv5::platform::automation {
 
-/// An automation object in another process, spoken to over a bus.
+/// An automation object in another process, spoken to over a bus. What it tells during a call comes as an
+/// event before the call returns.
 class TDBusObject final : public QObject, public TAutomationObject
 {
     Q_OBJECT
@@ -27,7 +28,7 @@ private Q_SLOTS:
 
 private:
     QDBusMessage send(const QString& interface, std::u16string_view method, const QVariantList& values,
-                      std::chrono::milliseconds limit) const;
+                      std::chrono::milliseconds limit);
     TValue valuesOf(const QDBusMessage& reply, TArguments& arguments, std::chrono::milliseconds limit) const;
     std::u16string trouble(const QDBusMessage& reply, std::chrono::milliseconds limit) const;
 
