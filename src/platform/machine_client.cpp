@@ -37,7 +37,16 @@ void TMachineClient::doOpen()
         configuration = tlsConfiguration(*Tls());
     }
     FSocket = new QSslSocket(QCoreApplication::instance()); // who frees it when no loop runs any more
-    QObject::connect(FSocket, &QSslSocket::readyRead, FSocket, [this] { onReadyRead(); });
+    // queued: the library does not report anew while a report is being handled, so that a text which arrives
+    // while a handler pumps messages would wait for the one after it
+    QObject::connect(
+        FSocket, &QSslSocket::readyRead, &FHere,
+        [this, socket = FSocket] {
+            if (socket == FSocket) {
+                onReadyRead();
+            }
+        },
+        Qt::QueuedConnection);
     QObject::connect(FSocket, &QSslSocket::errorOccurred, FSocket, [this](auto error) { onError(error); });
     QObject::connect(FSocket, &QSslSocket::disconnected, FSocket, [this] { onDisconnected(); });
     const auto port = static_cast<quint16>(Port());
@@ -100,9 +109,19 @@ void TMachineClient::onReadyRead()
     if (FSocket->bytesAvailable() > kMaxSocketQueue) {
         dropSocket();
         fireError(tooMuchUnread());
-    } else if (FActive) {
-        fireRead(FSocket->readAll());
+    } else if (const QByteArray bytes = FActive ? FSocket->readAll() : QByteArray(); !bytes.isEmpty()) {
+        fireRead(bytes);
     }
+}
+
+// What has come is handed on before the end of the connection is told.
+// @return false when a handler has closed the connection or destroyed this
+bool TMachineClient::readLast()
+{
+    const QPointer<QObject> here(&FHere);
+    const QSslSocket* const socket = FSocket;
+    onReadyRead();
+    return here && FSocket == socket;
 }
 
 // An orderly end is none.
@@ -112,13 +131,18 @@ void TMachineClient::onError(QAbstractSocket::SocketError error)
         return;
     }
     const TSocketFailure failure = socketFailure(error, FSocket->errorString());
-    dropSocket();
-    fireError(failure);
+    if (readLast()) {
+        dropSocket();
+        fireError(failure);
+    }
 }
 
 void TMachineClient::onDisconnected()
 {
     const bool wasActive = FActive;
+    if (!readLast()) {
+        return;
+    }
     dropSocket();
     if (wasActive) {
         fire(OnDisconnect);

@@ -28,12 +28,14 @@ private:
     QString hostToConnect() const;
     void onConnected();
     void onReadyRead();
+    bool readLast();
     void onError(QAbstractSocket::SocketError error);
     void onDisconnected();
     void dropSocket();
 
     QSslSocket* FSocket = nullptr;
     bool FActive = false;
+    QObject FHere; // for what is queued: gone with this
 };
 
 } // namespace tnv5::platform

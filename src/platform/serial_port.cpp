@@ -171,7 +171,8 @@ void TSerialPort::doWrite(const QByteArray& bytes)
     FCalling = true;
     const bool accepted = FSerial->write(bytes) == bytes.size();
     // sent at once: waiting for the next turn of the event loop would cost a person at the gate time
-    const bool sent = accepted && (FSerial->flush() || FSerial->error() == QSerialPort::NoError);
+    const bool sent =
+        accepted && (FSerial->flush() || FSerial->error() == QSerialPort::NoError || forgiveFullLine());
     FCalling = false;
     if (!sent) {
         const int osError = osErrorOf(FSerial->error());
@@ -179,6 +180,18 @@ void TSerialPort::doWrite(const QByteArray& bytes)
         FSerial->clearError();
         throw EComPort(QStringLiteral("Cannot write to port %1: %2").arg(Port(), text), osError);
     }
+}
+
+// The library takes a line that has no room just now for one that has gone. It keeps what it was given, and
+// sends it when there is room.
+// @return whether that was it
+bool TSerialPort::forgiveFullLine()
+{
+    if (FSerial->errorString() != qt_error_string(EAGAIN)) {
+        return false;
+    }
+    FSerial->clearError();
+    return true;
 }
 
 // What is refused is told of once, when all are set: a handler may close or destroy the port.
@@ -238,7 +251,7 @@ bool TSerialPort::moreHasCome()
 void TSerialPort::onError()
 {
     const QSerialPort::SerialPortError error = FSerial->error();
-    if (error == QSerialPort::NoError || FCalling) {
+    if (error == QSerialPort::NoError || FCalling || forgiveFullLine()) {
         return;
     }
     const QString text = FSerial->errorString();

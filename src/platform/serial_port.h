@@ -45,6 +45,7 @@ private:
     void onReadyRead();
     void onQuiet();
     bool moreHasCome();
+    bool forgiveFullLine();
     void onError();
     void dropPort();
     void claim();

@@ -272,6 +272,26 @@ TEST_F(LocalClient, StoppedItIsQuiet)
     EXPECT_TRUE(sees("state"));
 }
 
+TEST_F(LocalClient, StoppedByAnAnswerItIsQuiet)
+{
+    client->start();
+    ASSERT_TRUE(sees("connected"));
+    bool answered = false;
+    club.OnOpen = [this] { server.reset(); };
+    client->ask({{QStringLiteral("do"), QStringLiteral("open")},
+                 {QStringLiteral("gate"), QStringLiteral("01A")},
+                 {QStringLiteral("reason"), QStringLiteral("pram")}},
+                [&](const QJsonObject&) {
+                    answered = true;
+                    client->stop();
+                });
+    ASSERT_TRUE(eventually([&] { return answered; }));
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(trace.contains(QStringLiteral("lost")));
+    client->start(); // there is nobody now
+    EXPECT_TRUE(sees("lost"));
+}
+
 TEST_F(LocalClient, HooksMayDestroyIt)
 {
     for (const char* where : {"connected", "state", "line", "lost", "answer"}) {

@@ -171,6 +171,36 @@ TEST_F(LocalServer, DoesWhatWasSaidBeforeLeaving)
     EXPECT_TRUE(eventually([&] { return server->clients() == 0; }));
 }
 
+// Who is told something may turn out to have left, with more lines to be done than one turn takes.
+TEST_F(LocalServer, TheClubIsNotCalledWhileItTells)
+{
+    constexpr int kLines = 40;
+    TRawPeer peer(path());
+    ASSERT_EQ(peer.ask(R"({"do":"watch"})").value(u"ok").toBool(), true);
+    qsizetype before = -1;
+    qsizetype after = -1;
+    club.OnOpen = [&] {
+        if (club.Opened.size() == 1) {
+            const auto tell = [&] {
+                peer.socket().abort();
+                before = club.Opened.size();
+                server->tell(json(R"({"event":"line","text":"hello"})"));
+                after = club.Opened.size();
+            };
+            QMetaObject::invokeMethod(QCoreApplication::instance(), tell, Qt::QueuedConnection);
+        }
+    };
+    QByteArray lines;
+    for (int i = 0; i < kLines; ++i) {
+        lines += "{\"do\":\"open\",\"gate\":\"01A\",\"reason\":\"pram\"}\n";
+    }
+    peer.say(lines);
+    EXPECT_TRUE(eventually([&] { return club.Opened.size() == kLines; }));
+    EXPECT_GT(before, 0);
+    EXPECT_LT(before, kLines); // some were left
+    EXPECT_EQ(before, after);
+}
+
 TEST_F(LocalServer, AnOverlongLineEndsTheConnection)
 {
     TRawPeer peer(path());

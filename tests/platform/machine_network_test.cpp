@@ -147,6 +147,40 @@ QByteArray arrived(const QTcpSocket& peer)
     return {bytes, std::max(static_cast<qsizetype>(size), qsizetype(0))};
 }
 
+TEST_F(MachineNetwork, ATextThatArrivesWhileAHandlerPumpsIsNotHeldBack)
+{
+    server.socket->Open();
+    TClient client(server.port());
+    ASSERT_TRUE(client.connects() && joined());
+    client.socket->OnRead = [&](const QByteArray& bytes) {
+        client.read += bytes;
+        if (bytes == "one") {
+            server.socket->SendToAll("two", true);
+            EXPECT_TRUE(eventually([&] { return client.read == "onetwo"; })) << "inside the pump";
+        }
+    };
+    server.socket->SendToAll("one", true);
+    EXPECT_TRUE(eventually([&] { return client.read == "onetwo"; }));
+}
+
+TEST_F(MachineNetwork, ATextThatArrivesBeforeTheEndWhileAHandlerPumpsIsNotLost)
+{
+    server.socket->Open();
+    TClient client(server.port());
+    ASSERT_TRUE(client.connects() && joined());
+    client.socket->OnRead = [&](const QByteArray& bytes) {
+        client.events << bytes;
+        if (bytes == "one") {
+            server.socket->SendToAll("two", true);
+            server.socket->Close();
+            EXPECT_TRUE(eventually([&] { return !client.socket->Active(); }));
+        }
+    };
+    server.socket->SendToAll("one", true);
+    EXPECT_TRUE(eventually([&] { return client.events.size() == 4; }));
+    EXPECT_EQ(client.events, (QStringList{"+", "one", "two", "-"}));
+}
+
 TEST_F(MachineNetwork, EachLineOfAClientLeavesAtOnce)
 {
     QTcpServer listener;

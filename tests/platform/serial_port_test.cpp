@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <cerrno>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pty.h>
 #include <termios.h>
@@ -238,6 +239,35 @@ TEST_F(SerialPortTest, ALineThatIsNotReadDoesNotGrowMemory)
             }
         },
         EComPort);
+    EXPECT_TRUE(port.Connected());
+}
+
+TEST_F(SerialPortTest, WhatALineHasTakenArrivesAndWhatItHasRefusedDoesNot)
+{
+    int troubles = 0;
+    port.OnException = [&](auto...) { ++troubles; };
+    port.Open();
+    QByteArray taken;
+    for (char letter = 'a'; letter <= 'z'; ++letter) {
+        const QByteArray block(4'096, letter);
+        try {
+            port.Write(block);
+            taken += block;
+        } catch (const EComPort& refused) {
+            EXPECT_EQ(refused.osError(), EAGAIN);
+            break;
+        }
+    }
+    EXPECT_GT(taken.size(), 60'000);
+    EXPECT_LT(taken.size(), 26 * 4'096);
+    ASSERT_EQ(::fcntl(master, F_SETFL, O_NONBLOCK), 0);
+    QByteArray arrived;
+    EXPECT_TRUE(eventually([&] {
+        arrived += receive(4'096);
+        return arrived.size() >= taken.size();
+    }));
+    EXPECT_TRUE(arrived == taken);
+    EXPECT_EQ(troubles, 0);
     EXPECT_TRUE(port.Connected());
 }
 

@@ -295,7 +295,8 @@ void TLocalClient::TLink::failed(const QString& why)
     ++FCalls; // an answer may destroy the client
     close();
     --FCalls;
-    if (self && FOwner != nullptr && std::exchange(FWhyNot, why) != why) {
+    const bool stopped = self && !FRetry.isActive(); // by an answer
+    if (self && FOwner != nullptr && !stopped && std::exchange(FWhyNot, why) != why) {
         call(FOwner->OnLost, why);
     }
 }

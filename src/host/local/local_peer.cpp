@@ -31,7 +31,7 @@ TLocalPeer::TLocalPeer(QLocalSocket* socket, TOnLine onLine, QObject* parent)
     connect(FSocket, &QLocalSocket::bytesWritten, this, [this] { readSoon(); });
     connect(FSocket, &QLocalSocket::disconnected, this, [this] {
         FLeft = true;
-        read();
+        readSoon(); // a club that is telling something finds out here, and gets no calls meanwhile
     });
 }
 
