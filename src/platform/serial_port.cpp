@@ -183,7 +183,8 @@ void TSerialPort::doWrite(const QByteArray& bytes)
 }
 
 // The library takes a line that has no room just now for one that has gone. It keeps what it was given, and
-// sends it when there is room.
+// sends it when there is room. Only for writes: when a device goes, what the library tells may look like
+// this.
 // @return whether that was it
 bool TSerialPort::forgiveFullLine()
 {
@@ -251,7 +252,7 @@ bool TSerialPort::moreHasCome()
 void TSerialPort::onError()
 {
     const QSerialPort::SerialPortError error = FSerial->error();
-    if (error == QSerialPort::NoError || FCalling || forgiveFullLine()) {
+    if (error == QSerialPort::NoError || FCalling) {
         return;
     }
     const QString text = FSerial->errorString();
